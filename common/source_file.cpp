@@ -1,0 +1,89 @@
+#include "common/source_file.h"
+
+#include "common/fatal.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <new>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+static std::string loaded_path; ///< path of the text below
+static bool loaded = false;     ///< loaded_path was looked at
+static bool found = false;      ///< it is a regular file, and its text is below
+static char* text_bytes = nullptr;
+static std::size_t text_size = 0;
+static std::size_t text_capacity = 0;
+
+/// Opens a regular file for reading; -1 when there is none. A device or FIFO is not even opened, since that
+/// could block or have an effect.
+static int open_regular(const char* path, std::size_t* size) {
+    struct stat status;
+    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode))
+        return -1;
+    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor == -1)
+        return -1;
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
+        return -1;
+    }
+    *size = static_cast<std::size_t>(status.st_size);
+    return descriptor;
+}
+
+/// Makes room for `size` bytes in all.
+static void reserve_text(std::size_t size) {
+    if (size <= text_capacity)
+        return;
+    char* bytes = static_cast<char*>(std::realloc(text_bytes, size));
+    if (!bytes)
+        throw std::bad_alloc();
+    text_bytes = bytes;
+    text_capacity = size;
+}
+
+/// Reads to the end of the file; false on a read error.
+static bool read_all(int descriptor, std::size_t expected) {
+    reserve_text(expected + 1); // one more than the file has, so that its end is seen without growing
+    for (text_size = 0;;) {
+        if (text_size == text_capacity)
+            reserve_text(text_capacity * 2);
+        const ssize_t count = read(descriptor, text_bytes + text_size, text_capacity - text_size);
+        if (count == 0)
+            return true;
+        if (count > 0)
+            text_size += static_cast<std::size_t>(count);
+        else if (errno != EINTR)
+            return false;
+    }
+}
+
+bool load_source(const char* path, std::string_view* text) {
+    if (!loaded || loaded_path != path) {
+        release_source();
+        loaded_path = path;
+        std::size_t size = 0;
+        const int descriptor = open_regular(path, &size);
+        if (descriptor != -1) {
+            const bool complete = read_all(descriptor, size);
+            close(descriptor);
+            if (!complete) {
+                std::fprintf(stderr, "ERROR: cannot read %s\n", path);
+                pgt_Exit(1);
+            }
+            found = true;
+        }
+        loaded = true;
+    }
+    *text = found ? std::string_view(text_bytes, text_size) : std::string_view();
+    return found;
+}
+
+void release_source() {
+    loaded = false;
+    found = false;
+}

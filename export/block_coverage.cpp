@@ -1,0 +1,70 @@
+#include "export/block_coverage.h"
+
+#include "common/text_buffer.h"
+#include "profile/dpi_record.h"
+
+#include <algorithm>
+
+void add_block_cov(std::int32_t line, std::int32_t column, block_buffer& buffer, double count) {
+    buffer.push_back({line, column, count});
+}
+
+bool block_compare(const blocks& a, const blocks& b) {
+    return a.line != b.line ? a.line < b.line : a.column < b.column;
+}
+
+void sort_blocks(block_buffer& buffer) {
+    std::reverse(buffer.begin(), buffer.end());
+    if (!std::is_sorted(buffer.begin(), buffer.end(), block_compare))
+        std::stable_sort(buffer.begin(), buffer.end(), block_compare);
+}
+
+/// A count as it is written.
+static std::int32_t written_count(double count) {
+    // Deliberate: readers of the exports expect 32-bit numbers; counts from 2^31 on show their low 32 bits.
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(DPI_count_to_u64(count)));
+}
+
+bool printTXT_bcov_full(std::FILE* stream, const block_buffer& buffer) {
+    text_buffer out(stream);
+    int instance = 0;
+    for (std::size_t i = 0; i < buffer.size(); ++i) {
+        instance = i > 0 && buffer[i - 1].line == buffer[i].line ? instance + 1 : 1;
+        out.put_number(instance);
+        out.put('\t');
+        out.put_number(buffer[i].line);
+        out.put('\t');
+        out.put_number(buffer[i].column);
+        out.put('\t');
+        out.put_number(written_count(buffer[i].count));
+        out.put('\n');
+    }
+    return true;
+}
+
+static void put_block_head(text_buffer& out, const blocks& block) {
+    out.put(R"(<BLOCK line=")");
+    out.put_number(block.line);
+    out.put(R"(" col=")");
+    out.put_number(block.column);
+    out.put("\">\n");
+}
+
+bool printXML_bcov_full(std::FILE* stream, const block_buffer& buffer) {
+    text_buffer out(stream);
+    int instance = 0;
+    for (std::size_t i = 0; i < buffer.size(); ++i) {
+        const bool continues = i > 0 && buffer[i - 1].line == buffer[i].line;
+        instance = continues ? instance + 1 : 1;
+        if (!continues)
+            put_block_head(out, buffer[i]);
+        out.put(R"(<INSTANCE id=")");
+        out.put_number(instance);
+        out.put(R"(" freq=")");
+        out.put_number(written_count(buffer[i].count));
+        out.put("\">\n</INSTANCE>\n");
+        if (i + 1 == buffer.size() || buffer[i + 1].line != buffer[i].line)
+            out.put("</BLOCK>\n");
+    }
+    return true;
+}

@@ -1,0 +1,118 @@
+// The locks of this file belong to the open file, not to the process, where the system has them: a
+// process-owned lock would be dropped as soon as any other descriptor of the same file is closed, for
+// instance when the reference profile or a source file is the profile itself.
+#ifndef _GNU_SOURCE
+#define _GNU_SOURCE
+#endif
+
+#include "profile/checked_io.h"
+
+#include "common/fatal.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+/// The part of a profile behind the counts of runs and records; the words before it are outside the lock.
+constexpr off_t kLockStart = 16;
+
+/// Where instrumented programs merge their counts into one file, a half-merged profile must not be read.
+static int wait_for_lock(int descriptor, short type) {
+    struct flock lock;
+    std::memset(&lock, 0, sizeof lock);
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = kLockStart;
+    lock.l_len = 0;
+    int result = -1;
+#ifdef F_OFD_SETLKW
+    do
+        result = fcntl(descriptor, F_OFD_SETLKW, &lock);
+    while (result == -1 && errno == EINTR);
+    if (result == 0 || errno != EINVAL)
+        return result;
+#endif
+    do
+        result = fcntl(descriptor, F_SETLKW, &lock);
+    while (result == -1 && errno == EINTR);
+    return result;
+}
+
+static int open_flags(const char* mode) {
+    int flags = 0;
+    if (std::strchr(mode, 'a'))
+        flags = O_CREAT | O_APPEND;
+    else if (std::strchr(mode, 'w'))
+        flags = O_CREAT | O_TRUNC;
+    if (std::strchr(mode, '+'))
+        return flags | O_RDWR;
+    return flags | (std::strchr(mode, 'r') ? O_RDONLY : O_WRONLY);
+}
+
+std::FILE* checked_fopen(const char* path, const char* mode) {
+    const bool exclusive = std::strpbrk(mode, "wa+") != nullptr;
+    const char* kind = exclusive ? "exclusive" : "shared";
+    const int descriptor = open(path, open_flags(mode) | O_CLOEXEC, 0600);
+    if (descriptor == -1)
+        return nullptr;
+    if (wait_for_lock(descriptor, exclusive ? F_WRLCK : F_RDLCK) == -1) {
+        if (errno != EACCES && errno != ENOLCK) {
+            std::fprintf(stderr, "ERROR: %s lock of %s failed, code = %d\n", kind, path, errno);
+            close(descriptor);
+            return nullptr;
+        }
+        std::fprintf(
+            stderr,
+            "WARNING: %s lock of %s failed (access denied); I/O on file is unsafe in a parallel build "
+            "environment\n",
+            kind, path);
+    }
+    std::FILE* stream = fdopen(descriptor, mode);
+    if (!stream)
+        close(descriptor);
+    return stream;
+}
+
+void checked_fclose(std::FILE* stream) {
+    if (stream)
+        std::fclose(stream);
+}
+
+[[noreturn]] static void fail(const char* operation, const char* fileName) {
+    if (fileName) {
+        std::perror(fileName);
+        std::fprintf(stderr, "FATAL ERROR: %s on file %s failed\n", operation, fileName);
+    } else {
+        std::perror(nullptr);
+        std::fprintf(stderr, "FATAL ERROR: %s on file failed\n", operation);
+    }
+    std::fflush(stderr);
+    pgt_Exit(1);
+}
+
+void checked_short_read(const char* fileName) {
+    errno = 0; // so that the text for a file that ends early does not depend on what failed before
+    fail("fread", fileName);
+}
+
+void checked_fread(void* buffer, std::size_t size, std::size_t count, std::FILE* stream,
+                   const char* fileName) {
+    errno = 0;
+    if (std::fread(buffer, size, count, stream) != count)
+        fail("fread", fileName);
+}
+
+void checked_fseek(std::FILE* stream, long offset, int whence, const char* fileName) {
+    errno = 0;
+    if (std::fseek(stream, offset, whence) != 0)
+        fail("fseek", fileName);
+}
+
+long checked_ftell(std::FILE* stream, const char* fileName) {
+    errno = 0;
+    const long position = std::ftell(stream);
+    if (position == -1)
+        fail("ftell", fileName);
+    return position;
+}

@@ -1,0 +1,251 @@
+#include "profile/dpi_file.h"
+
+#include "profile/checked_io.h"
+#include "profile/dpi_message.h"
+#include "profile/dpi_reader.h"
+#include "profile/dpi_record.h"
+
+#include <algorithm>
+#include <cstring>
+
+DPI_FILE::DPI_FILE() = default;
+DPI_FILE::~DPI_FILE() {
+    checked_fclose(stream);
+}
+
+static std::uint32_t read_u32(const unsigned char* p) {
+    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
+           std::uint32_t{p[3]} << 24;
+}
+
+[[noreturn]] static void fail_format(const char* fileName) {
+    PGOPTI_Tool_Error(1,
+                      "%s has old or incompatible file format\n\tDelete file and redo instrumentation "
+                      "compilation/execution.",
+                      fileName);
+}
+
+namespace {
+
+/// A name that an index entry refers to, while the names are collected.
+struct name_reference {
+    std::uint64_t offset;
+    std::uint32_t entry;
+    bool is_function;
+};
+
+/// The name read last: names that lie in it are not read again.
+struct name_text {
+    const char* text = "";
+    std::uint64_t offset = 0;
+    std::uint64_t end = 0; ///< offset of its NUL, or of the end of the file
+};
+
+} // namespace
+
+/// Reads the string at `offset` into memory of the handle.
+static name_text read_name(DPI_FILE* file, const char* fileName, std::uint64_t offset) {
+    const std::string text = pgopti_Read_String(file, fileName, offset);
+    file->names.push_back(std::make_unique<char[]>(text.size() + 1));
+    std::memcpy(file->names.back().get(), text.c_str(), text.size() + 1);
+    return {file->names.back().get(), offset, offset + text.size()};
+}
+
+/// Gives every index entry its names. They are read in the order of their offsets, so that the file is read
+/// in one sweep and strings that overlap share their memory: it never exceeds the size of the file.
+static void load_names(DPI_FILE* file, const char* fileName, std::vector<name_reference>& references) {
+    std::sort(references.begin(), references.end(),
+              [](const name_reference& a, const name_reference& b) { return a.offset < b.offset; });
+    name_text name;
+    bool first = true;
+    for (const name_reference& reference : references) {
+        if (first || reference.offset > name.end)
+            name = read_name(file, fileName, reference.offset);
+        first = false;
+        const std::uint64_t skipped = reference.offset - name.offset;
+        const std::uint32_t length = static_cast<std::uint32_t>(name.end - reference.offset);
+        DPI_INDEX_ENTRY& entry = file->index[reference.entry];
+        (reference.is_function ? entry.key_func_name : entry.file_name) = name.text + skipped;
+        (reference.is_function ? entry.func_name_length : entry.file_name_length) = length;
+    }
+}
+
+/// Reads the whole record at `position` into `record`, which is reused from record to record.
+static void read_record(DPI_FILE* file, const char* fileName, std::uint64_t position,
+                        std::vector<unsigned char>& record) {
+    unsigned char head[PGOPTI_RECORD_HEAD_SIZE];
+    file->reader->read(position, head, 4, fileName);
+    is_pgo_64 = (head[0] & PGOPTI_FLAG_64) != 0;
+    file->reader->read(position, head, sizeof head, fileName);
+    if (DPI_version_get(head) != DPI_layout().version)
+        fail_format(fileName);
+    const std::uint32_t size = DPI_record_size_get(head);
+    if (size < DPI_layout().header_size)
+        fail_format(fileName);
+    if (size <= file->reader->size() - position) // otherwise the read below fails, before memory is asked for
+        record.resize(size);
+    file->reader->read(position, record.data(), size, fileName);
+    if (!DPI_record_is_sound(record.data(), size))
+        fail_format(fileName);
+}
+
+/// Checks record after record and fills the index.
+static void build_index(DPI_FILE* file, const char* fileName) {
+    const std::uint64_t most = (file->reader->size() - PGOPTI_HEADER_SIZE) / PGOPTI_LAYOUT_32.header_size;
+    const std::size_t expected = static_cast<std::size_t>(std::min<std::uint64_t>(file->num_records, most));
+    std::vector<name_reference> references;
+    references.reserve(expected * 2);
+    file->index.reserve(expected);
+    std::vector<unsigned char> record;
+    std::uint64_t position = PGOPTI_HEADER_SIZE;
+    for (std::uint32_t i = 0; i < file->num_records; ++i) {
+        read_record(file, fileName, position, record);
+        const unsigned char* bytes = record.data();
+        DPI_INDEX_ENTRY entry = {};
+        entry.position = position;
+        entry.size = DPI_record_size_get(bytes);
+        entry.word = DPI_word_get(bytes);
+        entry.flags = static_cast<std::uint8_t>(DPI_flag_word_get(bytes) & 3);
+        file->max_entry_count =
+            pgopti_Dpi_Max_Entry_Count(bytes, file->num_runs, &entry.max_entry_count, file->max_entry_count);
+        references.push_back({DPI_file_name_get(bytes), i, false});
+        references.push_back({DPI_key_func_name_get(bytes), i, true});
+        file->index.push_back(entry);
+        position += entry.size;
+    }
+    load_names(file, fileName, references);
+}
+
+DPI_FILE* PGOPTI_Open_Dpi_File(const char* fileName) {
+    std::FILE* stream = checked_fopen(fileName, "rb");
+    if (!stream)
+        return nullptr;
+    auto file = std::make_unique<DPI_FILE>();
+    file->stream = stream;
+    std::setvbuf(stream, nullptr, _IONBF, 0); // the reader's blocks are the buffer
+    unsigned char header[PGOPTI_HEADER_SIZE];
+    checked_fread(header, 1, sizeof header, stream, fileName);
+    if (read_u32(header + PGOPTI_HEADER_MAGIC) != PGOPTI_DPI_MAGIC) {
+        PGOPTI_Tool_Warning("%s has bad magic number", fileName);
+        return nullptr;
+    }
+    file->num_records = read_u32(header + PGOPTI_HEADER_RECORDS);
+    file->num_runs = read_u32(header + PGOPTI_HEADER_RUNS);
+    file->header_word = read_u32(header + PGOPTI_HEADER_WORD);
+    file->header_text.assign(header + PGOPTI_HEADER_TEXT,
+                             header + PGOPTI_HEADER_TEXT + PGOPTI_HEADER_TEXT_SIZE);
+    file->reader = std::make_unique<DPI_READER>(stream, fileName);
+    build_index(file.get(), fileName);
+    return file.release();
+}
+
+void PGOPTI_Close_Dpi_File(DPI_FILE* file) {
+    delete file;
+}
+
+float pgopti_Dpi_Max_Entry_Count(const unsigned char* record, std::uint32_t numRuns, float* recordMax,
+                                 float fileMax) {
+    const std::uint32_t routines = DPI_routine_count_get(record);
+    for (std::uint32_t i = 0; i < routines; ++i) {
+        const float count = DPI_entry_counter_get(record, i) / static_cast<float>(numRuns);
+        *recordMax = std::max(*recordMax, count);
+        fileMax = std::max(fileMax, count);
+    }
+    return fileMax;
+}
+
+std::string pgopti_Read_String(DPI_FILE* file, const char* fileName, std::uint64_t offset) {
+    std::string text;
+    while (offset < file->reader->size()) {
+        std::size_t available = 0;
+        const unsigned char* bytes = file->reader->peek(offset, &available, fileName);
+        const void* end = std::memchr(bytes, 0, available);
+        if (end) {
+            text.append(reinterpret_cast<const char*>(bytes), static_cast<const char*>(end));
+            break;
+        }
+        text.append(reinterpret_cast<const char*>(bytes), available);
+        offset += available;
+    }
+    return text;
+}
+
+std::string pgopti_Make_Key(const char* file, const char* function) {
+    std::string key(file);
+    key += '\'';
+    key += function;
+    key += '\'';
+    return key;
+}
+
+int pgopti_Name_Compare(const std::string& key, const DPI_INDEX_ENTRY& entry) {
+    const struct {
+        const char* text;
+        std::size_t length;
+    } pieces[] = {{entry.file_name, entry.file_name_length},
+                  {"'", 1},
+                  {entry.key_func_name, entry.func_name_length},
+                  {"'", 1}};
+    std::size_t position = 0;
+    for (const auto& piece : pieces) {
+        const std::size_t shared = std::min(piece.length, key.size() - position);
+        const int difference = std::memcmp(key.data() + position, piece.text, shared);
+        if (difference != 0)
+            return difference;
+        if (shared < piece.length)
+            return -1; // the key is a proper prefix of the entry's
+        position += shared;
+    }
+    return position < key.size() ? 1 : 0;
+}
+
+const DPI_INDEX_ENTRY* pgopti_Get_Pgopti_Name(const DPI_FILE* file, const char* sourceFile,
+                                              const char* function) {
+    const std::string key = pgopti_Make_Key(sourceFile, function);
+    std::size_t low = 0;
+    std::size_t high = file->index.size();
+    while (low < high) {
+        const std::size_t middle = (low + high) / 2;
+        const int order = pgopti_Name_Compare(key, file->index[middle]);
+        if (order == 0)
+            return &file->index[middle];
+        if (order < 0)
+            high = middle;
+        else
+            low = middle + 1;
+    }
+    return nullptr;
+}
+
+DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, const char* sourceFile,
+                                const char* function) {
+    const DPI_INDEX_ENTRY* entry = pgopti_Get_Pgopti_Name(file, sourceFile, function);
+    if (!entry)
+        return nullptr;
+    auto segment = std::make_unique<DPI_SEGMENT>();
+    segment->record.resize(entry->size);
+    file->reader->read(entry->position, segment->record.data(), entry->size, fileName);
+    segment->num_runs = file->num_runs;
+    // The record was sound in the layout it was opened with; a profile of the other width that was opened
+    // since has changed the layout.
+    if (!DPI_record_is_sound(segment->record.data(), entry->size))
+        fail_format(fileName);
+    return segment.release();
+}
+
+void PGOPTI_Free_Segment(DPI_SEGMENT* segment) {
+    delete segment;
+}
+
+void PGOPTI_Get_First_File_Function_Pair(DPI_FILE* file, const char** sourceFile, const char** function) {
+    file->cursor = 0;
+    PGOPTI_Get_Next_File_Function_Pair(file, sourceFile, function);
+}
+
+void PGOPTI_Get_Next_File_Function_Pair(DPI_FILE* file, const char** sourceFile, const char** function) {
+    const bool more = file->cursor < file->index.size();
+    *sourceFile = more ? file->index[file->cursor].file_name : nullptr;
+    *function = more ? file->index[file->cursor].key_func_name : nullptr;
+    if (more)
+        ++file->cursor;
+}

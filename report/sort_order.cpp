@@ -1,0 +1,18 @@
+#include "report/sort_order.h"
+
+#include "common/fatal.h"
+
+#include <cstdio>
+
+void check_sort_option(int order) {
+    if (order >= -3 && order <= 3)
+        return;
+    std::fprintf(stderr, "Invalid sorting option %d\n", order);
+    pgt_Exit(1);
+}
+
+void invalid_sort_order(int order) {
+    // Deliberate: "oder". Whoever searches logs for this message finds it under its long-standing spelling.
+    std::fprintf(stderr, "Internal error: invalid sort oder: %d\n", order);
+    pgt_Exit(1);
+}

@@ -1,0 +1,5 @@
+/* all classes */
+int f(void) { a(); b();
+    c(); /* X */
+}
+int g(void) { return 1; }

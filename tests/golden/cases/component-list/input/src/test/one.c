@@ -1,0 +1,1 @@
+int test(void) { return 1; }

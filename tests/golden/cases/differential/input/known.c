@@ -1,0 +1,1 @@
+int known(void) { return 1; }

@@ -1,0 +1,1 @@
+int quiet(void) { return 1; }

@@ -1,0 +1,3 @@
+int beyond(void)
+{
+}

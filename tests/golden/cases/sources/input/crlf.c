@@ -1,0 +1,4 @@
+int crlf(void)
+{
+	return 1;
+}

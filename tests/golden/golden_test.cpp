@@ -1,0 +1,201 @@
+// Golden cases: whole runs of the program, compared byte by byte.
+//
+// A case is a directory below cases/:
+//   input/     what lies in the scratch directory before the first command. A file NAME.dpitext is compiled
+//   to
+//              NAME.dpi (tools/profile_text.h). A directory input/bin becomes the program search path.
+//   command    one command a line: "vexcov ARGUMENTS..." (words may be quoted) runs the program, "cd
+//   DIRECTORY"
+//              sets the directory of the runs that follow, relative to the scratch directory. Lines that
+//              begin with "#" are comments.
+//   expected/  every file that the commands made or changed, and "console": for each run the command, what it
+//              wrote to its standard streams and its exit status.
+// Files that are the same in every report are symbolic links to shared/.
+//
+// With VEXCOV_UPDATE_GOLDEN set the expected files are rewritten instead (scripts/update-golden).
+#include "tests/tools/profile_text.h"
+#include "tests/tools/scratch.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+using file_tree = std::map<std::string, std::string>; ///< bytes of each file by its relative path
+
+static const fs::path kGolden = fs::path(VEXCOV_TEST_DATA) / "golden";
+
+static file_tree read_tree(const fs::path& root) {
+    file_tree tree;
+    if (!fs::exists(root))
+        return tree;
+    for (const auto& entry : fs::recursive_directory_iterator(root))
+        if (entry.is_regular_file())
+            tree[entry.path().lexically_relative(root).string()] = read_file(entry.path());
+    return tree;
+}
+
+/// Copies the case's input to `scratch` and returns it as it stands there.
+static file_tree place_input(const fs::path& input, const fs::path& scratch) {
+    file_tree placed;
+    for (const auto& entry : fs::recursive_directory_iterator(input)) {
+        if (!entry.is_regular_file())
+            continue;
+        fs::path name = entry.path().lexically_relative(input);
+        std::string bytes = read_file(entry.path());
+        if (name.extension() == ".dpitext") {
+            name.replace_extension(".dpi");
+            bytes = compile_profile_text(bytes);
+        }
+        write_file(scratch / name, bytes);
+        fs::permissions(scratch / name, entry.status().permissions());
+        placed[name.string()] = bytes;
+    }
+    return placed;
+}
+
+/// The words of a command line; a word may hold parts in single or double quotes.
+static std::vector<std::string> words_of(const std::string& line) {
+    std::vector<std::string> words;
+    char quote = 0;
+    bool in_word = false;
+    for (const char c : line) {
+        if (quote == 0 && c == ' ') {
+            in_word = false;
+            continue;
+        }
+        if (!in_word)
+            words.emplace_back();
+        in_word = true;
+        if (c == quote)
+            quote = 0;
+        else if (quote == 0 && (c == '\'' || c == '"'))
+            quote = c;
+        else
+            words.back() += c;
+    }
+    return words;
+}
+
+static std::string console_section(const std::string& head, const std::string& text) {
+    if (text.empty())
+        return "";
+    return "[" + head + "]\n" + text + (text.back() == '\n' ? "" : "\n[no newline]\n");
+}
+
+/// Runs the case's commands and returns what they wrote to their streams.
+static std::string run_commands(const fs::path& command_file, const fs::path& scratch) {
+    fs::create_directory(scratch / "bin");
+    std::string console;
+    fs::path directory = scratch;
+    std::istringstream commands(read_file(command_file));
+    for (std::string line; std::getline(commands, line);) {
+        std::vector<std::string> words = words_of(line);
+        if (words.empty() || words[0][0] == '#')
+            continue;
+        console += "$ " + line + "\n";
+        if (words[0] == "cd") {
+            directory = scratch / words.at(1);
+            continue;
+        }
+        const program_result result =
+            run_program(VEXCOV_PROGRAM, words, directory, (scratch / "bin").string());
+        console += console_section("stdout", result.standard_output) +
+                   console_section("stderr", result.standard_error) + "[status " +
+                   std::to_string(result.status) + "]\n";
+    }
+    return console;
+}
+
+/// The files in `scratch` that are not just as they were placed there.
+static file_tree collect_output(const fs::path& scratch, const file_tree& placed) {
+    file_tree output = read_tree(scratch);
+    for (const auto& [name, bytes] : placed) {
+        const auto found = output.find(name);
+        if (found == output.end())
+            ADD_FAILURE() << "the input file " << name << " is gone";
+        else if (found->second == bytes)
+            output.erase(found);
+    }
+    return output;
+}
+
+/// Says where two texts begin to differ.
+static std::string first_difference(const std::string& expected, const std::string& actual) {
+    const auto [e, a] = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end());
+    const auto place = e - expected.begin();
+    const auto line = 1 + std::count(expected.begin(), e, '\n');
+    const auto line_of = [place](const std::string& text) {
+        const auto at = static_cast<std::size_t>(place);
+        const std::size_t before = at == 0 ? std::string::npos : text.rfind('\n', at - 1);
+        const std::size_t begin = before == std::string::npos ? 0 : before + 1;
+        const std::size_t end = text.find('\n', at);
+        return end == std::string::npos ? text.substr(begin) + "[end of file]"
+                                        : text.substr(begin, end - begin);
+    };
+    std::ostringstream message;
+    message << "line " << line << ", byte " << place << "\n  expected: " << line_of(expected)
+            << "\n  actual:   " << line_of(actual) << "\n  (" << expected.size() << " bytes expected, "
+            << actual.size() << " actual)";
+    return message.str();
+}
+
+static void compare(const file_tree& expected, const file_tree& actual) {
+    for (const auto& [name, bytes] : expected) {
+        const auto found = actual.find(name);
+        if (found == actual.end())
+            ADD_FAILURE() << name << ": missing";
+        else if (found->second != bytes)
+            ADD_FAILURE() << name << ": " << first_difference(bytes, found->second);
+    }
+    for (const auto& [name, bytes] : actual)
+        if (!expected.contains(name))
+            ADD_FAILURE() << name << ": not expected";
+}
+
+/// Makes the expected files what the program wrote. A file equal to its namesake in shared/ becomes a link.
+static void update(const fs::path& expected_root, const file_tree& actual) {
+    fs::remove_all(expected_root);
+    for (const auto& [name, bytes] : actual) {
+        const fs::path file = expected_root / name, shared = kGolden / "shared" / file.filename();
+        if (fs::exists(shared) && read_file(shared) == bytes) {
+            fs::create_directories(file.parent_path());
+            fs::create_symlink(shared.lexically_relative(file.parent_path()), file);
+        } else
+            write_file(file, bytes);
+    }
+}
+
+static std::vector<std::string> case_names() {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(kGolden / "cases"))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class Golden : public testing::TestWithParam<std::string> {};
+
+TEST_P(Golden, Case) {
+    const fs::path root = kGolden / "cases" / GetParam();
+    const scratch_directory scratch;
+    const file_tree placed = place_input(root / "input", scratch.path());
+    const std::string console = run_commands(root / "command", scratch.path());
+    file_tree actual = collect_output(scratch.path(), placed);
+    actual["console"] = console;
+    if (std::getenv("VEXCOV_UPDATE_GOLDEN") != nullptr)
+        return update(root / "expected", actual);
+    compare(read_tree(root / "expected"), actual);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Golden, testing::ValuesIn(case_names()), [](const auto& test) {
+    std::string name = test.param;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+});

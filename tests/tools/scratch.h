@@ -1,0 +1,38 @@
+// Scratch directories and child processes for tests.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// A fresh directory, removed with everything in it at the end of the object's life.
+class scratch_directory {
+  public:
+    scratch_directory();
+    scratch_directory(const scratch_directory&) = delete;
+    scratch_directory& operator=(const scratch_directory&) = delete;
+    ~scratch_directory();
+
+    const std::filesystem::path& path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// What a child process left behind.
+struct program_result {
+    std::string standard_output, standard_error;
+    int status = -1; ///< exit status, or 128 + the signal that ended it
+};
+
+/// Runs `program` in `directory` with `arguments` (argv[0] included), PATH set to `search_path`, the C
+/// locale, UTC, umask 022 and an empty standard input. Nothing else of the environment is passed on but the
+/// settings of the sanitizers and of the coverage runtime. A process that runs for a minute is killed.
+program_result run_program(const std::string& program, const std::vector<std::string>& arguments,
+                           const std::filesystem::path& directory, const std::string& search_path);
+
+/// The bytes of a file. Throws std::runtime_error when it cannot be read.
+std::string read_file(const std::filesystem::path& path);
+
+/// Writes a file anew, with the directories above it. Throws std::runtime_error when it cannot be written.
+void write_file(const std::filesystem::path& path, const std::string& bytes);

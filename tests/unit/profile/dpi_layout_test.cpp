@@ -1,0 +1,206 @@
+// The byte layout of the dynamic profile. One record of each width is typed by hand: the writer of the test
+// profiles must produce it, and the reader must understand it.
+#include "profile/dpi_file.h"
+#include "profile/dpi_record.h"
+#include "tests/tools/profile_text.h"
+#include "tests/tools/scratch.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+#include <memory>
+#include <sstream>
+
+using segment_ptr = std::unique_ptr<DPI_SEGMENT, decltype(&PGOPTI_Free_Segment)>;
+using dpi_ptr = std::unique_ptr<DPI_FILE, decltype(&PGOPTI_Close_Dpi_File)>;
+
+static std::string from_hex(const std::string& text) {
+    std::string bytes;
+    std::istringstream input(text);
+    for (std::string byte; input >> byte;)
+        bytes += static_cast<char>(std::stoi(byte, nullptr, 16));
+    return bytes;
+}
+
+static std::string file_of(const std::string& header, const std::string& record, const std::string& strings) {
+    std::string bytes = from_hex(header);
+    bytes.resize(528, '\0');
+    return bytes + record + from_hex(strings);
+}
+
+// runs 3, one record, word 99, text "one"
+static const char kHeader[] = "0B DC 00 00  03 00 00 00  01 00 00 00  63 00 00 00  6F 6E 65 00";
+
+// "g", "a.c", "f", "V"
+static const char kStrings[] = "67 00  61 2E 63 00  66 00  56 00";
+
+static const char kText[] = R"(
+header runs 3 word 99 text one
+record WIDTH
+  file a.c
+  function f
+  routine g
+  entry 1
+  blocks 7:2=FIRST 9:4=0
+  group2 2
+  group3 5
+  flags 3
+  word 77
+  address 0x1122334455667788
+  vtable 0x99 V
+)";
+
+static std::string text_of(const char* width, const char* first) {
+    std::string text = kText;
+    text.replace(text.find("WIDTH"), 5, width);
+    return text.replace(text.find("FIRST"), 5, first);
+}
+
+// The record begins at 0x210; its strings begin at 0x210 + 196 = 0x2D4.
+static std::string narrow_record() {
+    return from_hex(R"(
+        10 02 00 00  C4 00 00 00  01 00 00 00  02 00 00 00  01 00 00 00  01 00 00 00  03 00 00 00  4D 00 00 00
+        D6 02 00 00  DA 02 00 00  88 77 66 55 44 33 22 11  99 00 00 00 00 00 00 00  DC 02 00 00
+        00 00 C0 3F  00 00 00 00  00 00 00 40  00 00 A0 40)") +
+           std::string(96, '\0') + from_hex(R"(
+        D4 02 00 00
+        01 00 00 00
+        07 00 00 00 02 00 00 00  09 00 00 00 04 00 00 00)");
+}
+
+// The strings begin at 0x210 + 240 = 0x300.
+static std::string wide_record() {
+    return from_hex(R"(
+        50 03 00 00  00 00 00 00  F0 00 00 00  01 00 00 00  02 00 00 00  01 00 00 00  01 00 00 00  4D 00 00 00
+        03 00 00 00  00 00 00 00  02 03 00 00 00 00 00 00  06 03 00 00 00 00 00 00
+        88 77 66 55 44 33 22 11  99 00 00 00 00 00 00 00  08 03 00 00 00 00 00 00
+        03 00 00 01 00 00 00 00  00 00 00 00 00 00 00 00  02 00 00 00 00 00 00 00  05 00 00 00 00 00 00 00)") +
+           std::string(96, '\0') + from_hex(R"(
+        00 03 00 00 00 00 00 00
+        01 00 00 00  00 00 00 00
+        07 00 00 00 02 00 00 00  09 00 00 00 04 00 00 00)");
+}
+
+/// Everything the reader says about the record, whatever its width.
+static void expect_fields(const std::string& bytes, float first_count, std::uint64_t strings_at) {
+    const scratch_directory scratch;
+    const std::string name = (scratch.path() / "p.dpi").string();
+    write_file(name, bytes);
+    const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->num_runs, 3U);
+    EXPECT_EQ(file->header_word, 99U);
+    EXPECT_STREQ(reinterpret_cast<const char*>(file->header_text.data()), "one");
+    ASSERT_EQ(file->index.size(), 1U);
+    EXPECT_STREQ(file->index[0].file_name, "a.c");
+    EXPECT_STREQ(file->index[0].key_func_name, "f");
+    EXPECT_EQ(file->index[0].word, 77U);
+    EXPECT_EQ(file->index[0].flags, 3U);
+
+    const segment_ptr segment(PGOPTI_Get_Segment(file.get(), name.c_str(), "a.c", "f"), PGOPTI_Free_Segment);
+    ASSERT_TRUE(segment);
+    const unsigned char* record = segment->record.data();
+    EXPECT_EQ(DPI_block_count_get(record), 2U);
+    EXPECT_EQ(DPI_routine_count_get(record), 1U);
+    EXPECT_EQ(DPI_counter_get(record, 0), first_count);
+    EXPECT_EQ(DPI_counter_get(record, 3), 5.0F);
+    EXPECT_EQ(DPI_entry_counter_get(record, 0), 0.0F);
+    EXPECT_EQ(DPI_routine_name_get(record, 0), strings_at);
+    EXPECT_EQ(DPI_vtbl_name_get(record), strings_at + 8);
+    EXPECT_EQ(pgopti_Read_String(file.get(), name.c_str(), strings_at + 8), "V");
+    EXPECT_TRUE(DPI_has_line_info(record));
+    EXPECT_EQ(DPI_block_position_get(record, 1).line, 9U);
+    EXPECT_EQ(DPI_block_position_get(record, 1).column, 4U);
+}
+
+TEST(DpiLayout, NarrowRecordByHand) {
+    const std::string bytes = file_of(kHeader, narrow_record(), kStrings);
+    EXPECT_EQ(compile_profile_text(text_of("32", "1.5")), bytes);
+    expect_fields(bytes, 1.5F, 0x2D4);
+}
+
+TEST(DpiLayout, WideRecordByHand) {
+    const std::string bytes = file_of(kHeader, wide_record(), kStrings);
+    EXPECT_EQ(compile_profile_text(text_of("64", "0x1000003")), bytes);
+    expect_fields(bytes, 16777220.0F, 0x300); // 2^24 + 3 has no exact single-precision value
+}
+
+TEST(DpiLayout, MissingRecordsAndKeyOrder) {
+    const scratch_directory scratch;
+    const std::string name = (scratch.path() / "p.dpi").string();
+    write_file(name, compile_profile_text("header runs 2\n"
+                                          "record 64\nfile B.c\nfunction x\nblocks 1\n"
+                                          "record 64\nfile a.c\nfunction f\nblocks 8 1\nentry 1\n"
+                                          "record 64\nfile a.c'f\nfunction h\nblocks 1\n"
+                                          "record 64\nfile a.c\nfunction g\nblocks 3\n"
+                                          "record 64\nfile \xe9.c\nfunction f\nblocks 7\n"));
+    const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
+    ASSERT_TRUE(file);
+    const auto found = [&](const char* source, const char* function) {
+        return segment_ptr(PGOPTI_Get_Segment(file.get(), name.c_str(), source, function),
+                           PGOPTI_Free_Segment) != nullptr;
+    };
+    EXPECT_TRUE(found("B.c", "x"));
+    EXPECT_TRUE(found("a.c", "g"));
+    EXPECT_TRUE(found("\xe9.c", "f")) << "bytes above 0x7f sort last";
+    EXPECT_TRUE(found("a.c", "f'h")) << "the key text alone identifies a record";
+    EXPECT_FALSE(found("a.c", "h"));
+    EXPECT_FALSE(found("b.c", "x"));
+    EXPECT_FALSE(found("", ""));
+    EXPECT_EQ(file->index[1].max_entry_count, 0.5F);
+    EXPECT_EQ(file->max_entry_count, 3.5F);
+
+    const char *source = nullptr, *function = nullptr;
+    PGOPTI_Get_First_File_Function_Pair(file.get(), &source, &function);
+    EXPECT_STREQ(source, "B.c");
+    for (int i = 0; i < 4; ++i)
+        PGOPTI_Get_Next_File_Function_Pair(file.get(), &source, &function);
+    EXPECT_STREQ(source, "\xe9.c");
+    PGOPTI_Get_Next_File_Function_Pair(file.get(), &source, &function);
+    EXPECT_EQ(source, nullptr);
+    EXPECT_EQ(function, nullptr);
+}
+
+TEST(DpiLayout, StringsOutsideTheFile) {
+    const scratch_directory scratch;
+    const std::string name = (scratch.path() / "p.dpi").string();
+    const std::string text = "header runs 1\nrecord 32\nfile a.c\nfunction end\nblocks 1\n";
+    // The last string, "end", loses its NUL; the source-file name lies far behind the end.
+    std::string bytes = compile_profile_text(text + "set u32 r0+32 0xfffffff0\n");
+    write_file(name, bytes.substr(0, bytes.size() - 1));
+    const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
+    ASSERT_TRUE(file);
+    EXPECT_STREQ(file->index[0].file_name, "");
+    EXPECT_STREQ(file->index[0].key_func_name, "end");
+}
+
+TEST(DpiRecord, CountsThatNoIntegerHolds) {
+    EXPECT_EQ(DPI_count_to_u64(0.99), 0U);
+    EXPECT_EQ(DPI_count_to_u64(-5.0), 0U);
+    EXPECT_EQ(DPI_count_to_u64(std::numeric_limits<double>::quiet_NaN()), 0U);
+    EXPECT_EQ(DPI_count_to_u64(18446742974197923840.0), 18446742974197923840U) << "2^64 - 2^40, exact";
+    const std::uint64_t most = DPI_count_to_u64(std::numeric_limits<double>::infinity());
+    EXPECT_EQ(most, DPI_count_to_u64(18446744073709551616.0));
+    EXPECT_GE(most, 18446742974197923840U);
+    EXPECT_NE(most, ~std::uint64_t{0}) << "the value that marks a function never entered";
+}
+
+TEST(DpiRecord, SoundRecordsFitTheirSize) {
+    is_pgo_64 = true;
+    std::string record = wide_record();
+    const auto sound = [](const std::string& bytes) {
+        return DPI_record_is_sound(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    };
+    const auto with = [&](std::size_t place, std::uint32_t value) {
+        std::string changed = record;
+        std::memcpy(changed.data() + place, &value, 4);
+        return changed;
+    };
+    EXPECT_TRUE(sound(record));
+    EXPECT_FALSE(sound(record.substr(0, record.size() - 1)));
+    EXPECT_FALSE(sound(with(16, 3))) << "one block more than there is room for";
+    EXPECT_FALSE(sound(with(24, 0xffffffff))) << "sizes that overflow 32 bits";
+    EXPECT_FALSE(sound(with(12, 0x80000000)));
+    EXPECT_TRUE(sound(with(216, 3))) << "an entry index may name a counter of the other groups";
+    EXPECT_FALSE(sound(with(216, 4)));
+}

@@ -1,0 +1,176 @@
+// Sorting of functions and files: keys, ties, and input that misleads the methods.
+#include "coverage/coverage_list.h"
+#include "coverage/function_table.h"
+#include "report/file_sort.h"
+#include "report/function_sort.h"
+#include "report/sort_order.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <limits>
+#include <numeric>
+#include <string>
+#include <vector>
+
+static const double kNan = std::numeric_limits<double>::quiet_NaN();
+
+/// Sorts copies of `functions` and tells their lines in the new order.
+static std::vector<int> lines_in_order(std::vector<func> functions, int order) {
+    std::vector<func*> list;
+    for (func& function : functions)
+        list.push_back(&function);
+    SortFunctions(static_cast<int>(list.size()), list.data(), order);
+    std::vector<int> lines;
+    for (const func* function : list)
+        lines.push_back(function->line);
+    return lines;
+}
+
+/// The order of files with these paths and figures.
+static std::vector<int> file_order(std::vector<std::string> paths, const std::vector<double>& figures,
+                                   int order) {
+    std::vector<filename_list_node> files(paths.size());
+    std::vector<filename_list_node*> list;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        files[i].name = paths[i].data();
+        files[i].funcCoverage = figures.empty() ? 0 : figures[i];
+        files[i].blockCoverage = figures.empty() ? 0 : 100 - figures[i];
+        list.push_back(&files[i]);
+    }
+    const int count = static_cast<int>(paths.size());
+    int* index = CreateIndex(count);
+    SortFiles(index, count, order, list.data());
+    const std::vector<int> result(index, index + count);
+    std::free(index);
+    return result;
+}
+
+TEST(FunctionSort, KeysAndTieBreaks) {
+    const std::vector<func> functions = {
+        {"b", 1, 4, 2, 50.0}, {"B", 2, 2, 1, 50.0}, {"\xff", 3, 4, 4, 100.0},
+        {"b", 4, 4, 2, 50.0}, {"a", 5, 4, 2, 50.0}, {"z", 6, 9, 0, 0.0},
+    };
+    EXPECT_EQ(lines_in_order(functions, 1), (std::vector<int>{2, 5, 1, 4, 6, 3})) << "bytes are unsigned";
+    EXPECT_EQ(lines_in_order(functions, -1), (std::vector<int>{3, 6, 4, 1, 5, 2}));
+    EXPECT_EQ(lines_in_order(functions, 2), (std::vector<int>{6, 2, 5, 1, 4, 3}));
+    EXPECT_EQ(lines_in_order(functions, -2), (std::vector<int>{3, 4, 1, 5, 2, 6}));
+    EXPECT_EQ(lines_in_order(functions, 3), (std::vector<int>{2, 5, 1, 4, 3, 6}));
+    EXPECT_EQ(lines_in_order(functions, -3), (std::vector<int>{6, 3, 4, 1, 5, 2}));
+}
+
+TEST(FunctionSort, BothMethodsAgreeWithoutTies) {
+    std::vector<func> functions;
+    std::vector<int> ascending;
+    for (int i = 0; i < 31; ++i) {
+        functions.push_back({"f", i * 7 % 31 - 3, 1, 0, 0.0}); // lines are signed
+        ascending.push_back(i - 3);
+    }
+    for (const int extra : {31, 32}) { // 31 functions, then 32
+        if (extra == 32) {
+            functions.push_back({"f", 28, 1, 0, 0.0});
+            ascending.push_back(28);
+        }
+        const std::vector<int> descending(ascending.rbegin(), ascending.rend());
+        for (const int key : {1, 2, 3}) {
+            EXPECT_EQ(lines_in_order(functions, key), ascending) << extra << " by " << key;
+            EXPECT_EQ(lines_in_order(functions, -key), descending) << extra << " by " << key;
+        }
+    }
+}
+
+TEST(FunctionSort, NotANumberIsHarmless) {
+    const func number = {"f", 1, 1, 1, 100.0}, none = {"f", 1, 1, 1, kNan};
+    EXPECT_EQ(compare2(&number, &none), 1);
+    EXPECT_EQ(compare2(&none, &number), 1);
+    for (const int count : {31, 32, 1000}) {
+        std::vector<func> functions;
+        for (int i = 0; i < count; ++i)
+            functions.push_back({"f", i, 1, 1, i % 3 == 0 ? 1.0 * i : kNan});
+        for (const int order : {2, -2}) {
+            std::vector<int> lines = lines_in_order(functions, order);
+            std::sort(lines.begin(), lines.end());
+            for (int i = 0; i < count; ++i)
+                ASSERT_EQ(lines[static_cast<std::size_t>(i)], i) << "no function is lost";
+        }
+    }
+}
+
+TEST(FunctionSort, OrdersWithoutKeyEndTheRun) {
+    func function = {"f", 1, 1, 1, 100.0};
+    std::vector<func*> list(32, &function);
+    EXPECT_EXIT(SortFunctions(0, nullptr, 0), testing::ExitedWithCode(1),
+                "Internal error: invalid sort oder: 0\n");
+    EXPECT_EXIT(SortFunctions(32, list.data(), -4), testing::ExitedWithCode(1), "invalid sort oder: -4\n");
+    EXPECT_EXIT(SortFiles(nullptr, 0, 4, nullptr), testing::ExitedWithCode(1), "invalid sort oder: 4\n");
+    EXPECT_EXIT(check_sort_option(4), testing::ExitedWithCode(1), "Invalid sorting option 4\n");
+    EXPECT_EXIT(check_sort_option(-4), testing::ExitedWithCode(1), "Invalid sorting option -4\n");
+}
+
+TEST(FileSort, LastComponentThenNothing) {
+    const std::vector<std::string> paths = {"a/x.c", "b/x.c", "z/a.c"};
+    EXPECT_EQ(file_order(paths, {}, 1), (std::vector<int>{2, 1, 0})) << "z/a.c changes places with a/x.c";
+    EXPECT_EQ(file_order(paths, {}, -1), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(file_order({"z/b.c", "c\\a.c"}, {}, 1), (std::vector<int>{0, 1})) << "no separator";
+    EXPECT_EQ(file_order({}, {}, 1), (std::vector<int>{}));
+}
+
+TEST(FileSort, FiguresThenNames) {
+    const std::vector<std::string> paths = {"c", "b", "a", "d"};
+    const std::vector<double> figures = {50, 100, 50, 0}; // of the functions; blocks: 50, 0, 50, 100
+    EXPECT_EQ(file_order(paths, figures, 2), (std::vector<int>{3, 2, 0, 1}));
+    EXPECT_EQ(file_order(paths, figures, -2), (std::vector<int>{1, 0, 2, 3}));
+    EXPECT_EQ(file_order(paths, figures, 3), (std::vector<int>{1, 2, 0, 3}));
+    EXPECT_EQ(file_order(paths, figures, -3), (std::vector<int>{3, 0, 2, 1}));
+}
+
+TEST(FileSort, TiesOfTheTwoMethods) {
+    std::vector<int> unmoved(31);
+    std::iota(unmoved.begin(), unmoved.end(), 0);
+    EXPECT_EQ(file_order(std::vector<std::string>(31, "x.c"), {}, 1), unmoved);
+    EXPECT_EQ(file_order(std::vector<std::string>(32, "x.c"), {}, 1),
+              (std::vector<int>{21, 20, 22, 23, 17, 19, 18, 16, 29, 28, 30, 24, 25, 27, 26, 31,
+                                5,  4,  6,  7,  1,  3,  2,  15, 13, 12, 14, 8,  9,  11, 10, 0}));
+
+    std::vector<std::string> paths;
+    for (int i = 0; i < 32; ++i)
+        paths.push_back(std::to_string(i) + "/" + "cab"[i % 3]);
+    EXPECT_EQ(file_order(paths, {}, 1),
+              (std::vector<int>{25, 10, 28, 13, 31, 16, 22, 4,  19, 1, 7, 26, 17, 20, 23, 14,
+                                29, 2,  11, 5,  8,  27, 24, 30, 6,  9, 3, 15, 18, 12, 0,  21}));
+    EXPECT_EQ(file_order(paths, {}, -1),
+              (std::vector<int>{0,  18, 12, 9,  27, 21, 24, 30, 6,  3,  15, 26, 17, 5,  8,  20,
+                                14, 11, 29, 23, 2,  25, 31, 1,  28, 10, 22, 7,  19, 16, 13, 4}));
+}
+
+/// The comparisons that quicksort needs for these numbers, which it must bring into ascending order.
+static long comparisons_for(std::vector<int> numbers) {
+    long comparisons = 0;
+    const auto compare = [&](int a, int b) {
+        ++comparisons;
+        return (a < b) - (a > b);
+    };
+    const auto swap = [](int* list, int i, int j) { std::swap(list[i], list[j]); };
+    const auto partition = [&](int* list, int lo, int hi) {
+        return hoare_partition(list, lo, hi, 1, compare, swap);
+    };
+    const auto before = [&](int a, int b) { return compare(a, b) == 1; };
+    const int last = static_cast<int>(numbers.size()) - 1;
+    hoare_quicksort(numbers.data(), 0, last, partition, before, sort_patience(0, last));
+    EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
+    return comparisons;
+}
+
+TEST(QuickSort, MisleadingInputStaysFast) {
+    constexpr int kCount = 100000;
+    std::vector<int> rising(kCount), organ_pipe(kCount), equal(kCount, 7);
+    std::iota(rising.begin(), rising.end(), 0);
+    for (int i = 0; i < kCount; ++i) // rises to the middle and falls again: the middle is always the highest
+        organ_pipe[static_cast<std::size_t>(i)] = i < kCount / 2 ? 2 * i : 2 * (kCount - i) - 1;
+    const long limit = 100L * kCount; // quadratic would be 50,000 times the count
+    EXPECT_LT(comparisons_for(rising), limit);
+    EXPECT_LT(comparisons_for({rising.rbegin(), rising.rend()}), limit);
+    EXPECT_LT(comparisons_for(organ_pipe), limit);
+    EXPECT_LT(comparisons_for(equal), limit);
+}
