@@ -14,6 +14,6 @@
 extern void (*pgt_ExitHook)(int status);
 
 /// Opens the null device in place of each standard stream that the caller closed, so that no page can be
-/// opened on descriptor 0, 1 or 2, and lets a write to a closed pipe fail instead of killing the process.
-/// The programs call it first.
+/// opened on descriptor 0, 1 or 2, and lets a write to a closed pipe or beyond the file size limit fail
+/// instead of killing the process. The programs call it first.
 void secure_standard_streams();

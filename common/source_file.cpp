@@ -41,7 +41,7 @@ static void reserve_text(std::size_t size) {
         return;
     char* bytes = static_cast<char*>(std::realloc(text_bytes, size));
     if (!bytes)
-        throw std::bad_alloc();
+        throw std::bad_alloc(); // infeasible
     text_bytes = bytes;
     text_capacity = size;
 }

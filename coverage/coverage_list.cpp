@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <unistd.h>
 
 static coverage_list the_coverage_list;
 coverage_list* const g_cl = &the_coverage_list;
@@ -26,8 +27,10 @@ file_list_node::file_list_node(const char* filename, int* pNotFound) {
         filename_ = filename;
         slots_.assign(64, 0);
     } catch (const std::bad_alloc&) {
+        // infeasible: begin
         std::printf("Error - Not enough memory!! (file_list_node::file_list_node): %s\n", filename);
         pgt_Exit(1);
+        // infeasible: end
     }
     std::string_view text;
     if (load_source(filename, &text)) {
@@ -47,10 +50,22 @@ static bool lies_before(const block_list_node& a, const block_list_node& b) {
     return a.line != b.line ? a.line < b.line : a.column < b.column;
 }
 
+/// Differs from run to run, so that no input can be made whose positions collide. The order in the table is
+/// never visible.
+static std::uint64_t random_seed() {
+    std::uint64_t seed = 0;
+    if (getentropy(&seed, sizeof seed) != 0)
+        seed = static_cast<std::uint64_t>(getpid()); // infeasible
+    return seed;
+}
+static const std::uint64_t hash_seed = random_seed();
+
 /// The slot that holds the position, or the free one where it belongs.
 std::size_t file_list_node::slot_of(unsigned int line, unsigned int column) const {
-    std::uint64_t hash = (std::uint64_t{line} << 32 | column) * 0x9E3779B97F4A7C15;
-    hash ^= hash >> 32;
+    std::uint64_t hash = (std::uint64_t{line} << 32 | column) + hash_seed;
+    hash = (hash ^ hash >> 30) * 0xBF58476D1CE4E5B9;
+    hash = (hash ^ hash >> 27) * 0x94D049BB133111EB;
+    hash ^= hash >> 31;
     const std::size_t mask = slots_.size() - 1;
     std::size_t slot = static_cast<std::size_t>(hash) & mask;
     while (slots_[slot] != 0) {
@@ -83,7 +98,7 @@ block_list_node* file_list_node::find_or_create(unsigned int line, unsigned int 
         }
         return &nodes_[slots_[slot] - 1];
     } catch (const std::bad_alloc&) {
-        return nullptr;
+        return nullptr; // infeasible
     }
 }
 
@@ -118,7 +133,7 @@ bool file_list_node::bAddBlockCount(unsigned int line, unsigned int column, std:
     } else if (node->count == NEVER_ENTERED) {
         node->count = count;
     } else {
-        node->count += count;
+        node->count += count; // Deliberate: wraps, as the instrumented program's own counters do
     }
     node->bNotInRef = node->bNotInRef || bNotInRef;
     ++node->numBlocks;
@@ -171,10 +186,12 @@ bool coverage_list::bAddFilename(const char* name) {
     filename_list_node* entry = static_cast<filename_list_node*>(std::calloc(1, sizeof(filename_list_node)));
     char* copy = strdup(name);
     if (!entry || !copy) {
+        // infeasible: begin
         std::printf("Error - out of memory!! (coverage_list::bAddFilename)\n");
         std::free(entry);
         std::free(copy);
         return false;
+        // infeasible: end
     }
     entry->name = copy;
     std::string_view text;
@@ -191,8 +208,10 @@ bool coverage_list::bSetName(const char* name) {
     int notFound = 0;
     current_ = new (std::nothrow) file_list_node(name, &notFound);
     if (!current_) {
+        // infeasible: begin
         std::printf("Out of memory!! (file_list_node::bSetName %s)\n", name);
         return false;
+        // infeasible: end
     }
     return notFound == 0;
 }
@@ -239,8 +258,10 @@ int uiGetFilenamesForFlag(filename_list_node* head, std::uint32_t flag, int* pNu
         *pArray = static_cast<filename_list_node**>(
             std::malloc(static_cast<std::size_t>(count) * sizeof(filename_list_node*)));
         if (!*pArray) {
+            // infeasible: begin
             std::printf("Error - Not enough memory!! (file_list_node::uiGetFilenames)\n");
             return -1;
+            // infeasible: end
         }
     }
     int filled = 0;

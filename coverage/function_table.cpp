@@ -162,9 +162,11 @@ static void check_table() {
     // Deliberate: the covered functions are counted from the start of the uncovered ones, so the message is
     // one of last resort; the run goes on.
     if ((fileFuncsUncovered - fileFuncs) + numFileFuncsCovered < fileFuncsCovered - fileFuncs)
+        // infeasible: begin
         std::printf("ERROR: corrupt function table. cvrd = %p (%d), uncvrd = %p (%d)\n",
                     static_cast<void*>(fileFuncsCovered), numFileFuncsCovered,
                     static_cast<void*>(fileFuncsUncovered), numFileFuncsUncovered);
+    // infeasible: end
 }
 
 void addFunc(const char* name, bool checkDuplicates, std::int32_t line, std::int32_t blocks,

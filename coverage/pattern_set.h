@@ -8,11 +8,12 @@
 
 #include <cstdint>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 class pattern_set {
   public:
+    pattern_set() { clear(); }
+
     /// Forgets all patterns.
     void clear();
 
@@ -26,17 +27,18 @@ class pattern_set {
     std::uint8_t match(std::string_view text, std::uint8_t enough) const;
 
   private:
+    /// A state of the trie. State 0 is the root; as nothing leads to it but a suffix, 0 also means none.
     struct state {
-        std::uint32_t suffix = 0; ///< state of the longest proper suffix
-        std::uint8_t bits = 0;    ///< of the patterns that end here, and of their suffixes
+        std::uint32_t first_child = 0;
+        std::uint32_t next_sibling = 0;
+        std::uint32_t suffix = 0; ///< longest proper suffix that is a state
+        unsigned char byte = 0;   ///< on the edge that leads here
+        std::uint8_t bits = 0;    ///< of the patterns that end here and, once prepared, of their suffixes
     };
 
-    /// Key of the edge that leaves `from` with `byte`.
-    static std::uint64_t edge(std::uint32_t from, unsigned char byte) {
-        return std::uint64_t{from} << 8 | byte;
-    }
+    std::uint32_t child(std::uint32_t from, unsigned char byte) const;
+    std::uint32_t next(std::uint32_t from, unsigned char byte) const;
 
-    std::vector<state> states_ = std::vector<state>(1); ///< state 0 is the root
-    std::unordered_map<std::uint64_t, std::uint32_t> edges_;
-    std::vector<std::uint64_t> edge_order_; ///< edges in order of creation
+    std::vector<state> states_;
+    std::uint32_t root_children_[256]; ///< the root has most edges: its children by byte
 };

@@ -197,8 +197,10 @@ int main(int argc, char** argv) {
     try {
         run(argc, argv);
     } catch (const std::bad_alloc&) {
+        // infeasible: begin
         std::fputs("ERROR: out of memory\n", stderr);
         pgt_Exit(1);
+        // infeasible: end
     }
     pgt_Exit(0);
 }

@@ -64,9 +64,13 @@ static void write_covered_functions(std::FILE* stream, const export_format& form
         pgt_Exit(1);
     }
     const char* heading = nullptr; // the file of the last heading
+    const char* known = nullptr;   // the file whose answer is in `wanted`; records share their file names
+    bool wanted = false;
     for (std::uint32_t pass = 0; pass < pgofDPIFile->num_records && file; ++pass) {
-        const bool wanted = isInComponents(file, function, function);
-        if (wanted && (!heading || std::strcmp(heading, file) != 0)) {
+        if (file != known)
+            wanted = isInComponents(file, function, function);
+        known = file;
+        if (wanted && heading != file && (!heading || std::strcmp(heading, file) != 0)) {
             (heading ? format.next_heading : format.first_heading)(stream, file);
             heading = file;
         }

@@ -47,7 +47,8 @@ static int open_flags(const char* mode) {
         flags = O_CREAT | O_TRUNC;
     if (std::strchr(mode, '+'))
         return flags | O_RDWR;
-    return flags | (std::strchr(mode, 'r') ? O_RDONLY : O_WRONLY);
+    // Without blocking, as a FIFO that nobody writes to can be no profile.
+    return flags | (std::strchr(mode, 'r') ? O_RDONLY | O_NONBLOCK : O_WRONLY);
 }
 
 std::FILE* checked_fopen(const char* path, const char* mode) {

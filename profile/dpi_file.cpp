@@ -62,6 +62,8 @@ static void load_names(DPI_FILE* file, const char* fileName, std::vector<name_re
         if (first || reference.offset > name.end)
             name = read_name(file, fileName, reference.offset);
         first = false;
+        if (name.end - reference.offset > UINT32_MAX)
+            fail_format(fileName);
         const std::uint64_t skipped = reference.offset - name.offset;
         const std::uint32_t length = static_cast<std::uint32_t>(name.end - reference.offset);
         DPI_INDEX_ENTRY& entry = file->index[reference.entry];
@@ -91,11 +93,7 @@ static void read_record(DPI_FILE* file, const char* fileName, std::uint64_t posi
 
 /// Checks record after record and fills the index.
 static void build_index(DPI_FILE* file, const char* fileName) {
-    const std::uint64_t most = (file->reader->size() - PGOPTI_HEADER_SIZE) / PGOPTI_LAYOUT_32.header_size;
-    const std::size_t expected = static_cast<std::size_t>(std::min<std::uint64_t>(file->num_records, most));
     std::vector<name_reference> references;
-    references.reserve(expected * 2);
-    file->index.reserve(expected);
     std::vector<unsigned char> record;
     std::uint64_t position = PGOPTI_HEADER_SIZE;
     for (std::uint32_t i = 0; i < file->num_records; ++i) {
@@ -170,43 +168,51 @@ std::string pgopti_Read_String(DPI_FILE* file, const char* fileName, std::uint64
     return text;
 }
 
-std::string pgopti_Make_Key(const char* file, const char* function) {
-    std::string key(file);
-    key += '\'';
-    key += function;
-    key += '\'';
-    return key;
-}
+namespace {
 
-int pgopti_Name_Compare(const std::string& key, const DPI_INDEX_ENTRY& entry) {
-    const struct {
-        const char* text;
-        std::size_t length;
-    } pieces[] = {{entry.file_name, entry.file_name_length},
-                  {"'", 1},
-                  {entry.key_func_name, entry.func_name_length},
-                  {"'", 1}};
-    std::size_t position = 0;
-    for (const auto& piece : pieces) {
-        const std::size_t shared = std::min(piece.length, key.size() - position);
-        const int difference = std::memcmp(key.data() + position, piece.text, shared);
+/// The text of a key, in the pieces that it is made of.
+struct key_text {
+    std::string_view pieces[4];
+    std::size_t piece = 0; ///< index of the piece that holds the next byte
+
+    key_text(std::string_view file, std::string_view function) : pieces{file, "'", function, "'"} {}
+
+    /// What is left of the current piece; empty at the end of the key.
+    std::string_view rest() {
+        while (piece < 3 && pieces[piece].empty())
+            ++piece;
+        return pieces[piece];
+    }
+    void skip(std::size_t count) { pieces[piece].remove_prefix(count); }
+};
+
+} // namespace
+
+int pgopti_Name_Compare(std::string_view file, std::string_view function, const DPI_INDEX_ENTRY& entry) {
+    key_text key(file, function);
+    key_text stored({entry.file_name, entry.file_name_length}, {entry.key_func_name, entry.func_name_length});
+    for (;;) {
+        const std::string_view a = key.rest();
+        const std::string_view b = stored.rest();
+        const std::size_t shared = std::min(a.size(), b.size());
+        if (shared == 0)
+            return a.empty() ? (b.empty() ? 0 : -1) : 1;
+        // Records share their file names: a long one is not compared with itself again and again.
+        const int difference = a.data() == b.data() ? 0 : std::memcmp(a.data(), b.data(), shared);
         if (difference != 0)
             return difference;
-        if (shared < piece.length)
-            return -1; // the key is a proper prefix of the entry's
-        position += shared;
+        key.skip(shared);
+        stored.skip(shared);
     }
-    return position < key.size() ? 1 : 0;
 }
 
-const DPI_INDEX_ENTRY* pgopti_Get_Pgopti_Name(const DPI_FILE* file, const char* sourceFile,
-                                              const char* function) {
-    const std::string key = pgopti_Make_Key(sourceFile, function);
+const DPI_INDEX_ENTRY* pgopti_Get_Pgopti_Name(const DPI_FILE* file, std::string_view sourceFile,
+                                              std::string_view function) {
     std::size_t low = 0;
     std::size_t high = file->index.size();
     while (low < high) {
         const std::size_t middle = (low + high) / 2;
-        const int order = pgopti_Name_Compare(key, file->index[middle]);
+        const int order = pgopti_Name_Compare(sourceFile, function, file->index[middle]);
         if (order == 0)
             return &file->index[middle];
         if (order < 0)
@@ -227,7 +233,8 @@ DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, const char
     file->reader->read(entry->position, segment->record.data(), entry->size, fileName);
     segment->num_runs = file->num_runs;
     // The record was sound in the layout it was opened with; a profile of the other width that was opened
-    // since has changed the layout.
+    // since has changed the layout. Its version is not looked at again, as it would be that of the old
+    // layout.
     if (!DPI_record_is_sound(segment->record.data(), entry->size))
         fail_format(fileName);
     return segment.release();

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// One record of the index.
@@ -74,15 +75,13 @@ void PGOPTI_Free_Segment(DPI_SEGMENT* segment);
 void PGOPTI_Get_First_File_Function_Pair(DPI_FILE* file, const char** sourceFile, const char** function);
 void PGOPTI_Get_Next_File_Function_Pair(DPI_FILE* file, const char** sourceFile, const char** function);
 
-/// The key text of a routine.
-std::string pgopti_Make_Key(const char* file, const char* function);
-
-/// Compares a key text with an index entry's key, as unsigned bytes: negative, 0 or positive.
-int pgopti_Name_Compare(const std::string& key, const DPI_INDEX_ENTRY& entry);
+/// Compares a routine's key, file ' function ', with an index entry's, as unsigned bytes: negative, 0 or
+/// positive.
+int pgopti_Name_Compare(std::string_view file, std::string_view function, const DPI_INDEX_ENTRY& entry);
 
 /// The index entry of a routine by binary search, or null.
-const DPI_INDEX_ENTRY* pgopti_Get_Pgopti_Name(const DPI_FILE* file, const char* sourceFile,
-                                              const char* function);
+const DPI_INDEX_ENTRY* pgopti_Get_Pgopti_Name(const DPI_FILE* file, std::string_view sourceFile,
+                                              std::string_view function);
 
 /// The NUL-terminated string at an offset of the file; one without NUL ends with the file, one at or beyond
 /// the end is empty.

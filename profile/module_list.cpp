@@ -3,6 +3,7 @@
 #include "common/checked_alloc.h"
 #include "common/demangle.h"
 #include "common/fatal.h"
+#include "common/hoare_sort.h"
 #include "coverage/files_of_interest.h"
 #include "driver/run_config.h"
 #include "profile/spi_file.h"
@@ -14,6 +15,8 @@
 
 COMP* first_func_line = nullptr;
 std::vector<COMP*> funcs_by_line;
+
+static COMP* dropped_components = nullptr; ///< duplicates; other records may share their file names
 
 bool same_file(const COMP* a, const COMP* b) {
     return a->fileName == b->fileName || std::strcmp(a->fileName, b->fileName) == 0;
@@ -101,54 +104,37 @@ int compareComponets(const COMP* a, const COMP* b) {
     return std::strcmp(a->procName, b->procName);
 }
 
-static void swapComponents(COMP** array, long i, long j) {
+static void swapComponents(COMP** array, int i, int j) {
     std::swap(array[i], array[j]);
 }
 
-/// Hoare's partition with the middle element as pivot. The sort is not stable, and its exchanges decide in
-/// which order records with equal names and different lines stand.
-static long PartitionComponents(COMP** array, long low, long high) {
-    swapComponents(array, low, (low + high) / 2);
-    const COMP* pivot = array[low];
-    long i = low - 1;
-    long j = high + 1;
-    for (;;) {
-        do
-            --j;
-        while (compareComponets(array[j], pivot) > 0);
-        do
-            ++i;
-        while (compareComponets(array[i], pivot) < 0);
-        if (i >= j)
-            return j;
-        swapComponents(array, i, j);
-    }
+static int PartitionComponents(COMP** array, int low, int high) {
+    const auto compare = [](const COMP* a, const COMP* b) {
+        const int order = compareComponets(a, b);
+        return order > 0 ? -1 : order < 0 ? 1 : 0;
+    };
+    return hoare_partition(array, low, high, 1, compare, swapComponents);
 }
 
-/// The parts do not depend on each other: recursing into the smaller one bounds the depth of the stack.
-static void QuickSortComponents(COMP** array, long low, long high) {
-    while (low < high) {
-        const long middle = PartitionComponents(array, low, high);
-        if (middle - low < high - middle) {
-            QuickSortComponents(array, low, middle);
-            low = middle + 1;
-        } else {
-            QuickSortComponents(array, middle + 1, high);
-            high = middle;
-        }
-    }
+static void QuickSortComponents(COMP** array, int low, int high) {
+    const auto before = [](const COMP* a, const COMP* b) { return compareComponets(a, b) < 0; };
+    hoare_quicksort(array, low, high, PartitionComponents, before, sort_patience(low, high));
 }
 
 void eiliminateRedundantComponents(COMP* head) {
     COMP* kept = nullptr;      // the last record that stays in the list
     COMP* reference = nullptr; // the record that the next one is compared with
-    for (COMP* comp = head; comp; comp = comp->next) {
+    COMP* next = nullptr;
+    for (COMP* comp = head; comp; comp = next) {
+        next = comp->next;
         const bool first = !kept || !same_file(kept, comp);
         comp->isFirstOfFile = first ? 1 : 0;
         if (!first && reference->line == comp->line && reference->displayName && comp->displayName &&
             std::strcmp(reference->displayName, comp->displayName) == 0) {
             if (std::strcmp(reference->procName, comp->procName) == 0) {
                 kept->next = comp->next;
+                comp->next = dropped_components;
+                dropped_components = comp;
                 continue;
             }
             reference->isAmbiguous = 1;

@@ -1,6 +1,7 @@
 #include "report/file_sort.h"
 
 #include "common/checked_alloc.h"
+#include "common/hoare_sort.h"
 #include "common/number_format.h"
 #include "coverage/coverage_list.h"
 #include "report/sort_order.h"

@@ -1,5 +1,6 @@
 #include "report/function_sort.h"
 
+#include "common/hoare_sort.h"
 #include "coverage/function_table.h"
 #include "report/sort_order.h"
 

@@ -137,7 +137,7 @@ class listing_writer {
     void write_line(unsigned int line, std::string_view text, bool newline, line_positions positions);
 
   private:
-    void look_ahead(std::string_view text, line_positions positions);
+    void look_ahead(std::string_view text, bool newline, line_positions positions);
     void enter_position(const block_list_node& position);
     void start_markers(std::string_view text);
     void write_count_lines(line_positions positions);
@@ -166,11 +166,12 @@ void listing_writer::enter_position(const block_list_node& position) {
 }
 
 /// Gives the indentation of a line the colour of its first statement.
-void listing_writer::look_ahead(std::string_view text, line_positions positions) {
+void listing_writer::look_ahead(std::string_view text, bool newline, line_positions positions) {
     std::size_t blanks = 0;
     while (blanks < text.size() && blanks < kMostLookAhead && (text[blanks] == ' ' || text[blanks] == '\t'))
         ++blanks;
-    if (blanks == 0)
+    const bool at_end = blanks == text.size() && !newline && blanks < kMostLookAhead;
+    if (blanks == 0 || at_end)
         return;
     if (const block_list_node* position = positions.at(blanks + 1))
         enter_position(*position);
@@ -190,7 +191,7 @@ void listing_writer::write_line(unsigned int line, std::string_view text, bool n
     disabled_ = pars->is_disabled_line(line);
     WriteSrcFileLineHeader(out_, line, disabled_ ? clrNotFeasible : color_);
     if (positions.begin != positions.end)
-        look_ahead(text, positions);
+        look_ahead(text, newline, positions);
     const bool counts = g_bXCOUNTS && !disabled_ && newline && positions.begin != positions.end;
     if (counts)
         start_markers(text);
@@ -217,15 +218,18 @@ void listing_writer::write_line(unsigned int line, std::string_view text, bool n
 
 /// Writes the count of a position and returns its width.
 std::size_t listing_writer::write_count(const block_list_node& position) {
-    char text[kNumberTextSize + 32] = "^ ";
-    u64_to_ascii(text + 2, position.count == NEVER_ENTERED ? 0 : position.count);
-    std::string shown = text;
-    shown += ' ';
+    char number[kNumberTextSize];
+    u64_to_ascii(number, position.count == NEVER_ENTERED ? 0 : position.count);
+    std::string shown = "^ ";
+    shown.append(number).append(1, ' ');
     if (position.numBlocks > 1) {
         shown += '(';
-        if (position.numExecuted != 0 && position.numExecuted != position.numBlocks)
-            shown += std::to_string(position.numExecuted) + '/';
-        shown += std::to_string(position.numBlocks) + ')';
+        if (position.numExecuted != 0 && position.numExecuted != position.numBlocks) {
+            u64_to_ascii(number, position.numExecuted);
+            shown.append(number).append(1, '/');
+        }
+        u64_to_ascii(number, position.numBlocks);
+        shown.append(number).append(1, ')');
     }
     out_.put(shown);
     return shown.size();
@@ -291,8 +295,10 @@ bool bOutputLineCoverage(const char* ext) {
     try {
         write_lines(page, text, g_cl->sorted_positions());
     } catch (const std::bad_alloc&) {
+        // infeasible: begin
         std::printf("Error - Not enough memory!! (bOutputLineCoverage)\n");
         return false;
+        // infeasible: end
     }
     if (!text.empty())
         WriteSrcFileFooter(page);

@@ -13,7 +13,7 @@ static COMP* list_of(const std::string& text, int* count = nullptr) {
     const std::string name = (scratch.path() / "p.spi").string();
     write_file(name, text);
     moduleName.clear();
-    static std::vector<COMP*> lists; // keeps them reachable
+    static std::vector<COMP*>& lists = *new std::vector<COMP*>; // keeps them reachable to the end
     lists.push_back(GetComponentList(name.c_str(), count));
     return lists.back();
 }

@@ -1,4 +1,5 @@
 // Sorting of functions and files: keys, ties, and input that misleads the methods.
+#include "common/hoare_sort.h"
 #include "coverage/coverage_list.h"
 #include "coverage/function_table.h"
 #include "report/file_sort.h"

@@ -1,0 +1,2 @@
+int crowd; // a table of more than a thousand entries
+int end;
