@@ -1,0 +1,43 @@
+// Reader of the JSON that "llvm-cov export -format=text" writes.
+//
+// The text is read in pieces and handed out one function at a time, so that memory is bounded by the largest
+// function, not by the export. Keys may stand in any order; unknown ones are skipped. Every fault of the
+// input (truncated, not JSON, not such an export, numbers of the wrong type) ends the run with a message.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// Indices into the numbers of a region, in the order of the export.
+enum export_region_field {
+    kLineStart,
+    kColumnStart,
+    kLineEnd,
+    kColumnEnd,
+    kExecutionCount,
+    kFileID,
+    kExpandedFileID,
+    kKind,
+    kRegionFields,
+};
+
+/// The numbers of one region as they stand in the export, unchecked; those beyond 64 bits are clamped.
+using export_region = std::array<std::int64_t, kRegionFields>;
+
+/// One function of the export, unchecked but complete: every key was there.
+struct export_function {
+    std::string name;
+    std::int64_t count;
+    std::vector<std::string> filenames;
+    std::vector<export_region> regions;
+};
+
+/// Reads one whole export from `stream`, which stays open, and calls `on_function` for each of its functions.
+/// The function object belongs to the reader and is reused after the call. `input` names the export in
+/// messages.
+void read_clang_export(std::FILE* stream, const std::string& input,
+                       const std::function<void(const export_function&)>& on_function);

@@ -1,0 +1,106 @@
+#include "import/import_run.h"
+
+#include "import/clang_export.h"
+#include "import/import_message.h"
+#include "import/main_file.h"
+#include "import/profile_data.h"
+#include "import/profile_writer.h"
+#include "import/record_store.h"
+#include "import/source_names.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <set>
+
+namespace {
+
+/// What has been read so far.
+struct collected {
+    record_store store;
+    std::set<std::string> unwritable; ///< names that the static profile cannot hold
+    std::uint64_t empty = 0;          ///< functions without a counted region
+};
+
+} // namespace
+
+static void collect_function(const export_function& function, const std::string& input,
+                             const source_names& names, main_file_function* extracted, collected* all) {
+    if (!extract_main_file(function, input, extracted)) {
+        ++all->empty;
+        return;
+    }
+    const std::string_view name = without_local_prefix(function.name);
+    const std::string file = names.name_in_profile(extracted->file);
+    const bool name_fits = can_be_written(name);
+    const bool file_fits = can_be_written(file);
+    if (!name_fits)
+        all->unwritable.insert("function \"" + printable(name) + "\"");
+    if (!file_fits)
+        all->unwritable.insert("source file \"" + printable(file) + "\"");
+    if (name_fits && file_fits)
+        all->store.add(file, name, *extracted);
+}
+
+static void read_input(std::FILE* stream, const std::string& input, const source_names& names,
+                       collected* all) {
+    main_file_function extracted = {};
+    const std::string shown = printable(input);
+    read_clang_export(stream, shown, [&](const export_function& function) {
+        collect_function(function, shown, names, &extracted, all);
+    });
+}
+
+static void read_inputs(const import_options& options, const source_names& names, collected* all) {
+    if (options.inputs.empty())
+        read_input(stdin, "standard input", names, all);
+    for (const std::string& input : options.inputs) {
+        if (input == "-") {
+            read_input(stdin, "standard input", names, all);
+            continue;
+        }
+        std::FILE* stream = std::fopen(input.c_str(), "rb");
+        if (!stream)
+            import_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
+        read_input(stream, input, names, all);
+        std::fclose(stream);
+    }
+}
+
+static void check_names(const collected& all) {
+    if (all.unwritable.empty())
+        return;
+    std::string list;
+    for (const std::string& name : all.unwritable)
+        list += "\n   " + name;
+    import_error(
+        "names that are empty or have white space or control characters in them cannot be written to the "
+        "static profile:%s",
+        list.c_str());
+}
+
+static void print_warnings(const collected& all, const profile_data& profile) {
+    if (all.empty != 0)
+        import_warning("%llu functions without code were left out",
+                       static_cast<unsigned long long>(all.empty));
+    if (profile.different != 0)
+        import_warning("%llu functions came again with different blocks; the one with more blocks was kept",
+                       static_cast<unsigned long long>(profile.different));
+    if (profile.misplaced != 0)
+        import_warning(
+            "%llu blocks lie beyond the end of their line or file; the sources have changed since the "
+            "program was built",
+            static_cast<unsigned long long>(profile.misplaced));
+}
+
+void run_import(const import_options& options) {
+    const source_names names(options.root);
+    collected all;
+    read_inputs(options, names, &all);
+    check_names(all);
+    if (all.store.functions().empty())
+        import_error("the input holds no functions");
+    const profile_data profile = build_profile(&all.store, names);
+    write_profiles(profile, options.dpi_file, options.spi_file, options.runs);
+    print_warnings(all, profile);
+}

@@ -1,0 +1,170 @@
+#include "import/main_file.h"
+
+#include "import/import_message.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace {
+
+/// Region kinds of the export.
+enum export_kind { kCode = 0, kExpansion = 1, kSkipped = 2, kGap = 3 };
+
+/// What the messages of one function need.
+struct message_place {
+    const std::string& input;
+    const export_function& function;
+};
+
+} // namespace
+
+[[noreturn]] static void bad_number(const message_place& place, const char* what, std::int64_t value) {
+    import_error("%s: function \"%s\" has %s %lld, which cannot be", place.input.c_str(),
+                 printable(place.function.name).c_str(), what, static_cast<long long>(value));
+}
+
+static void check_range(const message_place& place, const char* what, std::int64_t value,
+                        std::int64_t largest) {
+    if (value < 0 || value > largest)
+        bad_number(place, what, value);
+}
+
+static void check_region(const message_place& place, const export_region& region) {
+    const std::int64_t files = static_cast<std::int64_t>(place.function.filenames.size());
+    check_range(place, "a region starting in line", region[kLineStart], kLargestLine);
+    check_range(place, "a region starting in column", region[kColumnStart], kLargestColumn);
+    check_range(place, "a region ending in line", region[kLineEnd], kLargestLine);
+    check_range(place, "a region ending in column", region[kColumnEnd], kLargestColumn);
+    check_range(place, "an execution count of", region[kExecutionCount], kLargestCount);
+    check_range(place, "a region with file number", region[kFileID], files - 1);
+    if (region[kKind] == kExpansion)
+        check_range(place, "an expansion to file number", region[kExpandedFileID], files - 1);
+    if (std::tie(region[kLineEnd], region[kColumnEnd]) < std::tie(region[kLineStart], region[kColumnStart]))
+        bad_number(place, "a region that ends before its start in line", region[kLineStart]);
+}
+
+/// The lowest file number that no expansion leads to.
+static std::int64_t main_file_number(const message_place& place) {
+    std::vector<bool> expanded(place.function.filenames.size());
+    for (const export_region& region : place.function.regions) {
+        if (region[kKind] == kExpansion)
+            expanded[static_cast<std::size_t>(region[kExpandedFileID])] = true;
+    }
+    const auto main = std::find(expanded.begin(), expanded.end(), false);
+    if (main == expanded.end())
+        import_error("%s: function \"%s\" has no main file", place.input.c_str(),
+                     printable(place.function.name).c_str());
+    return main - expanded.begin();
+}
+
+/// A line or column of 0 is the first one.
+static std::uint32_t line_or_column(std::int64_t value) {
+    return static_cast<std::uint32_t>(std::max<std::int64_t>(value, 1));
+}
+
+static source_region to_source_region(const export_region& region, region_kind kind) {
+    source_region result = {};
+    result.start = {line_or_column(region[kLineStart]), line_or_column(region[kColumnStart])};
+    result.end_line = line_or_column(region[kLineEnd]);
+    result.end_column = line_or_column(region[kColumnEnd]) & kLargestColumn;
+    result.kind_bits = static_cast<std::uint32_t>(kind) & 3U;
+    result.count = static_cast<std::uint64_t>(region[kExecutionCount]);
+    return result;
+}
+
+namespace {
+
+/// The regions of one function's main file.
+class main_file_regions {
+  public:
+    main_file_regions(const export_function& function, std::int64_t file) : function_(function), file_(file) {
+        for (const export_region& region : function.regions) {
+            if (region[kFileID] == file && region[kKind] == kGap)
+                gap_ends_.emplace_back(region[kLineEnd], region[kColumnEnd]);
+        }
+        std::sort(gap_ends_.begin(), gap_ends_.end());
+    }
+
+    /// Appends the regions; false when none of them is counted code.
+    bool collect(std::vector<source_region>* regions) const {
+        const std::size_t before = regions->size();
+        if (collect_as_code(regions, [this](const export_region& region) { return is_code(region); }))
+            return true;
+        regions->resize(before);
+        return collect_as_code(regions,
+                               [](const export_region& region) { return region[kKind] == kExpansion; });
+    }
+
+  private:
+    /// A macro that is the whole body of an if, else or loop is known by its expansion only. A gap leads to
+    /// it.
+    bool is_code(const export_region& region) const {
+        if (region[kKind] == kExpansion)
+            return std::binary_search(gap_ends_.begin(), gap_ends_.end(),
+                                      std::pair(region[kLineStart], region[kColumnStart]));
+        return region[kKind] == kCode;
+    }
+
+    template <typename Predicate>
+    bool collect_as_code(std::vector<source_region>* regions, Predicate is_counted) const {
+        bool found = false;
+        for (const export_region& region : function_.regions) {
+            const bool counted = is_counted(region);
+            const std::int64_t kind = region[kKind];
+            if (region[kFileID] != file_ || (!counted && kind != kSkipped && kind != kGap))
+                continue;
+            const region_kind as = counted            ? region_kind::code
+                                   : kind == kSkipped ? region_kind::skipped
+                                                      : region_kind::gap;
+            const source_region converted = to_source_region(region, as);
+            if (converted.start == converted.end())
+                continue;
+            regions->push_back(converted);
+            found = found || counted;
+        }
+        return found;
+    }
+
+    const export_function& function_;
+    std::int64_t file_;
+    std::vector<std::pair<std::int64_t, std::int64_t>> gap_ends_; ///< ascending
+};
+
+} // namespace
+
+/// Puts the regions in order and joins those of one extent. Parts of a macro argument that is used twice come
+/// twice.
+static void sort_and_join(std::vector<source_region>* regions) {
+    const auto extent = [](const source_region& r) {
+        return std::tuple(r.start, ~r.end_line, kLargestColumn - r.end_column, r.kind());
+    };
+    std::stable_sort(regions->begin(), regions->end(),
+                     [&](const source_region& a, const source_region& b) { return extent(a) < extent(b); });
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < regions->size(); ++i) {
+        const source_region region = (*regions)[i];
+        if (kept > 0 && extent((*regions)[kept - 1]) == extent(region))
+            (*regions)[kept - 1].count = add_counts((*regions)[kept - 1].count, region.count);
+        else
+            (*regions)[kept++] = region;
+    }
+    regions->resize(kept);
+}
+
+bool extract_main_file(const export_function& function, const std::string& input,
+                       main_file_function* result) {
+    const message_place place = {input, function};
+    check_range(place, "an entry count of", function.count, kLargestCount);
+    for (const export_region& region : function.regions)
+        check_region(place, region);
+    if (function.regions.empty())
+        return false;
+    const std::int64_t file = main_file_number(place);
+    result->file = function.filenames[static_cast<std::size_t>(file)];
+    result->count = static_cast<std::uint64_t>(function.count);
+    result->regions.clear();
+    const bool found = main_file_regions(function, file).collect(&result->regions);
+    sort_and_join(&result->regions);
+    return found;
+}

@@ -1,0 +1,59 @@
+#include "import/source_names.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+/// An absolute path in normal form with one "/" at its end.
+static std::string as_prefix(const fs::path& path) {
+    std::string text = path.lexically_normal().string();
+    if (text.empty() || text.back() != '/')
+        text += '/';
+    return text;
+}
+
+source_names::source_names(const std::string& root) {
+    if (root.empty())
+        return;
+    std::error_code error;
+    const fs::path absolute = fs::absolute(root, error);
+    root_ = as_prefix(error ? fs::path(root) : absolute);
+    const fs::path physical = fs::weakly_canonical(root_, error);
+    physical_root_ = error ? root_ : as_prefix(physical);
+}
+
+std::string source_names::name_in_profile(const std::string& path) const {
+    if (root_.empty() || path.empty() || path.front() != '/')
+        return path;
+    std::string normal = fs::path(path).lexically_normal().string();
+    for (const std::string* prefix : {&root_, &physical_root_}) {
+        if (normal.size() > prefix->size() && normal.starts_with(*prefix))
+            return normal.substr(prefix->size());
+    }
+    return path;
+}
+
+std::string source_names::path_of(const std::string& name) const {
+    if (root_.empty() || name.empty() || name.front() == '/')
+        return name;
+    return root_ + name;
+}
+
+std::string_view without_local_prefix(std::string_view name) {
+    std::size_t separator = name.rfind(';');
+    if (separator == std::string_view::npos)
+        separator = name.rfind(':');
+    if (separator == std::string_view::npos || separator + 1 == name.size())
+        return name;
+    return name.substr(separator + 1);
+}
+
+bool can_be_written(std::string_view name) {
+    for (const char c : name) {
+        const unsigned char byte = static_cast<unsigned char>(c);
+        if (byte <= 0x20 || byte == 0x7f)
+            return false;
+    }
+    return !name.empty();
+}
