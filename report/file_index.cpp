@@ -114,14 +114,14 @@ static void write_file_row(text_buffer& page, bool figures, const filename_list_
     page.put(R"(">)");
     page.put(brief(file.name));
     page.put("</a></TD>\n");
-    write_count(page, file.numFuncs);
+    write_count(page, static_cast<std::int32_t>(file.numFuncs));
     if (figures) {
-        write_count(page, file.numFuncsCovered);
+        write_count(page, static_cast<std::int32_t>(file.numFuncsCovered));
         write_coverage(page, file.funcCoverage);
     }
-    write_count(page, file.numBlocks);
+    write_count(page, static_cast<std::int32_t>(file.numBlocks));
     if (figures) {
-        write_count(page, file.numBlocksCovered);
+        write_count(page, static_cast<std::int32_t>(file.numBlocksCovered));
         write_coverage(page, file.blockCoverage);
     }
     page.put("</TR>\n");

@@ -294,8 +294,7 @@ bool bOutputLineCoverage(const char* ext) {
     WriteSrcFileHeader(page, brief(file), functionCoverage, blockCoverage);
     try {
         write_lines(page, text, g_cl->sorted_positions());
-    } catch (const std::bad_alloc&) {
-        // infeasible: begin
+    } catch (const std::bad_alloc&) { // infeasible: begin
         std::printf("Error - Not enough memory!! (bOutputLineCoverage)\n");
         return false;
         // infeasible: end

@@ -13,6 +13,7 @@
 #include <limits>
 #include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 static const double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -163,15 +164,58 @@ static long comparisons_for(std::vector<int> numbers) {
     return comparisons;
 }
 
+/// Quicksort as it is described everywhere, in its plain form.
+static void plain_quicksort(std::vector<std::pair<int, int>>& list, int lo, int hi) {
+    while (lo < hi) {
+        std::swap(list[static_cast<std::size_t>(lo)], list[static_cast<std::size_t>((lo + hi) / 2)]);
+        const int pivot = list[static_cast<std::size_t>(lo)].first;
+        int i = lo - 1;
+        int j = hi + 1;
+        for (;;) {
+            while (list[static_cast<std::size_t>(--j)].first > pivot) {
+            }
+            while (list[static_cast<std::size_t>(++i)].first < pivot) {
+            }
+            if (i >= j)
+                break;
+            std::swap(list[static_cast<std::size_t>(i)], list[static_cast<std::size_t>(j)]);
+        }
+        plain_quicksort(list, lo, j);
+        lo = j + 1;
+    }
+}
+
+TEST(QuickSort, ImpatientSortKeepsTheTies) {
+    std::vector<std::pair<int, int>> plain; // key, and the place it had
+    for (int i = 0; i < 500; ++i)
+        plain.emplace_back((i < 250 ? i : 500 - i) / 3, i);
+    std::vector<std::pair<int, int>> impatient = plain;
+    plain_quicksort(plain, 0, 499);
+    using entry = std::pair<int, int>;
+    const auto compare = [](const entry& a, const entry& b) {
+        return (a.first < b.first) - (a.first > b.first);
+    };
+    const auto swap = [](entry* list, int i, int j) { std::swap(list[i], list[j]); };
+    const auto partition = [&](entry* list, int lo, int hi) {
+        return hoare_partition(list, lo, hi, 1, compare, swap);
+    };
+    const auto before = [](const entry& a, const entry& b) { return a.first < b.first; };
+    hoare_quicksort(impatient.data(), 0, 499, partition, before, 2);
+    EXPECT_EQ(impatient, plain);
+}
+
 TEST(QuickSort, MisleadingInputStaysFast) {
     constexpr int kCount = 100000;
-    std::vector<int> rising(kCount), organ_pipe(kCount), equal(kCount, 7);
+    std::vector<int> rising(kCount), organ_pipe(kCount), tied_pipe(kCount), equal(kCount, 7);
     std::iota(rising.begin(), rising.end(), 0);
     for (int i = 0; i < kCount; ++i) // rises to the middle and falls again: the middle is always the highest
         organ_pipe[static_cast<std::size_t>(i)] = i < kCount / 2 ? 2 * i : 2 * (kCount - i) - 1;
+    for (int i = 0; i < kCount; ++i)
+        tied_pipe[static_cast<std::size_t>(i)] = std::min(i, kCount - i);
     const long limit = 100L * kCount; // quadratic would be 50,000 times the count
     EXPECT_LT(comparisons_for(rising), limit);
     EXPECT_LT(comparisons_for({rising.rbegin(), rising.rend()}), limit);
     EXPECT_LT(comparisons_for(organ_pipe), limit);
+    EXPECT_LT(comparisons_for(tied_pipe), limit);
     EXPECT_LT(comparisons_for(equal), limit);
 }
