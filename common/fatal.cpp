@@ -5,31 +5,69 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
 
 void (*pgt_ExitHook)(int status) = nullptr;
+
+static bool out_of_memory = false; ///< something is missing in the output for lack of memory
+
+void pgt_OutOfMemory() {
+    out_of_memory = true;
+}
 
 void pgt_Exit(int status) {
     if (pgt_ExitHook)
         pgt_ExitHook(status);
     bool complete = close_open_outputs();
+    if (status == 0 && out_of_memory) {
+        std::fputs("ERROR: out of memory, the output is not complete\n", stderr);
+        complete = false;
+    }
     if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
         std::fputs("ERROR: cannot write standard output\n", stderr);
         complete = false;
     }
-    if (std::fflush(stderr) != 0 || std::ferror(stderr))
+    if (std::fflush(stderr) != 0 || std::ferror(stderr)) {
+        std::fputs("ERROR: cannot write standard error\n", stderr);
         complete = false;
+    }
     std::exit(complete ? status : 1);
 }
 
-void secure_standard_streams() {
+/// An exception needs memory itself. Where there is none left, the language ends the program without looking
+/// for a handler, and no exception is active. Any other that nobody catches is a fault of the program.
+[[noreturn]] static void end_without_exception() {
+    try {
+        if (const std::exception_ptr active = std::current_exception())
+            std::rethrow_exception(active);
+    } catch (const std::bad_alloc&) {
+        // before main
+    } catch (...) {
+        std::abort();
+    }
+    std::fputs("ERROR: out of memory\n", stderr);
+    pgt_Exit(1);
+}
+
+/// Set before the first global variable is made, since some of them need memory.
+__attribute__((constructor(101))) static void watch_for_exceptions() {
+    std::set_terminate(end_without_exception);
+}
+
+void secure_process() {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) != -1)
             continue;
         // The lowest free descriptor is taken, which is this one: those below it are open by now.
-        if (open("/dev/null", O_RDWR) == -1)
-            std::_Exit(1); // infeasible
+        if (open("/dev/null", O_RDWR) == -1) {
+            // infeasible: begin
+            std::fputs("ERROR: cannot open /dev/null\n", stderr);
+            std::_Exit(1);
+            // infeasible: end
+        }
     }
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

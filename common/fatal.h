@@ -9,6 +9,10 @@
 /// goes to standard error and the exit status is 1 whatever was asked for.
 [[noreturn]] void pgt_Exit(int status);
 
+/// Remembers that a part of the output was given up for lack of memory, so that the run, which goes on, does
+/// not end with status 0. Then pgt_Exit says so.
+void pgt_OutOfMemory();
+
 /// Called first by pgt_Exit when set. It may throw to get control back instead of ending the process, as
 /// in-process drivers of hostile inputs do; when it returns, the process ends. Null in the shipped programs.
 extern void (*pgt_ExitHook)(int status);
@@ -16,4 +20,4 @@ extern void (*pgt_ExitHook)(int status);
 /// Opens the null device in place of each standard stream that the caller closed, so that no page can be
 /// opened on descriptor 0, 1 or 2, and lets a write to a closed pipe or beyond the file size limit fail
 /// instead of killing the process. The programs call it first.
-void secure_standard_streams();
+void secure_process();

@@ -2,10 +2,12 @@
 
 #include "common/fatal.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <iterator>
 #include <new>
 #include <string>
 #include <sys/stat.h>
@@ -18,16 +20,34 @@ static char* text_bytes = nullptr;
 static std::size_t text_size = 0;
 static std::size_t text_capacity = 0;
 
+[[noreturn]] static void fail_read(const char* path) {
+    std::fprintf(stderr, "ERROR: cannot read %s\n", path);
+    pgt_Exit(1);
+}
+
+/// After a failed call: -1 when there is no such file for this user. Any other reason, such as a disk error
+/// or a lack of descriptors, would make the report tell of a missing file that is there; it ends the run.
+static int not_there(const char* path) {
+    static const int reasons[] = {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG};
+    if (std::find(std::begin(reasons), std::end(reasons), errno) == std::end(reasons))
+        fail_read(path);
+    return -1;
+}
+
 /// Opens a regular file for reading; -1 when there is none. A device or FIFO is not even opened, since that
 /// could block or have an effect.
 static int open_regular(const char* path, std::size_t* size) {
     struct stat status;
-    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode))
+    if (stat(path, &status) != 0)
+        return not_there(path);
+    if (!S_ISREG(status.st_mode))
         return -1;
     const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor == -1)
-        return -1;
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        return not_there(path);
+    if (fstat(descriptor, &status) != 0)
+        fail_read(path);
+    if (!S_ISREG(status.st_mode)) {
         close(descriptor);
         return -1;
     }
@@ -71,10 +91,8 @@ bool load_source(const char* path, std::string_view* text) {
         if (descriptor != -1) {
             const bool complete = read_all(descriptor, size);
             close(descriptor);
-            if (!complete) {
-                std::fprintf(stderr, "ERROR: cannot read %s\n", path);
-                pgt_Exit(1);
-            }
+            if (!complete)
+                fail_read(path);
             found = true;
         }
         loaded = true;

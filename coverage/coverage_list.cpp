@@ -26,8 +26,7 @@ file_list_node::file_list_node(const char* filename, int* pNotFound) {
     try {
         filename_ = filename;
         slots_.assign(64, 0);
-    } catch (const std::bad_alloc&) {
-        // infeasible: begin
+    } catch (const std::bad_alloc&) { // infeasible: begin
         std::printf("Error - Not enough memory!! (file_list_node::file_list_node): %s\n", filename);
         pgt_Exit(1);
         // infeasible: end
@@ -98,7 +97,10 @@ block_list_node* file_list_node::find_or_create(unsigned int line, unsigned int 
         }
         return &nodes_[slots_[slot] - 1];
     } catch (const std::bad_alloc&) {
-        return nullptr; // infeasible
+        // infeasible: begin
+        pgt_OutOfMemory();
+        return nullptr;
+        // infeasible: end
     }
 }
 
@@ -188,6 +190,7 @@ bool coverage_list::bAddFilename(const char* name) {
     if (!entry || !copy) {
         // infeasible: begin
         std::printf("Error - out of memory!! (coverage_list::bAddFilename)\n");
+        pgt_OutOfMemory();
         std::free(entry);
         std::free(copy);
         return false;
@@ -210,6 +213,7 @@ bool coverage_list::bSetName(const char* name) {
     if (!current_) {
         // infeasible: begin
         std::printf("Out of memory!! (file_list_node::bSetName %s)\n", name);
+        pgt_OutOfMemory();
         return false;
         // infeasible: end
     }

@@ -24,6 +24,7 @@
 #include "report/tool_bar.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <sys/stat.h>
@@ -130,6 +131,8 @@ static void write_overview() {
     filename_list_node** uncoveredFiles = nullptr;
     if (g_cl->uiGetFilenames(&covered, &coveredFiles, &uncovered, &uncoveredFiles) < 0)
         pgt_Exit(1);
+    const std::unique_ptr<filename_list_node*, decltype(&std::free)> ownCovered(coveredFiles, std::free);
+    const std::unique_ptr<filename_list_node*, decltype(&std::free)> ownUncovered(uncoveredFiles, std::free);
     if (covered > 0 &&
         !bCreateCovProfMain(coveredName, g_lpszOutFileExt, g_lpszProjName, covered, coveredFiles))
         pgt_Exit(1);
@@ -193,11 +196,10 @@ static void run(int argc, char** argv) {
 }
 
 int main(int argc, char** argv) {
-    secure_standard_streams();
+    secure_process();
     try {
         run(argc, argv);
-    } catch (const std::bad_alloc&) {
-        // infeasible: begin
+    } catch (const std::bad_alloc&) { // infeasible: begin
         std::fputs("ERROR: out of memory\n", stderr);
         pgt_Exit(1);
         // infeasible: end

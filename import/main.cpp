@@ -7,7 +7,7 @@
 #include <new>
 
 int main(int argc, char** argv) {
-    secure_standard_streams();
+    secure_process();
     try {
         import_options options;
         parse_import_options(argc, argv, &options);

@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -175,6 +176,22 @@ static void write_spi(std::FILE* stream, const profile_data& profile) {
 
 // ---- both files, together or not at all ----
 
+/// Temporary files that are there. They go away however the run ends, unless it is killed.
+static std::vector<std::string> temporary_files;
+
+static void remove_temporary_files() {
+    for (const std::string& name : temporary_files)
+        unlink(name.c_str());
+    temporary_files.clear();
+}
+
+/// A name beside `target` that no other run uses, on this machine or on another one that shares the
+/// directory.
+static std::string temporary_name(const std::string& target) {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+    return target + "." + std::to_string(getpid()) + "-" + std::to_string(now) + ".tmp";
+}
+
 /// The pair that is being written beside the one that it will replace.
 class profile_pair {
   public:
@@ -197,7 +214,6 @@ class profile_pair {
     void replace();
 
   private:
-    static std::string temporary_name(const std::string& target);
     std::FILE* open(const std::string& temporary);
     [[noreturn]] void fail(const std::string& what, int error);
 
@@ -208,17 +224,9 @@ class profile_pair {
     std::FILE* lock_ = nullptr; ///< the profile that is locked, if there is one
 };
 
-/// A name beside `target` that no other run uses, on this machine or on another one that shares the
-/// directory.
-std::string profile_pair::temporary_name(const std::string& target) {
-    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    return target + "." + std::to_string(getpid()) + "-" + std::to_string(now) + ".tmp";
-}
-
 /// Removes what was written, lets go of the lock and ends the run.
 void profile_pair::fail(const std::string& what, int error) {
-    unlink(new_dpi_.c_str());
-    unlink(new_spi_.c_str());
+    remove_temporary_files();
     checked_fclose(lock_);
     import_error("cannot %s: %s", what.c_str(), std::strerror(error));
 }
@@ -226,7 +234,10 @@ void profile_pair::fail(const std::string& what, int error) {
 /// Devices and directories must not be replaced.
 static void check_target(const std::string& path) {
     struct stat status;
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+    const bool found = stat(path.c_str(), &status) == 0;
+    if (!found && errno != ENOENT)
+        import_error("cannot open %s for output: %s", path.c_str(), std::strerror(errno));
+    if (found && !S_ISREG(status.st_mode))
         import_error("%s is not a regular file", path.c_str());
 }
 
@@ -243,8 +254,12 @@ void profile_pair::lock() {
         // Another importer may have replaced the file while this one waited; then the lock is of no use.
         struct stat locked;
         struct stat current;
-        if (fstat(fileno(lock_), &locked) == 0 && stat(dpi_.c_str(), &current) == 0 &&
-            locked.st_ino == current.st_ino && locked.st_dev == current.st_dev)
+        if (fstat(fileno(lock_), &locked) != 0)
+            fail("examine " + dpi_, errno);
+        const bool found = stat(dpi_.c_str(), &current) == 0;
+        if (!found && errno != ENOENT)
+            fail("examine " + dpi_, errno);
+        if (found && locked.st_ino == current.st_ino && locked.st_dev == current.st_dev)
             return;
         checked_fclose(lock_);
         lock_ = nullptr;
@@ -252,6 +267,9 @@ void profile_pair::lock() {
 }
 
 std::FILE* profile_pair::open(const std::string& temporary) {
+    if (temporary_files.empty())
+        std::atexit(remove_temporary_files);
+    temporary_files.push_back(temporary);
     std::FILE* stream = open_output(temporary.c_str(), "wbx");
     if (!stream)
         fail("create " + temporary, errno);
@@ -267,6 +285,7 @@ void profile_pair::close(std::FILE* stream) {
 
 void profile_pair::replace() {
     const std::string backup = new_dpi_ + "~";
+    temporary_files.push_back(backup);
     const bool has_backup = link(dpi_.c_str(), backup.c_str()) == 0;
     const bool dpi_renamed = std::rename(new_dpi_.c_str(), dpi_.c_str()) == 0;
     if (!dpi_renamed || std::rename(new_spi_.c_str(), spi_.c_str()) != 0) {
@@ -275,10 +294,9 @@ void profile_pair::replace() {
             std::rename(backup.c_str(), dpi_.c_str());
         else if (dpi_renamed)
             unlink(dpi_.c_str());
-        unlink(backup.c_str());
         fail("replace " + dpi_ + " and " + spi_, error);
     }
-    unlink(backup.c_str());
+    remove_temporary_files();
     checked_fclose(lock_);
 }
 

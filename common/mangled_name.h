@@ -1,0 +1,51 @@
+// Reads a mangled C++ name into the pieces its C++ form is printed from, without printing it.
+//
+// The grammar is that of the public "Itanium C++ ABI", chapter 5.1 "External Names (a.k.a. Mangling)", as g++
+// 12 and clang 14 write it. Where the system's demangler is known to read a name in a way of its own (what
+// counts as substitution, `sr` without `E`, arguments after a conversion operator), the name is read that
+// way.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+using PieceId = std::uint32_t; ///< index of a piece; 0 is the empty piece
+
+/// How a piece is printed from its parts.
+enum class PieceRule : std::uint8_t {
+    Sum,        ///< both parts
+    Param,      ///< the template argument with the index `left`
+    Reference,  ///< a reference to `left`
+    Repeat,     ///< `left`, once for each element of the packs it names (pack expansion)
+    Fold,       ///< the same, but the packs remain visible outside
+    Pack,       ///< an argument pack; `list` holds the elements
+    Template,   ///< the name `left` with the arguments `right`, which are also in `list`
+    Conversion, ///< conversion operator to `left`, whose parameters are those of the template around it
+    Signature,  ///< the types `left`, whose parameters refer to the arguments in `list`
+    Closure     ///< the parameters `left` of a lambda, where template parameters are shown as "auto:1"
+};
+
+/// Pieces share parts (substitutions); the parts stand before the pieces they belong to.
+struct Piece {
+    PieceId left;
+    PieceId right;
+    std::uint32_t list; ///< index in MangledName::lists; 0 if none
+    std::uint32_t
+        own; ///< upper bound of the characters beside the parts; at least 1, since the time counts too
+    PieceRule rule;
+    bool is_open;       ///< refers to template parameters: the size depends on where it is printed
+    std::uint64_t size; ///< upper bound of all characters if not open; at most kHugeText
+};
+
+constexpr std::uint64_t kHugeText = std::uint64_t{1} << 40;
+
+struct MangledName {
+    std::vector<Piece> pieces;
+    std::vector<std::vector<PieceId>> lists; ///< template arguments and packs; the first is empty
+    PieceId whole = 0;
+    bool is_ambiguous = false; ///< holds an unresolved name that can be read in two ways
+};
+
+/// Reads `text` (null-terminated, beginning with "_Z") in time linear in its length. `old_unresolved`: the
+/// second way to read ambiguous names. Returns false if the name is not understood.
+bool read_mangled_name(const char* text, bool old_unresolved, MangledName& result);
