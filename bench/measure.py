@@ -1,0 +1,122 @@
+"""What the measuring scripts share: building, running under GNU time, and the tables they print."""
+
+import atexit
+import os
+import re
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+BUILD = os.path.join(ROOT, "build", "bench")
+VEXCOV = os.path.join(BUILD, "vexcov")
+IMPORT = os.path.join(BUILD, "vexcov-import")
+GENERATE = os.path.join(BUILD, "bench", "generate_tree")
+
+
+
+def work_folder():
+    """Where measured programs read and write: in memory where there is room, so that no figure depends on the disk
+    and on what it still has to write from the run before."""
+    folder = os.path.join(BUILD, "trees")
+    if os.path.isdir("/dev/shm") and os.access("/dev/shm", os.W_OK):
+        space = os.statvfs("/dev/shm")
+        if space.f_bavail * space.f_frsize >= 2 << 30:
+            folder = tempfile.mkdtemp(prefix="vexcov-bench-", dir="/dev/shm")
+    atexit.register(shutil.rmtree, folder, ignore_errors=True)
+    return folder
+
+
+WORK = work_folder()
+
+
+def must(command, **options):
+    """Runs a command silently; shows what it printed and ends the script when it fails."""
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
+    if done.returncode != 0:
+        sys.stderr.buffer.write(done.stdout)
+        sys.exit(f"{os.path.basename(sys.argv[0])}: failed with status {done.returncode}: {command}")
+    return done.stdout.decode(errors="replace")
+
+
+def prepare():
+    """Installs what measuring needs and builds the optimised programs in build/bench."""
+    must([os.path.join(ROOT, "scripts", "install-deps"), "bench"])
+    must(["cmake", "--preset", "bench"], cwd=ROOT)
+    must(["cmake", "--build", "--preset", "bench"], cwd=ROOT)
+
+
+def scratch(name):
+    """An empty folder to measure in; gone when the script ends."""
+    folder = os.path.join(WORK, name)
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
+    return folder
+
+
+def generate(name, **sizes):
+    """Writes a generated tree; the sizes are generate_tree's options. Returns its folder."""
+    folder = scratch(name)
+    options = []
+    for size, value in sizes.items():
+        options += ["-" + size.replace("_", "-"), str(value)]
+    must([GENERATE, folder] + options)
+    return folder
+
+
+class Run:
+    """One run of a command: user, system and elapsed seconds, and peak memory in MiB."""
+
+    def __init__(self, command, cwd, stdout=subprocess.DEVNULL):
+        with tempfile.NamedTemporaryFile("r") as memory:
+            # Memory as GNU time sees it: the interpreter's own is not counted then.
+            before, started = resource.getrusage(resource.RUSAGE_CHILDREN), time.monotonic()
+            done = subprocess.run(["/usr/bin/time", "-o", memory.name, "-f", "%M"] + command, cwd=cwd,
+                                  stdout=stdout, stderr=subprocess.PIPE)
+            self.elapsed, after = time.monotonic() - started, resource.getrusage(resource.RUSAGE_CHILDREN)
+            if done.returncode != 0:
+                sys.stderr.buffer.write(done.stderr)
+                sys.exit(f"{os.path.basename(sys.argv[0])}: failed with status {done.returncode}: {command}")
+            self.memory = int(memory.read()) / 1024
+        self.user, self.system = after.ru_utime - before.ru_utime, after.ru_stime - before.ru_stime
+        self.processor = self.user + self.system
+
+
+def best(runs):
+    """The run least disturbed by the rest of the machine. Processor time is compared, not elapsed time, which depends
+    on what else runs."""
+    return min(runs, key=lambda run: run.processor)
+
+
+def report(folder, *options):
+    """Makes the report of a tree anew and measures it."""
+    for made in ("CodeCoverage", "CODE_COVERAGE.HTML"):
+        path = os.path.join(folder, made)
+        if os.path.isdir(path):
+            shutil.rmtree(path)
+        elif os.path.exists(path):
+            os.remove(path)
+    return Run([VEXCOV, "-nopmeter", *options], folder)
+
+
+def instructions(command, cwd):
+    """Instructions that a command executes, counted by callgrind."""
+    text = must(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"] + command, cwd=cwd)
+    return int(re.search(r"Collected : (\d+)", text).group(1))
+
+
+def table(head, rows):
+    """Prints a table in Markdown, with the columns lined up: the first to the left, the others to the right."""
+    widths = [max(len(row[i]) for row in [head] + rows) for i in range(len(head))]
+
+    def line(row):
+        cells = [row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
+        print("| " + " | ".join(cells) + " |")
+
+    line(head)
+    print("|" + "|".join(["-" * (widths[0] + 2)] + ["-" * (width + 1) + ":" for width in widths[1:]]) + "|")
+    for row in rows:
+        line(row)

@@ -1,0 +1,329 @@
+#include "bench/tree.h"
+
+#include "profile/dpi_format.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <numeric>
+#include <string_view>
+#include <sys/stat.h>
+#include <vector>
+
+[[noreturn]] static void fail(const std::string& what) {
+    std::fprintf(stderr, "tree: %s\n", what.c_str());
+    std::exit(1);
+}
+
+/// Numbers that look random and are the same in every run.
+class sequence {
+  public:
+    explicit sequence(std::uint64_t seed) : state_(seed) {}
+    /// A number below `limit`.
+    std::uint64_t below(std::uint64_t limit) {
+        state_ += 0x9e3779b97f4a7c15u;
+        std::uint64_t mixed = (state_ ^ (state_ >> 30)) * 0xbf58476d1ce4e5b9u;
+        mixed = (mixed ^ (mixed >> 27)) * 0x94d049bb133111ebu;
+        return (mixed ^ (mixed >> 31)) % limit;
+    }
+
+  private:
+    std::uint64_t state_;
+};
+
+struct position {
+    std::uint32_t line;
+    std::uint32_t column;
+};
+
+struct function_facts {
+    std::string name;                  ///< as the compiler would emit it
+    std::uint32_t line = 0;            ///< first line
+    std::vector<position> blocks;      ///< ascending
+    std::vector<std::uint64_t> counts; ///< one for each block
+};
+
+/// One statement of the made-up code. A '@' (not written) stands before each place where a block may start.
+static const char* const STATEMENTS[] = {
+    "@if (r->count > %u && @r->next != NULL)",
+    "    @r->total += scale_of(r, %u);",
+    "@for (i = %u; i < r->count && @r->items[i] != 0; i++)",
+    "    @sum += r->items[i] * weight[i & 7]; /* step %u */",
+    "@value = lookup(r->table, key, %u) ? @r->first : r->last;",
+    "@while (*text != '\\0' && @*text <= '%u')",
+    "    @text += step(text, limit - %u);",
+    "@return report(\"item %u of %d\\n\", i) < 0 ? @-1 : sum;",
+};
+
+/// Appends a line of code in which up to `wanted` blocks start; returns their columns. Where a statement has
+/// fewer places or is too short, further terms follow.
+static std::vector<std::uint32_t> append_code_line(std::string& text, const tree_sizes& sizes,
+                                                   std::uint64_t wanted, sequence& numbers) {
+    std::vector<std::uint32_t> columns;
+    const std::size_t start = text.size();
+    const auto here = [&] { return static_cast<std::uint32_t>(text.size() - start + 1); };
+    text += "    ";
+    for (const char* p = STATEMENTS[numbers.below(std::size(STATEMENTS))]; *p != '\0'; p++) {
+        if (*p == '@') {
+            if (columns.size() < wanted)
+                columns.push_back(here());
+        } else if (p[0] == '%' && p[1] == 'u') {
+            text += std::to_string(numbers.below(100));
+            p++;
+        } else {
+            text += *p;
+        }
+    }
+    while (columns.size() < wanted || text.size() - start < sizes.length) {
+        text += " + ";
+        if (columns.size() < wanted)
+            columns.push_back(here());
+        text += "t[" + std::to_string(numbers.below(100)) + "]";
+    }
+    return columns;
+}
+
+/// The blocks of function `index` that start on body line `line`: they are spread evenly.
+static std::uint64_t blocks_on_line(const tree_sizes& sizes, std::uint64_t line, std::uint64_t body) {
+    return sizes.blocks * (line + 1) / body - sizes.blocks * line / body;
+}
+
+/// Marker comments at the end of a body line: `line` counts the body lines of the whole file.
+static void append_markers(std::string& text, const tree_sizes& sizes, std::uint64_t line,
+                           std::uint64_t all) {
+    if (sizes.nested != 0) {
+        const std::uint64_t half = all / 2;
+        const std::uint64_t pairs = std::min(sizes.nested, half);
+        if (line < pairs)
+            text += " // begin-dead";
+        else if (line >= all - pairs)
+            text += " // end-dead";
+    }
+    if (sizes.flat != 0) {
+        const std::uint64_t step = std::max<std::uint64_t>(all / sizes.flat, 2);
+        if (line / step < sizes.flat && line % step < 2)
+            text += line % step == 0 ? " // begin-dead" : " // end-dead";
+    }
+}
+
+/// The names do not follow the lines, as in real code: a sort has something to do.
+static std::string function_name(const tree_sizes& sizes, std::uint64_t index) {
+    const std::uint64_t names = sizes.twins != 0 ? (sizes.functions + 1) / 2 : sizes.functions;
+    const std::uint64_t stride = names % 7919 == 0 ? 7907 : 7919;
+    const std::uint64_t shuffled = ((sizes.twins != 0 ? index / 2 : index) * stride + 13) % names;
+    char name[64];
+    // The last number, of a local entity, is part of the name, but not of what a reader is shown.
+    if (sizes.twins != 0)
+        std::snprintf(name, sizeof name, "_ZZ15request_%07" PRIu64 "iE5local_%u", shuffled,
+                      static_cast<unsigned>(index % 2));
+    else
+        std::snprintf(name, sizeof name, "handle_request_%07" PRIu64, shuffled);
+    return name;
+}
+
+/// One count for each block: nine functions in ten ran, and of their blocks nine in ten.
+static std::vector<std::uint64_t> block_counts(const tree_sizes& sizes, sequence& numbers) {
+    std::vector<std::uint64_t> counts(sizes.blocks, 0);
+    if (numbers.below(10) == 0)
+        return counts;
+    for (std::uint64_t& count : counts)
+        count = numbers.below(10) == 0 ? 0 : 1 + numbers.below(sizes.highest);
+    return counts;
+}
+
+/// Appends one function of sizes.lines lines to the text of a file. Its first block starts at the opening
+/// brace, its last one at the closing brace, the others in between.
+static function_facts append_function(std::string& text, const tree_sizes& sizes, std::uint64_t index,
+                                      std::uint32_t first_line, sequence& numbers) {
+    function_facts facts;
+    facts.name = function_name(sizes, index);
+    facts.line = first_line + 1;
+    if (sizes.twins != 0 && index % 2 == 1)
+        facts.line -= static_cast<std::uint32_t>(sizes.lines);
+    facts.counts = block_counts(sizes, numbers);
+    text += "/* Handles one request; called by the loop that reads them. */\n";
+    text += "static int handle_request_" + std::to_string(index) + "(const struct record *r, int n)\n{\n";
+    const std::uint64_t body = sizes.lines - 5;
+    for (std::uint64_t line = 0; line < body; line++) {
+        const std::uint64_t starts = blocks_on_line(sizes, line, body);
+        const auto columns = append_code_line(text, sizes, std::min(starts, sizes.positions), numbers);
+        append_markers(text, sizes, index * body + line, sizes.functions * body);
+        text += '\n';
+        const auto number = static_cast<std::uint32_t>(first_line + 3 + line);
+        for (std::uint64_t start = 0; start < starts; start++)
+            facts.blocks.push_back({number, columns[std::min<std::size_t>(start, columns.size() - 1)]});
+    }
+    text += "}\n\n";
+    facts.blocks.front() = {first_line + 2, 1};
+    if (sizes.blocks > 1)
+        facts.blocks.back() = {static_cast<std::uint32_t>(first_line + sizes.lines - 2), 1};
+    return facts;
+}
+
+static std::FILE* open_file(const std::string& path) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr)
+        fail("cannot create " + path);
+    return file;
+}
+
+static void write_all(std::FILE* file, std::string_view bytes) {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
+        fail("cannot write");
+}
+
+static void close_file(std::FILE* file) {
+    if (std::fclose(file) != 0)
+        fail("cannot write");
+}
+
+static void make_folder(const std::string& path) {
+    if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST)
+        fail("cannot create " + path);
+}
+
+static void store(std::string& bytes, std::size_t at, std::uint64_t value, std::size_t width) {
+    for (std::size_t i = 0; i < width; i++)
+        bytes[at + i] = static_cast<char>(value >> (8 * i) & 0xff);
+}
+
+/// Size of a record with one routine: header, counters, name offset, padded entry index, positions.
+static std::uint64_t record_size(std::uint64_t blocks) {
+    return PGOPTI_LAYOUT_64.header_size + 8 * blocks + 8 + 8 + 8 * blocks;
+}
+
+/// The dynamic profile while it is written: the records go out at once, the strings behind all of them.
+class profile_writer {
+  public:
+    profile_writer(const std::string& path, std::uint64_t records, std::uint64_t records_size)
+        : file_(open_file(path)), strings_start_(PGOPTI_HEADER_SIZE + records_size) {
+        std::string header(PGOPTI_HEADER_SIZE, '\0');
+        store(header, PGOPTI_HEADER_MAGIC, PGOPTI_DPI_MAGIC, 4);
+        store(header, PGOPTI_HEADER_RUNS, 1, 4);
+        store(header, PGOPTI_HEADER_RECORDS, records, 4);
+        write_all(file_, header);
+    }
+
+    /// Adds a string; returns its offset in the file.
+    std::uint64_t add_string(const std::string& text) {
+        const std::uint64_t offset = strings_start_ + strings_.size();
+        strings_.append(text.c_str(), text.size() + 1);
+        return offset;
+    }
+
+    void add_record(std::uint64_t file_name, const function_facts& facts) {
+        const PGOPTI_RECORD_LAYOUT& layout = PGOPTI_LAYOUT_64;
+        const std::uint64_t blocks = facts.counts.size();
+        const std::uint64_t name = add_string(facts.name);
+        record_.assign(record_size(blocks), '\0');
+        store(record_, 0, PGOPTI_FLAG_64 | PGOPTI_FLAG_LINES, 1);
+        store(record_, 1, layout.version, 1);
+        store(record_, layout.size, record_.size(), 4);
+        store(record_, layout.routines, 1, 4);
+        store(record_, layout.blocks, blocks, 4);
+        store(record_, layout.file_name, file_name, 8);
+        store(record_, layout.key_func_name, name, 8);
+        std::size_t at = layout.header_size;
+        for (const std::uint64_t count : facts.counts) {
+            store(record_, at, count, 8);
+            at += 8;
+        }
+        store(record_, at, name, 8);
+        at += 16;
+        for (const position& block : facts.blocks) {
+            store(record_, at, block.line, 4);
+            store(record_, at + 4, block.column, 4);
+            at += 8;
+        }
+        write_all(file_, record_);
+    }
+
+    void finish() {
+        write_all(file_, strings_);
+        close_file(file_);
+    }
+
+  private:
+    std::FILE* file_;
+    std::uint64_t strings_start_;
+    std::string strings_;
+    std::string record_;
+};
+
+static void write_source(const std::string& path, const std::string& text) {
+    std::FILE* file = open_file(path);
+    write_all(file, text);
+    close_file(file);
+}
+
+/// Writes source file `index` and adds its functions to both profiles.
+static void write_module(const std::string& folder, const tree_sizes& sizes, std::uint64_t index,
+                         std::FILE* spi, profile_writer& dpi) {
+    char name[64];
+    std::snprintf(name, sizeof name, "src/%02u", static_cast<unsigned>(index % 100));
+    make_folder(folder + "/" + name);
+    std::snprintf(name, sizeof name, "src/%02u/file_%07" PRIu64 ".c", static_cast<unsigned>(index % 100),
+                  index);
+    sequence numbers(index);
+    std::string text;
+    std::vector<function_facts> functions;
+    std::uint32_t line = 1;
+    for (std::uint64_t i = 0; i < sizes.functions; i++) {
+        functions.push_back(append_function(text, sizes, i, line, numbers));
+        line += static_cast<std::uint32_t>(sizes.lines);
+    }
+    write_source(folder + "/" + name, text);
+    std::sort(functions.begin(), functions.end(),
+              [](const function_facts& a, const function_facts& b) { return a.name < b.name; });
+    const std::uint64_t file_name = dpi.add_string(name);
+    for (const function_facts& facts : functions) {
+        dpi.add_record(file_name, facts);
+        std::fprintf(spi, "%s %s %s %u %zu F\n", name, name, facts.name.c_str(), facts.line,
+                     facts.counts.size());
+    }
+}
+
+/// Files in the order of their names, which is the order of the records.
+static std::vector<std::uint64_t> files_by_name(std::uint64_t files) {
+    std::vector<std::uint64_t> order(files);
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [](std::uint64_t a, std::uint64_t b) {
+        return a % 100 != b % 100 ? a % 100 < b % 100 : a < b;
+    });
+    return order;
+}
+
+static void write_extra_records(const tree_sizes& sizes, profile_writer& dpi) {
+    const std::uint64_t file_name = dpi.add_string("unlisted.c");
+    for (std::uint64_t i = 0; i < sizes.extra; i++) {
+        char name[64];
+        std::snprintf(name, sizeof name, "unlisted_%09" PRIu64, i);
+        dpi.add_record(file_name, {name, 1, {{1, 1}}, {i}});
+    }
+}
+
+static void write_components(const std::string& path, const tree_sizes& sizes) {
+    std::FILE* file = open_file(path);
+    for (std::uint64_t i = 1; i < sizes.patterns; i++)
+        std::fprintf(file, "%smodule_%07" PRIu64 "/private\n", i % 4 == 0 ? "~" : "", i);
+    std::fputs("src/\n", file);
+    close_file(file);
+}
+
+void write_tree(const std::string& folder, const tree_sizes& sizes) {
+    make_folder(folder);
+    make_folder(folder + "/src");
+    const std::uint64_t functions = sizes.files * sizes.functions;
+    profile_writer dpi(folder + "/pgopti.dpi", functions + sizes.extra,
+                       functions * record_size(sizes.blocks) + sizes.extra * record_size(1));
+    std::FILE* spi = open_file(folder + "/pgopti.spi");
+    for (const std::uint64_t index : files_by_name(sizes.files))
+        write_module(folder, sizes, index, spi, dpi);
+    close_file(spi);
+    write_extra_records(sizes, dpi);
+    dpi.finish();
+    if (sizes.patterns != 0)
+        write_components(folder + "/components.txt", sizes);
+}

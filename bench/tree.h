@@ -1,0 +1,34 @@
+// Trees of made-up C sources with both profiles, for measuring.
+//
+//   FOLDER/src/NN/file_NNNNNNN.c   the sources
+//   FOLDER/pgopti.spi              static profile
+//   FOLDER/pgopti.dpi              dynamic profile, 64-bit records with positions
+//   FOLDER/components.txt          component list, only with patterns
+//
+// The same sizes always give the same bytes. The profiles are written by hand from the layout in dpi_format.h
+// and share no code with the reader.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// What is written. All numbers are counts, unless the comment says otherwise.
+struct tree_sizes {
+    std::uint64_t files = 10;
+    std::uint64_t functions = 100; ///< in each file
+    std::uint64_t blocks = 12;     ///< in each function
+    std::uint64_t lines = 20;      ///< of each function, with the empty line behind it; at least 6
+    std::uint64_t positions = 2; ///< the most on one line; block starts beyond lines x positions share theirs
+    std::uint64_t length = 0;    ///< least length of a line of code in bytes
+    std::uint64_t patterns = 0;  ///< in the component list; the last one selects every file
+    std::uint64_t flat = 0;      ///< pairs of begin and end markers in each file, one behind the other
+    std::uint64_t nested = 0;    ///< pairs of begin and end markers in each file, each inside the one before
+    std::uint64_t extra = 0; ///< further records of the dynamic profile, of functions not in the static one
+    std::uint64_t highest = 100000; ///< the highest count of a block
+    std::uint64_t twins = 0;        ///< 1: functions come in pairs that show the same name and line
+};
+
+/// Writes a tree into `folder`, which is made when it is not there. There must be at least one file,
+/// function, block and position. Prints a message and ends the process with status 1 when something cannot be
+/// written.
+void write_tree(const std::string& folder, const tree_sizes& sizes);

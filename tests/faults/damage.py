@@ -1,0 +1,146 @@
+"""Damaged inputs: nothing that stands in a file may crash, hang or bloat a run, and a run that ends well leaves a
+whole report."""
+
+import os
+import random
+import re
+import struct
+
+import fault_run
+
+PROFILES = (("narrow", "narrow/pgopti.dpi"), ("wide", "wide/pgopti.dpi"), ("html", "pgopti.dpi"),
+            ("reference", "new.dpi"))
+# Scenario, input file, number of mutations, words that are spliced in.
+MUTATED = (
+    ("narrow", "narrow/pgopti.dpi", 1500, ()),
+    ("wide", "wide/pgopti.dpi", 1500, ()),
+    ("reference", "old.dpi", 1000, ()),
+    ("exports", "full/pgopti.dpi", 1000, ()),
+    ("html", "pgopti.spi", 1500, (b"V1 ", b"-1", b"99999999999", b" ", b"\n", b"\0", b"_Z")),
+    ("wide", "pgopti.spi", 500, (b"V1 1 1 1\n", b"4294967296", b"C")),
+    ("components", "list.txt", 1000, (b'"', b"~", b"\n", b"ONE_LINE_NOTFEASIBLE:", b"BEGIN_NOTFEASIBLE:", b"\0")),
+    ("markers", "scanner.c", 1000, (b"/*", b"*/", b"//", b'"', b"'", b"\\", b"{", b"}", b"NEVER", b"BEGIN", b"END")),
+    ("html", "order.c", 1000, (b"\t", b"\r\n", b"\0", b"<", b"&", b" " * 300, b"\n" * 50)),
+    ("import", "flow.json", 2500, (b"[", b"]", b"{", b"}", b'"', b",", b"-1", b"1e999", b"18446744073709551616",
+                                   b"\\ud800", b"null", b"[" * 2000)),
+    ("import", "flow.cpp", 500, (b"{", b"}", b"\n", b"/*", b"\0")),
+)
+
+# Header fields of the file and of a record in both layouts: (offset, size). Behind them stand words of 4 bytes.
+FILE_FIELDS = [(0, 4), (4, 4), (8, 4), (12, 4), (16, 4)]
+RECORD_FIELDS = {
+    "narrow/pgopti.dpi": (60, 4, [(0, 1), (1, 1), *((o, 4) for o in range(0, 40, 4)), (40, 8), (48, 8), (56, 4)]),
+    "wide/pgopti.dpi": (80, 8, [(0, 1), (1, 1), *((o, 4) for o in range(0, 40, 4)),
+                                *((o, 8) for o in range(40, 80, 8))]),
+}
+
+
+def is_whole(folder, data):
+    """What is missing in a report that ended well, or None. The listing of an empty source has no foot."""
+    pages = {name for name in os.listdir(os.path.join(folder, "CodeCoverage")) if name.endswith(".HTML")}
+    if not os.path.exists(os.path.join(folder, "CODE_COVERAGE.HTML")):
+        return "no root page"
+    for page in pages:
+        text = fault_run.read(os.path.join(folder, "CodeCoverage", page))
+        if not text.rstrip().endswith(b"</html>") and (data or not page.endswith("_SRC.HTML")):
+            return page + " is cut off"
+        # Whatever stands in a source is escaped, so every link is one of the report's own.
+        for link in set(re.findall(rb'(?:href|src)="([A-Z0-9_]+\.HTML)', text)):
+            if link.decode() not in pages and link != b"CODE_COVERAGE.HTML":
+                return f"{page} refers to {link.decode()}, which is not there"
+    return None
+
+
+def try_input(job):
+    scenario, name, data, what = job
+    box = fault_run.sandbox(scenario)
+    box.reset()
+    path = os.path.join(box.root, name)
+    fault_run.write(path, data)
+    outcome = fault_run.run(box.command(), box.cwd, limits=fault_run.HOSTILE, cpu=10)
+    problem = outcome.problem()
+    if not problem and outcome.status == 0 and os.path.isdir(os.path.join(box.cwd, "CodeCoverage")):
+        problem = is_whole(box.cwd, data)
+    if not problem and b"memory" in b"\n".join(outcome.lines()):
+        problem = "runs out of memory"
+    if not problem and outcome.status == 1 and not set(outcome.lines()) - box.usual_lines:
+        problem = "status 1 without a message"
+    if not problem and fault_run.read(path) != data:
+        problem = "changed its input"
+    return f"{scenario}, {name}, {what}", outcome, problem
+
+
+def mutate(data, words, chance):
+    """One to four damages: a bit, a byte, a word of 4 bytes, a spliced word, a doubled or lost piece, the end lost."""
+    bytes_ = bytearray(data)
+    for _ in range(chance.randint(1, 4)):
+        if not bytes_:
+            break
+        at = chance.randrange(len(bytes_))
+        kind = chance.randrange(7)
+        if kind == 0:
+            bytes_[at] ^= 1 << chance.randrange(8)
+        elif kind == 1:
+            bytes_[at] = chance.choice((0, 1, 0x7F, 0x80, 0xFF, chance.randrange(256)))
+        elif kind == 2:
+            bytes_[at : at + 4] = struct.pack("<I", chance.choice((0, 1, len(data), 0x7FFFFFFF, 0xFFFFFFFF)))
+        elif kind == 3 and words:
+            bytes_[at:at] = chance.choice(words)
+        elif kind == 4:
+            bytes_[at:at] = bytes_[at : at + chance.randint(1, 64)]
+        elif kind == 5:
+            del bytes_[at : at + chance.randint(1, 16)]
+        elif chance.randrange(4) == 0:
+            del bytes_[at:]
+    return bytes(bytes_)
+
+
+def check_mutations(row, quick):
+    jobs = []
+    for scenario, name, count, words in MUTATED:
+        original = fault_run.sandbox(scenario).inputs[name]
+        for i in range(count // (10 if quick else 1)):
+            seed = f"{scenario}/{name}/{i}"
+            jobs.append((scenario, name, mutate(original, words, random.Random(seed)), f"mutation {seed}"))
+    return fault_run.spread(row, try_input, jobs)
+
+
+def check_truncation(row, quick):
+    jobs = []
+    for scenario, name in PROFILES:
+        original = fault_run.sandbox(scenario).inputs[name]
+        for length in range(0, len(original), 17 if quick else 1):
+            jobs.append((scenario, name, original[:length], f"first {length} bytes"))
+    return fault_run.spread(row, try_input, jobs)
+
+
+def record_fields(name, data):
+    """Offset and size of every field of every record."""
+    header, size_at, fields = RECORD_FIELDS[name]
+    start = 528
+    for _ in range(struct.unpack_from("<I", data, 8)[0]):
+        size = struct.unpack_from("<I", data, start + size_at)[0]
+        yield from ((start + offset, width) for offset, width in fields)
+        yield from ((start + offset, 4) for offset in range(header, size, 4))
+        start += size
+
+
+def check_fields(row, quick):
+    jobs = []
+    for scenario, name in PROFILES[:2]:
+        data = fault_run.sandbox(scenario).inputs[name]
+        for at, width in [*FILE_FIELDS, *record_fields(name, data)]:
+            value = int.from_bytes(data[at : at + width], "little")
+            values = {0, 1, value - 1, value + 1, 2**31 - 1, 2**31, 2**32 - 1, len(data) - 1, len(data), len(data) + 1,
+                      *((2**63 - 1, 2**63, 2**64 - 1) if width == 8 else ())}
+            for new in sorted(v for v in values if 0 <= v < 256**width and v != value)[:: 5 if quick else 1]:
+                changed = data[:at] + new.to_bytes(width, "little") + data[at + width :]
+                jobs.append((scenario, name, changed, f"{new} in {width} bytes at {at}"))
+    return fault_run.spread(row, try_input, jobs)
+
+
+CHECKS = (
+    ("damage: mutations", check_mutations),
+    ("damage: every truncation", check_truncation),
+    ("damage: every field", check_fields),
+)
