@@ -1,0 +1,43 @@
+// Input: a routine name. Its C++ form is bounded, and short names are what the C++ library makes of them.
+#include "common/demangle.h"
+
+#include "fuzz/harness.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <cxxabi.h>
+
+/// The longest C++ form, and the length below which nothing may be changed.
+constexpr std::size_t kLongest = 65536;
+constexpr std::size_t kUntouched = 16384;
+
+/// True when the text of a name cannot be long, whatever the name means: it is short itself and refers to few
+/// of its pieces. Of others the library's own answer might take all memory, and for some that hold "sr" it
+/// does not come at all.
+static bool is_harmless(const std::string& name) {
+    int references = 0;
+    for (const char c : name)
+        references += c == 'S' || c == 'C' || c == 'D' ? 1 : 0;
+    return name.size() <= 40 && name.find("sr") == std::string::npos && references <= 6 &&
+           name.find('T') == std::string::npos;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string name(std::string(reinterpret_cast<const char*>(data), size).c_str());
+    std::size_t length = ~std::size_t{0};
+    const char* shown = demangleName(name.c_str(), 0, &length);
+    require(length == 0 ? shown == name.c_str() : std::strlen(shown) + 1 == length, "length of the C++ form");
+    require(length <= kLongest + 1, "the C++ form is bounded");
+    require(length == 0 || name.starts_with("_Z"), "only C++ names have a C++ form");
+    if (length == 0 ? !is_harmless(name) : length > kUntouched)
+        return 0;
+    int status = 0;
+    char* expected =
+        name.starts_with("_Z") ? abi::__cxa_demangle(name.c_str(), nullptr, nullptr, &status) : nullptr;
+    if (!expected || status != 0)
+        require(length == 0, "a name without a C++ form stays");
+    else if (std::strlen(expected) < kUntouched)
+        require(length != 0 && std::strcmp(shown, expected) == 0, "an ordinary name has its C++ form");
+    std::free(expected);
+    return 0;
+}

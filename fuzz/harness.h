@@ -1,0 +1,64 @@
+// What the fuzz targets share.
+//
+// A target is one LLVMFuzzerTestOneInput, linked with libFuzzer or with replay_main.cpp. It gives its input
+// to the program's own code inside run_product, which turns the end of a run into an outcome and afterwards
+// puts every process-wide variable back to where a fresh process has it. A property that does not hold ends
+// the process, which the engine reports with the input.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+/// How a call of the program's code ended, and what it wrote to the two standard streams.
+struct outcome {
+    bool ended = false; ///< by pgt_Exit; false when the call came back
+    int status = 0;     ///< the exit status, when it ended
+    std::string output;
+    std::string errors;
+};
+
+/// Runs `call` in the scratch directory. The end of a run with another status than 0 and 1, or with status 1
+/// and without a message, does not hold as a property.
+outcome run_product(const std::function<void()>& call);
+
+/// Reports `property` and aborts unless it holds.
+void require(bool holds, const char* property);
+
+/// A directory of this process below /dev/shm or /tmp, with a slash at its end; removed when the process ends
+/// normally.
+const std::string& scratch_directory();
+
+/// Removes everything in the scratch directory.
+void clear_scratch();
+
+/// Writes or reads a file of the scratch directory. A file that is not there reads as empty.
+void write_scratch(const std::string& name, std::string_view bytes);
+std::string read_scratch(const std::string& name);
+
+/// Text with '<' and '>' as the pages show them.
+std::string escaped(std::string_view text);
+
+/// The input as a series of small decisions. Behind the end every decision is 0.
+class byte_script {
+  public:
+    byte_script(const std::uint8_t* data, std::size_t size)
+        : bytes_(reinterpret_cast<const char*>(data), size) {}
+
+    /// A number below `limit`, at most 256; takes one byte.
+    unsigned int below(unsigned int limit) { return limit < 2 ? 0 : byte() % limit; }
+    unsigned int byte();
+    bool flag() { return (byte() & 1) != 0; }
+    /// A 32-bit number: mostly small, now and then one that is a limit of something.
+    std::uint32_t number();
+    std::string_view take(std::size_t count);
+    std::string_view rest() { return take(bytes_.size()); }
+    bool empty() const { return bytes_.empty(); }
+
+  private:
+    std::string_view bytes_;
+};

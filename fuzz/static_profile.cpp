@@ -1,0 +1,144 @@
+// Input: a static profile. The module list is compared with what fscanf reads from the same file, and the
+// chain by line with plain insertion.
+#include "fuzz/harness.h"
+#include "profile/module_list.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <list>
+#include <map>
+#include <set>
+#include <tuple>
+
+namespace {
+
+/// Source file, routine, line: what makes two records duplicates.
+using record_key = std::tuple<std::string, std::string, int>;
+
+/// What fscanf finds in a static profile.
+struct plain_profile {
+    bool corrupt = false;
+    std::multiset<record_key> records;
+};
+
+} // namespace
+
+static bool read_plain_record(std::FILE* file, plain_profile* profile) {
+    const long start = std::ftell(file);
+    int head[4] = {};
+    if (std::fscanf(file, "V%d %d %d %d", &head[0], &head[1], &head[2], &head[3]) != 4 || head[0] != 1)
+        std::fseek(file, start, SEEK_SET);
+    char* texts[3] = {};
+    int line = 0;
+    int blocks = 0;
+    char flag = 0;
+    const int fields =
+        std::fscanf(file, "%ms %ms %ms %d %d %c", &texts[0], &texts[1], &texts[2], &line, &blocks, &flag);
+    if (fields == 6)
+        profile->records.emplace(texts[0], texts[2], line);
+    for (char* text : texts)
+        std::free(text);
+    return fields == 6;
+}
+
+static plain_profile read_plainly(const std::string& path) {
+    plain_profile profile;
+    std::FILE* file = std::fopen(path.c_str(), "r");
+    int c = 0;
+    do {
+        if (!read_plain_record(file, &profile)) {
+            profile.corrupt = true;
+            break;
+        }
+        while (c = std::fgetc(file), c != EOF && c != '\n') {
+        }
+        c = std::fgetc(file);
+        std::ungetc(c, file);
+    } while (c != EOF);
+    std::fclose(file);
+    return profile;
+}
+
+/// True when no number exceeds 32 bits, beyond which fscanf does not say what it read.
+static bool numbers_are_small(std::string_view text) {
+    std::int64_t value = 0;
+    for (const char c : text) {
+        value = c >= '0' && c <= '9' ? value * 10 + (c - '0') : 0;
+        if (value > INT32_MAX)
+            return false;
+    }
+    return true;
+}
+
+/// The chain of a file's routines by plain insertion.
+static std::list<const COMP*> chain_by_insertion(const COMP* first) {
+    std::list<const COMP*> chain = {first};
+    for (const COMP* comp = first->next; comp && same_file(comp, first); comp = comp->next) {
+        auto place = chain.begin();
+        if (comp->line > chain.back()->line)
+            place = chain.end();
+        else
+            while (place != chain.end() && (*place)->line < comp->line)
+                ++place;
+        chain.insert(place, comp);
+    }
+    return chain;
+}
+
+static void check_chain(COMP* first) {
+    order_func(first);
+    const COMP* link = first_func_line;
+    for (const COMP* expected : chain_by_insertion(first)) {
+        require(link == expected && link->firstByLine == first_func_line, "the chain by line");
+        link = link->nextByLine;
+    }
+    require(!link, "the end of the chain by line");
+}
+
+static void check_list(COMP* head, int count, const plain_profile* plain) {
+    require(getNumComponents(head) == count, "the count of the list");
+    std::map<record_key, int> kept;
+    for (COMP* comp = head; comp; comp = comp->next) {
+        ++kept[{comp->fileName, comp->procName, comp->line}];
+        require(std::strlen(comp->fileName) <= 1 << 20, "a name from the input");
+        require(!comp->next || compareComponets(comp, comp->next) <= 0, "the order of the list");
+        const bool first = comp == head || comp->isFirstOfFile == 1;
+        require(comp == head ? comp->isFirstOfFile == 1 : true, "the first record begins a file");
+        require(!comp->next || (comp->next->isFirstOfFile == 1) == !same_file(comp, comp->next),
+                "the first record of each file");
+        if (comp->next && same_file(comp, comp->next) && comp->line == comp->next->line &&
+            std::strcmp(comp->displayName, comp->next->displayName) == 0)
+            require(std::strcmp(comp->procName, comp->next->procName) != 0 && comp->isAmbiguous == 1 &&
+                        comp->next->isAmbiguous == 1,
+                    "neighbours of one name are ambiguous, not duplicates");
+        if (first)
+            check_chain(comp);
+    }
+    if (!plain)
+        return;
+    require(!plain->corrupt, "a corrupt profile is refused");
+    std::size_t records = 0;
+    for (const record_key& key : plain->records)
+        require(kept.count(key) == 1, "no record is lost");
+    for (const auto& [key, times] : kept) {
+        records += static_cast<std::size_t>(times);
+        require(static_cast<std::size_t>(times) <= plain->records.count(key), "no record is invented");
+    }
+    require(records == static_cast<std::size_t>(count), "every record is in the input");
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    write_scratch("s", text);
+    const bool comparable = numbers_are_small(text);
+    const plain_profile plain = read_plainly(scratch_directory() + "s");
+    const outcome end = run_product([&] {
+        int count = -1;
+        COMP* head = GetComponentList("s", &count);
+        check_list(head, count, comparable ? &plain : nullptr);
+    });
+    require(!comparable || end.ended == plain.corrupt, "a profile is refused exactly when it is corrupt");
+    return 0;
+}
