@@ -151,7 +151,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const int ver = static_cast<int>(script.number());
     std::int64_t value = 0;
     const std::string_view number = script.take(8);
-    std::memcpy(&value, number.data(), number.size());
+    if (!number.empty())
+        std::memcpy(&value, number.data(), number.size());
     const bool text = script.flag();
     run_product([&] {
         if (text) {

@@ -214,8 +214,26 @@ static void add_many(byte_script& script, scenario& run, bool files) {
     }
 }
 
+/// Routines of one display name on one line, some of them executed.
+static void add_twins(byte_script& script, scenario& run) {
+    write_scratch("a.c", "x\ny\n");
+    run.sources.insert("a.c");
+    for (char letter = 'a'; letter < 'e'; ++letter) {
+        const unsigned int executed = script.byte();
+        for (char variant = '1'; variant < '4'; ++variant) {
+            const std::string name = std::string("_ZN1") + letter + "C" + variant + "Ev";
+            run.static_profile += "a.c - " + name + " 1 1 I\n";
+            if ((executed >> (variant - '1') & 1) != 0)
+                run.records[0]["a.c'" + name + "'"] = std::string("record ") + (run.wide[0] ? "64" : "32") +
+                                                      "\nfile a.c\nfunction " + name + "\nblocks 1:1=1\n";
+        }
+    }
+}
+
 static void read_files(byte_script& script, scenario& run) {
     const unsigned int kind = script.byte();
+    if (kind == 250 || kind == 251)
+        add_twins(script, run);
     if (kind >= 252)
         add_many(script, run, kind >= 254);
     const unsigned int files = kind % 5 + 1;
