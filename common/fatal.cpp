@@ -13,15 +13,24 @@
 void (*pgt_ExitHook)(int status) = nullptr;
 
 static bool out_of_memory = false; ///< something is missing in the output for lack of memory
+static bool incomplete = false;    ///< something else is missing, which was said when it was noticed
 
 void pgt_OutOfMemory() {
     out_of_memory = true;
 }
 
+void pgt_Incomplete() {
+    incomplete = true;
+}
+
+bool pgt_IsIncomplete() {
+    return incomplete || out_of_memory;
+}
+
 void pgt_Exit(int status) {
     if (pgt_ExitHook)
         pgt_ExitHook(status);
-    bool complete = close_open_outputs();
+    bool complete = close_open_outputs() && !incomplete;
     if (status == 0 && out_of_memory) {
         std::fputs("ERROR: out of memory, the output is not complete\n", stderr);
         complete = false;

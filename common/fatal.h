@@ -13,6 +13,13 @@
 /// not end with status 0. Then pgt_Exit says so.
 void pgt_OutOfMemory();
 
+/// Remembers that a part of the input could not be taken into account, which has been said on standard error:
+/// the run goes on, so that the rest is not lost, and ends with status 1.
+void pgt_Incomplete();
+
+/// Whether pgt_Incomplete or pgt_OutOfMemory was called.
+bool pgt_IsIncomplete();
+
 /// Called first by pgt_Exit when set. It may throw to get control back instead of ending the process, as
 /// in-process drivers of hostile inputs do; when it returns, the process ends. Null in the shipped programs.
 extern void (*pgt_ExitHook)(int status);

@@ -20,33 +20,37 @@ static char* text_bytes = nullptr;
 static std::size_t text_size = 0;
 static std::size_t text_capacity = 0;
 
-[[noreturn]] static void fail_read(const char* path) {
+static void report_unreadable(const char* path) {
     std::fprintf(stderr, "ERROR: cannot read %s\n", path);
-    pgt_Exit(1);
 }
 
-/// After a failed call: -1 when there is no such file for this user. Any other reason, such as a disk error
-/// or a lack of descriptors, would make the report tell of a missing file that is there; it ends the run.
-static int not_there(const char* path) {
+/// Called after a failed call: whether there is no such file for this user. Any other reason, such as a disk
+/// error or a lack of descriptors, would make the report tell of a missing file that is there.
+static bool is_missing() {
     static const int reasons[] = {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG};
-    if (std::find(std::begin(reasons), std::end(reasons), errno) == std::end(reasons))
-        fail_read(path);
-    return -1;
+    return std::find(std::begin(reasons), std::end(reasons), errno) != std::end(reasons);
 }
 
-/// Opens a regular file for reading; -1 when there is none. A device or FIFO is not even opened, since that
-/// could block or have an effect.
+/// Opens a regular file for reading; -1 when that fails. The run goes on without the file then, but where it
+/// may be there it does not end well. A device or FIFO is not even opened, since that could block or have an
+/// effect.
 static int open_regular(const char* path, std::size_t* size) {
     struct stat status;
-    if (stat(path, &status) != 0)
-        return not_there(path);
-    if (!S_ISREG(status.st_mode))
+    int descriptor = -1;
+    if (stat(path, &status) == 0) {
+        if (!S_ISREG(status.st_mode))
+            return -1;
+        descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
+    if (descriptor == -1 || fstat(descriptor, &status) != 0) {
+        if (!is_missing()) {
+            report_unreadable(path);
+            pgt_Incomplete();
+        }
+        if (descriptor != -1)
+            close(descriptor);
         return -1;
-    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (descriptor == -1)
-        return not_there(path);
-    if (fstat(descriptor, &status) != 0)
-        fail_read(path);
+    }
     if (!S_ISREG(status.st_mode)) {
         close(descriptor);
         return -1;
@@ -91,8 +95,10 @@ bool load_source(const char* path, std::string_view* text) {
         if (descriptor != -1) {
             const bool complete = read_all(descriptor, size);
             close(descriptor);
-            if (!complete)
-                fail_read(path);
+            if (!complete) {
+                report_unreadable(path);
+                pgt_Exit(1);
+            }
             found = true;
         }
         loaded = true;

@@ -1,5 +1,6 @@
 #include "import/import_run.h"
 
+#include "common/fatal.h"
 #include "import/clang_export.h"
 #include "import/import_message.h"
 #include "import/main_file.h"
@@ -101,6 +102,8 @@ void run_import(const import_options& options) {
     if (all.store.functions().empty())
         import_error("the input holds no functions");
     const profile_data profile = build_profile(&all.store, names);
+    if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
+        pgt_Exit(1);
     write_profiles(profile, options.dpi_file, options.spi_file, options.runs);
     print_warnings(all, profile);
 }

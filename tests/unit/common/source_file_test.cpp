@@ -1,0 +1,32 @@
+// Source files that are there and cannot be opened.
+
+#include "common/fatal.h"
+#include "common/source_file.h"
+
+#include <cstdio>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
+#include <sys/resource.h>
+
+namespace {
+
+/// Looks for `path` when no descriptor is left, and ends the run as if all had gone well.
+[[noreturn]] void look_without_descriptors(const char* path) {
+    const rlimit none = {3, 3};
+    setrlimit(RLIMIT_NOFILE, &none);
+    std::string_view text;
+    pgt_Exit(load_source(path, &text) ? 2 : 0);
+}
+
+TEST(SourceFileDeathTest, OnlyAMissingFileIsPassedOver) {
+    const std::string there = ::testing::TempDir() + "vexcov_source_file_test.c";
+    std::ofstream(there) << "int a;\n";
+    EXPECT_EXIT(look_without_descriptors("missing.c"), ::testing::ExitedWithCode(0), "^$");
+    EXPECT_EXIT(look_without_descriptors(there.c_str()), ::testing::ExitedWithCode(1),
+                "^ERROR: cannot read .*test.c\n$");
+    std::remove(there.c_str());
+}
+
+} // namespace
