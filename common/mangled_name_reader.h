@@ -1,0 +1,91 @@
+// The walk of mangled_name.h over the grammar, a function for each production. Only the mangled_*.cpp include
+// it: mangled_name.cpp reads names, mangled_type.cpp types and template arguments, mangled_expression.cpp the
+// rest.
+#pragma once
+
+#include "common/mangled_name.h"
+
+#include <cstdint>
+#include <vector>
+
+constexpr int kDeepest = 512;           ///< nesting of types and expressions
+constexpr std::uint32_t kOperator = 24; ///< "reinterpret_cast<>()", "operator delete[]", ...
+
+inline bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+inline bool is_lower(char c) {
+    return c >= 'a' && c <= 'z';
+}
+
+inline bool is_sequence_char(char c) {
+    return is_digit(c) || (c >= 'A' && c <= 'Z');
+}
+
+inline bool is_any_of(const char* code, const char* codes) {
+    for (; *codes != '\0'; codes += 3) {
+        if (code[0] == codes[0] && code[1] == codes[1])
+            return true;
+    }
+    return false;
+}
+
+/// Codes of the operators, other than conversions.
+inline constexpr const char* kOperators =
+    "aN aS aa ad an at aw az cc cl cm co dV da dc de dl ds dt dv eO eo eq ge gt ix lS le ls lt mI mL mi ml "
+    "mm na ne ng nt nw nx oR oo or pL pl pm pp ps pt qu rM rS rc rm rs sP sZ sc ss st sz tr tw cp di dX dx "
+    "te ";
+
+/// The walk over one name. A failure moves to the end of the name, where all loops stop.
+class MangledNameReader {
+  public:
+    MangledNameReader(const char* text, bool old_unresolved, MangledName& result);
+    bool read();
+
+  private:
+    using Id = PieceId;
+
+    char peek() const { return *at_; }
+    char peek_next() const { return *at_ == '\0' ? '\0' : at_[1]; }
+    bool sees(const char* code) const { return at_[0] == code[0] && at_[0] != '\0' && at_[1] == code[1]; }
+    bool take(char c);
+    bool take(const char* code);
+    void expect(char c);
+    bool enter();
+
+    Id fail();
+    Id piece(PieceRule rule, std::uint32_t own, Id left, Id right = 0, std::uint32_t list = 0);
+    Id join(std::uint32_t own, Id left = 0, Id right = 0) { return piece(PieceRule::Sum, own, left, right); }
+    Id candidate(Id id);
+    std::uint32_t keep_list(std::vector<Id> list);
+
+    std::uint32_t number(), compact_number();
+    void call_offset(), discriminator();
+
+    Id encoding(), special_name(), special_table(), special_other();
+    Id name(), nested_name(), local_name();
+    Id prefix_part(Id before, bool& add);
+    Id unqualified_name(), plain_unqualified_name(), source_name(), abi_tags(Id id);
+    Id operator_name(), constructor_name(), closure_or_unnamed(), substitution(), std_substitution();
+    Id template_param(), with_args(Id name), template_args(), template_arg(), pack();
+    Id type(), plain_type(), extended_type(), param_type(), std_or_substituted_type(),
+        vendor_qualified_type();
+    Id reference_type(), function_type(), array_type(), qualifiers(), types();
+    Id literal(), expression(), plain_expression(), operator_expression(), new_expression();
+    Id expressions(char end), fold(), function_param(), simple_id(), plain_simple_id(), unresolved_name();
+
+    const char* at_;
+    const char* end_;
+    MangledName& result_;
+    std::vector<Id> candidates_; ///< substitutions, in order
+    std::size_t most_pieces_;
+    std::uint32_t last_list_ = 0;    ///< arguments that end the name just read; 0 if none do
+    std::uint32_t longest_name_ = 0; ///< what a constructor repeats
+    int depth_ = 0;
+    bool failed_ = false;
+    bool old_unresolved_; ///< `sr` is followed by a type even if that is a plain name
+    bool in_conversion_ = false;
+    bool in_expression_ = false;
+    bool is_strict_ = false; ///< within an ambiguous unresolved name
+};
