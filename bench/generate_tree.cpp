@@ -14,12 +14,26 @@ struct size_option {
 };
 
 static const size_option OPTIONS[] = {
-    {"-files", &tree_sizes::files},         {"-functions", &tree_sizes::functions},
-    {"-blocks", &tree_sizes::blocks},       {"-lines", &tree_sizes::lines},
-    {"-positions", &tree_sizes::positions}, {"-length", &tree_sizes::length},
-    {"-patterns", &tree_sizes::patterns},   {"-flat", &tree_sizes::flat},
-    {"-nested", &tree_sizes::nested},       {"-extra", &tree_sizes::extra},
-    {"-highest", &tree_sizes::highest},     {"-twins", &tree_sizes::twins},
+    {"-files", &tree_sizes::files},
+    {"-functions", &tree_sizes::functions},
+    {"-blocks", &tree_sizes::blocks},
+    {"-lines", &tree_sizes::lines},
+    {"-positions", &tree_sizes::positions},
+    {"-length", &tree_sizes::length},
+    {"-patterns", &tree_sizes::patterns},
+    {"-flat", &tree_sizes::flat},
+    {"-nested", &tree_sizes::nested},
+    {"-extra", &tree_sizes::extra},
+    {"-highest", &tree_sizes::highest},
+    {"-twins", &tree_sizes::twins},
+    {"-missed", &tree_sizes::missed},
+    {"-order", &tree_sizes::order},
+    {"-one-line", &tree_sizes::one_line},
+    {"-one-name", &tree_sizes::one_name},
+    {"-placing", &tree_sizes::placing},
+    {"-reference", &tree_sizes::reference},
+    {"-shared-file", &tree_sizes::shared_file},
+    {"-shared-function", &tree_sizes::shared_function},
 };
 
 [[noreturn]] static void fail(const std::string& what) {
@@ -43,8 +57,9 @@ static tree_sizes sizes_of(int argc, char** argv) {
             fail(std::string(argv[i]) + " needs a number");
     }
     if (sizes.files == 0 || sizes.functions == 0 || sizes.blocks == 0 || sizes.lines < 6 ||
-        sizes.positions == 0 || sizes.highest == 0)
-        fail("a tree needs a file, a function, a block, a position, a count and six lines a function");
+        sizes.positions == 0 || sizes.highest == 0 || sizes.twins == 0)
+        fail(
+            "a tree needs a file, a function, a block, a position, a count, a twin and six lines a function");
     return sizes;
 }
 

@@ -7,6 +7,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <numeric>
 #include <string_view>
 #include <sys/stat.h>
@@ -108,29 +109,52 @@ static void append_markers(std::string& text, const tree_sizes& sizes, std::uint
     }
 }
 
-/// The names do not follow the lines, as in real code: a sort has something to do.
+/// Unless an order is asked for, the names do not follow the lines, as in real code: a sort has something to
+/// do.
 static std::string function_name(const tree_sizes& sizes, std::uint64_t index) {
-    const std::uint64_t names = sizes.twins != 0 ? (sizes.functions + 1) / 2 : sizes.functions;
+    const std::uint64_t names = (sizes.functions + sizes.twins - 1) / sizes.twins;
     const std::uint64_t stride = names % 7919 == 0 ? 7907 : 7919;
-    const std::uint64_t shuffled = ((sizes.twins != 0 ? index / 2 : index) * stride + 13) % names;
+    std::uint64_t number = index / sizes.twins;
+    if (sizes.one_name != 0)
+        number = 0;
+    else if (sizes.order == 0)
+        number = (number * stride + 13) % names;
+    else if (sizes.order == 2)
+        number = names - 1 - number;
     char name[64];
     // The last number, of a local entity, is part of the name, but not of what a reader is shown.
-    if (sizes.twins != 0)
-        std::snprintf(name, sizeof name, "_ZZ15request_%07" PRIu64 "iE5local_%u", shuffled,
-                      static_cast<unsigned>(index % 2));
+    if (sizes.twins > 1)
+        std::snprintf(name, sizeof name, "_ZZ15request_%07" PRIu64 "iE5local_%" PRIu64, number,
+                      index % sizes.twins);
     else
-        std::snprintf(name, sizeof name, "handle_request_%07" PRIu64, shuffled);
+        std::snprintf(name, sizeof name, "handle_request_%07" PRIu64, number);
     return name;
 }
 
-/// One count for each block: nine functions in ten ran, and of their blocks nine in ten.
+/// One count for each block.
 static std::vector<std::uint64_t> block_counts(const tree_sizes& sizes, sequence& numbers) {
     std::vector<std::uint64_t> counts(sizes.blocks, 0);
-    if (numbers.below(10) == 0)
+    if (sizes.missed != 0 && numbers.below(sizes.missed) == 0)
         return counts;
     for (std::uint64_t& count : counts)
-        count = numbers.below(10) == 0 ? 0 : 1 + numbers.below(sizes.highest);
+        count = sizes.missed != 0 && numbers.below(sizes.missed) == 0 ? 0 : 1 + numbers.below(sizes.highest);
     return counts;
+}
+
+/// Moves the blocks of a function to where they are asked for.
+static void place_blocks(std::vector<position>& blocks, std::uint64_t placing) {
+    constexpr std::uint32_t beyond = 100000000;
+    const position first = blocks.front();
+    if (placing == PLACE_REVERSED)
+        std::reverse(blocks.begin(), blocks.end());
+    for (std::uint32_t i = 0; i < blocks.size(); i++) {
+        if (placing == PLACE_AT_ONE_POSITION)
+            blocks[i] = first;
+        else if (placing == PLACE_BEYOND_LINE)
+            blocks[i] = {first.line, beyond + i};
+        else if (placing == PLACE_BEYOND_FILE)
+            blocks[i] = {beyond + i, 1};
+    }
 }
 
 /// Appends one function of sizes.lines lines to the text of a file. Its first block starts at the opening
@@ -140,8 +164,8 @@ static function_facts append_function(std::string& text, const tree_sizes& sizes
     function_facts facts;
     facts.name = function_name(sizes, index);
     facts.line = first_line + 1;
-    if (sizes.twins != 0 && index % 2 == 1)
-        facts.line -= static_cast<std::uint32_t>(sizes.lines);
+    facts.line -=
+        static_cast<std::uint32_t>((sizes.one_line != 0 ? index : index % sizes.twins) * sizes.lines);
     facts.counts = block_counts(sizes, numbers);
     text += "/* Handles one request; called by the loop that reads them. */\n";
     text += "static int handle_request_" + std::to_string(index) + "(const struct record *r, int n)\n{\n";
@@ -159,6 +183,7 @@ static function_facts append_function(std::string& text, const tree_sizes& sizes
     facts.blocks.front() = {first_line + 2, 1};
     if (sizes.blocks > 1)
         facts.blocks.back() = {static_cast<std::uint32_t>(first_line + sizes.lines - 2), 1};
+    place_blocks(facts.blocks, sizes.placing);
     return facts;
 }
 
@@ -214,9 +239,12 @@ class profile_writer {
     }
 
     void add_record(std::uint64_t file_name, const function_facts& facts) {
+        add_record(file_name, add_string(facts.name), facts);
+    }
+
+    void add_record(std::uint64_t file_name, std::uint64_t name, const function_facts& facts) {
         const PGOPTI_RECORD_LAYOUT& layout = PGOPTI_LAYOUT_64;
         const std::uint64_t blocks = facts.counts.size();
-        const std::uint64_t name = add_string(facts.name);
         record_.assign(record_size(blocks), '\0');
         store(record_, 0, PGOPTI_FLAG_64 | PGOPTI_FLAG_LINES, 1);
         store(record_, 1, layout.version, 1);
@@ -258,9 +286,26 @@ static void write_source(const std::string& path, const std::string& text) {
     close_file(file);
 }
 
-/// Writes source file `index` and adds its functions to both profiles.
+/// Adds functions, ascending by name, to a dynamic profile; those of one name get one record.
+static void add_records(profile_writer& dpi, const char* file, const std::vector<function_facts>& functions) {
+    const std::uint64_t file_name = dpi.add_string(file);
+    const std::string* last = nullptr;
+    for (const function_facts& facts : functions) {
+        if (last == nullptr || facts.name != *last)
+            dpi.add_record(file_name, facts);
+        last = &facts.name;
+    }
+}
+
+static void write_spi(std::FILE* spi, const char* file, const std::vector<function_facts>& functions) {
+    for (const function_facts& facts : functions)
+        std::fprintf(spi, "%s %s %s %u %zu F\n", file, file, facts.name.c_str(), facts.line,
+                     facts.counts.size());
+}
+
+/// Writes source file `index` and adds its functions to the profiles; `reference` may be null.
 static void write_module(const std::string& folder, const tree_sizes& sizes, std::uint64_t index,
-                         std::FILE* spi, profile_writer& dpi) {
+                         std::FILE* spi, profile_writer& dpi, profile_writer* reference) {
     char name[64];
     std::snprintf(name, sizeof name, "src/%02u", static_cast<unsigned>(index % 100));
     make_folder(folder + "/" + name);
@@ -275,14 +320,18 @@ static void write_module(const std::string& folder, const tree_sizes& sizes, std
         line += static_cast<std::uint32_t>(sizes.lines);
     }
     write_source(folder + "/" + name, text);
-    std::sort(functions.begin(), functions.end(),
-              [](const function_facts& a, const function_facts& b) { return a.name < b.name; });
-    const std::uint64_t file_name = dpi.add_string(name);
-    for (const function_facts& facts : functions) {
-        dpi.add_record(file_name, facts);
-        std::fprintf(spi, "%s %s %s %u %zu F\n", name, name, facts.name.c_str(), facts.line,
-                     facts.counts.size());
-    }
+    if (sizes.order != 0)
+        write_spi(spi, name, functions);
+    std::stable_sort(functions.begin(), functions.end(),
+                     [](const function_facts& a, const function_facts& b) { return a.name < b.name; });
+    if (sizes.order == 0)
+        write_spi(spi, name, functions);
+    add_records(dpi, name, functions);
+    if (reference == nullptr)
+        return;
+    for (function_facts& facts : functions)
+        facts.counts = block_counts(sizes, numbers);
+    add_records(*reference, name, functions);
 }
 
 /// Files in the order of their names, which is the order of the records.
@@ -296,11 +345,15 @@ static std::vector<std::uint64_t> files_by_name(std::uint64_t files) {
 }
 
 static void write_extra_records(const tree_sizes& sizes, profile_writer& dpi) {
-    const std::uint64_t file_name = dpi.add_string("unlisted.c");
+    if (sizes.extra == 0)
+        return;
+    const std::uint64_t file_name = dpi.add_string("unlisted" + std::string(sizes.shared_file, 'u') + ".c");
+    const std::uint64_t shared =
+        sizes.shared_function == 0 ? 0 : dpi.add_string(std::string(sizes.shared_function, 'u'));
     for (std::uint64_t i = 0; i < sizes.extra; i++) {
         char name[64];
         std::snprintf(name, sizeof name, "unlisted_%09" PRIu64, i);
-        dpi.add_record(file_name, {name, 1, {{1, 1}}, {i}});
+        dpi.add_record(file_name, shared != 0 ? shared : dpi.add_string(name), {name, 1, {{1, 1}}, {i + 1}});
     }
 }
 
@@ -312,18 +365,29 @@ static void write_components(const std::string& path, const tree_sizes& sizes) {
     close_file(file);
 }
 
+/// An empty dynamic profile, ready for all functions of the tree.
+static std::unique_ptr<profile_writer> open_profile(const std::string& path, const tree_sizes& sizes,
+                                                    std::uint64_t extra) {
+    const std::uint64_t functions = sizes.files * (sizes.one_name != 0 ? 1 : sizes.functions);
+    return std::make_unique<profile_writer>(path, functions + extra,
+                                            functions * record_size(sizes.blocks) + extra * record_size(1));
+}
+
 void write_tree(const std::string& folder, const tree_sizes& sizes) {
     make_folder(folder);
     make_folder(folder + "/src");
-    const std::uint64_t functions = sizes.files * sizes.functions;
-    profile_writer dpi(folder + "/pgopti.dpi", functions + sizes.extra,
-                       functions * record_size(sizes.blocks) + sizes.extra * record_size(1));
+    const auto dpi = open_profile(folder + "/pgopti.dpi", sizes, sizes.extra);
+    std::unique_ptr<profile_writer> reference;
+    if (sizes.reference != 0)
+        reference = open_profile(folder + "/reference.dpi", sizes, 0);
     std::FILE* spi = open_file(folder + "/pgopti.spi");
     for (const std::uint64_t index : files_by_name(sizes.files))
-        write_module(folder, sizes, index, spi, dpi);
+        write_module(folder, sizes, index, spi, *dpi, reference.get());
     close_file(spi);
-    write_extra_records(sizes, dpi);
-    dpi.finish();
+    write_extra_records(sizes, *dpi);
+    dpi->finish();
+    if (reference)
+        reference->finish();
     if (sizes.patterns != 0)
         write_components(folder + "/components.txt", sizes);
 }

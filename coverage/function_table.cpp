@@ -87,8 +87,11 @@ void free_function_table() {
     fileFuncs = fileFuncsCovered = fileFuncsUncovered = nullptr;
     numFileFuncs = numFileFuncsCovered = numFileFuncsUncovered = 0;
     slot_count = 0;
-    covered_index.clear();
-    uncovered_index.clear();
+    if (!indexed)
+        return;
+    // Clearing the indexes would keep, and walk at every file, the room that the largest file took.
+    covered_index = slot_index();
+    uncovered_index = slot_index();
     indexed = false;
 }
 

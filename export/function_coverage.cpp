@@ -10,6 +10,7 @@
 #include "profile/dpi_record.h"
 
 #include <cstring>
+#include <string_view>
 
 namespace {
 
@@ -33,7 +34,7 @@ struct export_format {
 
 /// Writes the function of the pair and returns true, or returns false when it has no record or is not
 /// covered.
-static bool write_function(std::FILE* stream, const export_format& format, const char* file,
+static bool write_function(std::FILE* stream, const export_format& format, std::string_view file,
                            const char* function) {
     DPI_SEGMENT* segment = PGOPTI_Get_Segment(pgofDPIFile, g_lpszDPIFileName, file, function);
     if (!segment)
@@ -64,11 +65,14 @@ static void write_covered_functions(std::FILE* stream, const export_format& form
         pgt_Exit(1);
     }
     const char* heading = nullptr; // the file of the last heading
-    const char* known = nullptr;   // the file whose answer is in `wanted`; records share their file names
+    const char* known = nullptr;   // the file that the next two belong to; records share their file names,
+    std::string_view text;         // so that even a long one is measured only once
     bool wanted = false;
     for (std::uint32_t pass = 0; pass < pgofDPIFile->num_records && file; ++pass) {
-        if (file != known)
+        if (file != known) {
             wanted = isInComponents(file, function, function);
+            text = file;
+        }
         known = file;
         if (wanted && heading != file && (!heading || std::strcmp(heading, file) != 0)) {
             (heading ? format.next_heading : format.first_heading)(stream, file);
@@ -76,7 +80,7 @@ static void write_covered_functions(std::FILE* stream, const export_format& form
         }
         // Deliberate: the export lists the covered functions up to the first record that is not of interest
         // or not covered. Every further pass would look at that same record again, with the same outcome.
-        if (!wanted || !write_function(stream, format, file, function))
+        if (!wanted || !write_function(stream, format, text, function))
             break;
         PGOPTI_Get_Next_File_Function_Pair(pgofDPIFile, &file, &function);
     }

@@ -223,8 +223,8 @@ const DPI_INDEX_ENTRY* pgopti_Get_Pgopti_Name(const DPI_FILE* file, std::string_
     return nullptr;
 }
 
-DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, const char* sourceFile,
-                                const char* function) {
+DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, std::string_view sourceFile,
+                                std::string_view function) {
     const DPI_INDEX_ENTRY* entry = pgopti_Get_Pgopti_Name(file, sourceFile, function);
     if (!entry)
         return nullptr;

@@ -65,8 +65,8 @@ DPI_FILE* PGOPTI_Open_Dpi_File(const char* fileName);
 void PGOPTI_Close_Dpi_File(DPI_FILE* file);
 
 /// The record of a routine, or null when the profile has none. `fileName` is the profile's, for messages.
-DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, const char* sourceFile,
-                                const char* function);
+DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, std::string_view sourceFile,
+                                std::string_view function);
 
 /// Releases a segment; null is ignored.
 void PGOPTI_Free_Segment(DPI_SEGMENT* segment);
