@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
 
 DPI_FILE::DPI_FILE() = default;
 DPI_FILE::~DPI_FILE() {
@@ -41,14 +42,33 @@ struct name_text {
     std::uint64_t end = 0; ///< offset of its NUL, or of the end of the file
 };
 
+/// Order in which names of different length are never compared.
+struct shorter_first {
+    bool operator()(std::string_view a, std::string_view b) const {
+        return a.size() != b.size() ? a.size() < b.size() : a < b;
+    }
+};
+using long_names = std::set<std::string_view, shorter_first>;
+
+constexpr std::size_t kLongName = 4096; ///< names of that length are worth being known by their address
+
 } // namespace
 
-/// Reads the string at `offset` into memory of the handle.
-static name_text read_name(DPI_FILE* file, const char* fileName, std::uint64_t offset) {
+/// Reads the string at `offset` into memory of the handle. Long names that are stored more than once share
+/// their memory, so that look-ups see that they are the same without comparing them again and again.
+static name_text read_name(DPI_FILE* file, const char* fileName, std::uint64_t offset, long_names& known) {
     const std::string text = pgopti_Read_String(file, fileName, offset);
+    if (text.size() >= kLongName) {
+        const auto same = known.find(text);
+        if (same != known.end())
+            return {same->data(), offset, offset + text.size()};
+    }
     file->names.push_back(std::make_unique<char[]>(text.size() + 1));
-    std::memcpy(file->names.back().get(), text.c_str(), text.size() + 1);
-    return {file->names.back().get(), offset, offset + text.size()};
+    char* const kept = file->names.back().get();
+    std::memcpy(kept, text.c_str(), text.size() + 1);
+    if (text.size() >= kLongName)
+        known.insert({kept, text.size()});
+    return {kept, offset, offset + text.size()};
 }
 
 /// Gives every index entry its names. They are read in the order of their offsets, so that the file is read
@@ -56,11 +76,12 @@ static name_text read_name(DPI_FILE* file, const char* fileName, std::uint64_t o
 static void load_names(DPI_FILE* file, const char* fileName, std::vector<name_reference>& references) {
     std::sort(references.begin(), references.end(),
               [](const name_reference& a, const name_reference& b) { return a.offset < b.offset; });
+    long_names known;
     name_text name;
     bool first = true;
     for (const name_reference& reference : references) {
         if (first || reference.offset > name.end)
-            name = read_name(file, fileName, reference.offset);
+            name = read_name(file, fileName, reference.offset, known);
         first = false;
         if (name.end - reference.offset > UINT32_MAX)
             fail_format(fileName);

@@ -204,3 +204,18 @@ TEST(DpiRecord, SoundRecordsFitTheirSize) {
     EXPECT_TRUE(sound(with(216, 3))) << "an entry index may name a counter of the other groups";
     EXPECT_FALSE(sound(with(216, 4)));
 }
+
+TEST(DpiFile, LongNamesStoredTwiceAreOne) {
+    const scratch_directory scratch;
+    const std::string name = (scratch.path() / "p.dpi").string();
+    const std::string file_line = "file " + std::string(5000, 'n') + "\n";
+    std::string text = "header runs 1\n";
+    for (const char* function : {"a", "b"})
+        text += "record 64\n" + file_line + "function " + function + "\nblocks 1\n";
+    write_file(name, compile_profile_text(text));
+    const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(std::string(file->index[1].file_name), std::string(5000, 'n'));
+    EXPECT_EQ(file->index[0].file_name, file->index[1].file_name) << "look-ups would compare them";
+    EXPECT_STREQ(file->index[1].key_func_name, "b");
+}
