@@ -1,10 +1,14 @@
-"""What the fault drivers share: the small runs that are disturbed, running a program under limits, the judgement of
-a run, and the table of figures.
+"""What the fault drivers share: the small runs that are disturbed, running a program under limits, and the judgement
+of a run.
 
 The judgement is the same everywhere. Exit status 0: every file and standard output are those of the undisturbed run.
 Exit status 1: there is a message. Anything else, a signal, a hang, a changed input or memory out of proportion is a
-violation."""
+violation.
 
+A check is a generator: it yields a triple for each run, what was done, the outcome and what is wrong with it or None,
+and may yield a text, which is printed beside its figures."""
+
+import functools
 import hashlib
 import multiprocessing
 import os
@@ -16,7 +20,7 @@ import subprocess
 import sys
 import tempfile
 import time
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BUILD = os.path.abspath(os.environ.get("VEXCOV_BUILD", os.path.join(ROOT, "build", "release")))
@@ -26,13 +30,9 @@ IMPORTS = os.path.join(ROOT, "tests", "data", "import")
 MIB = 1 << 20
 TIMEOUT = 30  # seconds after which a run is a hang
 PEAK = 96 * MIB  # no small run may need more
+HOSTILE = {resource.RLIMIT_AS: 512 * MIB, resource.RLIMIT_CPU: 10, resource.RLIMIT_STACK: 256 << 10}
 SCRATCH = tempfile.mkdtemp(prefix="vexcov-faults-", dir="/dev/shm" if os.access("/dev/shm", os.W_OK) else None)
 ENVIRONMENT = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC"}
-
-
-def program(name, build=None):
-    folder = os.path.join(build or BUILD, "tests") if name == "vexcov-profile-text" else build or BUILD
-    return os.path.join(folder, name)
 
 
 # ---- the small runs ----
@@ -94,11 +94,10 @@ def read_tree(folder):
     return {name: digest(read(os.path.join(folder, name))) for name in files_below(folder)}
 
 
-def compile_profile(text, target):
-    source = target + ".text"
-    write(source, text)
-    subprocess.run([program("vexcov-profile-text"), source, target], check=True)
-    os.unlink(source)
+def compiled_profile(text, scratch):
+    write(scratch, text)
+    subprocess.run([os.path.join(BUILD, "tests", "vexcov-profile-text"), scratch, scratch], check=True)
+    return read(scratch)
 
 
 class Sandbox:
@@ -107,31 +106,32 @@ class Sandbox:
     def __init__(self, scenario, inputs=None, parent=SCRATCH):
         self.scenario = scenario
         self.root = tempfile.mkdtemp(prefix=scenario.name + "-", dir=parent)
-        self.inputs = self.place(scenario.source) if inputs is None else inputs
+        self.cwd = os.path.join(self.root, scenario.folder)
+        self.inputs = self.gather(scenario.source) if inputs is None else inputs
         for name, data in self.inputs.items():
             write(os.path.join(self.root, name), data)
         self.digests = {name: digest(data) for name, data in self.inputs.items()}
-        self.cwd = os.path.join(self.root, scenario.folder)
-        self.expected = self.expected_output = self.usual_lines = None
+        self.expected = self.expected_output = None
+        self.usual_lines = set()
 
-    def place(self, source):
+    def gather(self, source):
         inputs = {}
         for name in files_below(source):
             data = read(os.path.join(source, name))
-            target = os.path.join(self.root, name)
             if name.endswith(".dpitext"):
-                compile_profile(data, target[: -len("text")])
-                name, data = name[: -len("text")], read(target[: -len("text")])
+                name = name[: -len("text")]
+                data = compiled_profile(data, os.path.join(self.root, name))
             inputs[name] = data
         if self.scenario.tool == "vexcov-import":  # an older pair is there to be replaced
             inputs["pgopti.dpi"], inputs["pgopti.spi"] = b"\x0b\xdc" + bytes(526), b"old.c - old 1 1 I\n"
         return inputs
 
-    def command(self, build=None):
-        return [program(self.scenario.tool, build), *self.scenario.arguments]
+    def command(self, *arguments, build=BUILD):
+        """The scenario's command, or one with other arguments."""
+        return [os.path.join(build, self.scenario.tool), *(arguments or self.scenario.arguments)]
 
     def reset(self):
-        """Removes what runs have left and puts back what they have changed."""
+        """Removes what runs have left, and puts back what they have changed."""
         for name in os.listdir(self.root):
             path = os.path.join(self.root, name)
             if os.path.isdir(path) and not any(i.startswith(name + "/") for i in self.inputs):
@@ -144,7 +144,7 @@ class Sandbox:
         shutil.rmtree(os.path.join(self.cwd, "CodeCoverage"), ignore_errors=True)
 
     def prepare(self):
-        """Makes the undisturbed run once."""
+        """Makes the undisturbed run, unless it was made."""
         if self.expected is None:
             outcome = self.run()
             if outcome.status != 0:
@@ -153,46 +153,50 @@ class Sandbox:
             self.usual_lines = set(outcome.lines())
         return self
 
-    def run(self, **how):
+    def run(self, command=None, changed=(), **how):
+        """Makes a run, with some of the inputs changed, and nothing there from the one before."""
         self.reset()
-        return run(how.pop("command", None) or self.command(), self.cwd, **how)
+        for name in changed:
+            write(os.path.join(self.root, name), changed[name])
+        return run(command or self.command(), self.cwd, **how)
 
-    def judge(self, outcome, silent=False, partial_streams=False, debris=False):
-        """What is wrong with a run in this sandbox, or None. `silent`: its messages could not be seen; `debris`: it
-        could not clear temporary files away."""
-        problem = outcome.problem()
+    def judge(self, outcome, status=None, silent=False, any_output=False, debris=False):
+        """What is wrong with a run in this sandbox, or None. `status`: the only one that is right; `silent`: its
+        messages could not be seen; `any_output`: nor could standard output; `debris`: it could not clear temporary
+        files away."""
+        problem = outcome.problem(status)
         if problem:
             return problem
-        tree = read_tree(self.root)
-        if debris:
-            tree = {name: data for name, data in tree.items() if ".tmp" not in name}
+        tree = {name: data for name, data in read_tree(self.root).items() if not (debris and ".tmp" in name)}
         if outcome.status == 0:
             wrong = sorted(n for n in self.expected.keys() | tree.keys() if self.expected.get(n) != tree.get(n))
             if wrong:
                 return "status 0, but different: " + ", ".join(wrong[:4])
-            if outcome.output != self.expected_output and not partial_streams:
-                return "status 0, but standard output differs"
-            return None
-        if not silent and not set(outcome.lines()) - self.usual_lines:
+            return None if any_output or outcome.output == self.expected_output else "status 0, but lost output"
+        if not silent and not self.has_message(outcome):
             return "status 1 without a message"
         return self.judge_inputs(tree, debris)
 
-    def judge_inputs(self, tree, debris):
+    def has_message(self, outcome):
+        return set(outcome.lines()) - self.usual_lines
+
+    def judge_inputs(self, tree, debris=False, changed=()):
+        """What a run that failed has done to the files it found."""
+        found = {**self.digests, **{name: digest(changed[name]) for name in changed}}
         if self.scenario.tool == "vexcov-import":  # the pair as it was or as it should be, and nothing beside it
-            return None if debris or tree in (self.digests, self.expected) else "the pair of profiles is half-written"
-        changed = [name for name, data in self.digests.items() if tree.get(name) != data]
+            return None if debris or tree in (found, self.expected) else "the pair of profiles is half-written"
+        changed = [name for name, data in found.items() if tree.get(name) != data]
         return "changed the input " + changed[0] if changed else None
 
 
-SANDBOXES = {}
+@functools.lru_cache(None)
+def sandbox_of(name, _process):
+    return Sandbox(SCENARIOS[name]).prepare()
 
 
 def sandbox(name):
     """This process's sandbox of a scenario, with the undisturbed run made."""
-    key = name, os.getpid()
-    if key not in SANDBOXES:
-        SANDBOXES[key] = Sandbox(SCENARIOS[name]).prepare()
-    return SANDBOXES[key]
+    return sandbox_of(name, os.getpid())
 
 
 # ---- running ----
@@ -201,116 +205,69 @@ def sandbox(name):
 @dataclass
 class Outcome:
     status: int  # negative: ended by a signal
-    output: bytes
-    errors: bytes
     peak: int  # bytes of memory, or those of the driver when it needs more
-    seconds: float
-    processor: float
-    hung: bool = False
+    processor: float  # seconds
+    hung: bool
+    output: bytes = b""
+    errors: bytes = b""
+    seconds: float = 0.0
 
     def lines(self):
         """The lines of both streams, without the progress meter."""
         text = re.sub(rb"(Progress: )?(\d+%( \.\. )?)+", b"\n", self.output) + b"\n" + self.errors
         return [line for line in text.split(b"\n") if line.strip()]
 
-    def problem(self):
+    def problem(self, status=None):
+        """What is wrong with the run whatever it has written. `status`: the only one that is right."""
         if self.hung:
-            return f"hangs ({self.seconds:.0f} s)"
+            return "hangs"
         if self.status < 0:
             return f"ended by signal {-self.status}: {self.errors[-200:]!r}"
-        if self.status > 1:
+        if self.status > 1 or status not in (None, self.status):
             return f"status {self.status}: {self.errors[-200:]!r}"
         return f"needs {self.peak // MIB} MiB" if self.peak > PEAK else None
 
 
-HOSTILE = {
-    resource.RLIMIT_AS: 512 * MIB,
-    resource.RLIMIT_STACK: 256 << 10,
-}
+def start(command, cwd, environment=(), output=subprocess.DEVNULL, errors=subprocess.DEVNULL, limits=()):
+    def prepare():
+        for which in limits:
+            resource.setrlimit(which, (limits[which], limits[which]))
+
+    return subprocess.Popen(command, cwd=cwd, env={**ENVIRONMENT, **dict(environment)}, stdin=subprocess.DEVNULL,
+                            stdout=output, stderr=errors, start_new_session=True,
+                            preexec_fn=prepare if limits else None)
 
 
-def run(command, cwd, limits=None, environment=None, output=None, errors=None, stdin=None, cpu=None, pass_fds=()):
-    """Runs a command to its end. `limits`: soft limits by resource; `cpu`: seconds of processor time."""
-    old = {which: resource.getrlimit(which) for which in limits or {}}
-    with tempfile.TemporaryFile(dir=SCRATCH) as out, tempfile.TemporaryFile(dir=SCRATCH) as err:
-        started = time.monotonic()
-        try:
-            for which, value in (limits or {}).items():
-                resource.setrlimit(which, (value, old[which][1]))
-            process = subprocess.Popen(command, cwd=cwd, env=environment or ENVIRONMENT, pass_fds=pass_fds,
-                                       stdin=subprocess.DEVNULL if stdin is None else stdin,
-                                       stdout=out if output is None else output,
-                                       stderr=err if errors is None else errors)
-        finally:
-            for which, value in old.items():
-                resource.setrlimit(which, value)
-        if cpu:
-            resource.prlimit(process.pid, resource.RLIMIT_CPU, (cpu, cpu))
-        status, usage, hung = wait(process, TIMEOUT)
-        seconds = time.monotonic() - started
-        out.seek(0)
-        err.seek(0)
-        return Outcome(status, out.read(), err.read(), usage.ru_maxrss * 1024, seconds,
-                       usage.ru_utime + usage.ru_stime, hung)
-
-
-def wait(process, timeout):
-    """Waits for the end of a process and kills it when that takes too long: status, usage, killed."""
+def finish(process):
+    """Waits for the end of a process; kills it and its children when that takes too long."""
     killed = []
 
     def kill(*_):
         killed.append(True)
-        process.kill()
+        os.killpg(process.pid, signal.SIGKILL)
 
     before = signal.signal(signal.SIGALRM, kill)
-    signal.setitimer(signal.ITIMER_REAL, timeout)
+    signal.setitimer(signal.ITIMER_REAL, TIMEOUT)
     _, status, usage = os.wait4(process.pid, 0)
     signal.setitimer(signal.ITIMER_REAL, 0)
     signal.signal(signal.SIGALRM, before)
     process.returncode = os.waitstatus_to_exitcode(status)
-    return process.returncode, usage, bool(killed)
+    return Outcome(process.returncode, usage.ru_maxrss * 1024, usage.ru_utime + usage.ru_stime, bool(killed))
 
 
-# ---- figures ----
+def run(command, cwd, output=None, errors=None, **how):
+    """Runs a command to its end."""
+    with tempfile.TemporaryFile(dir=SCRATCH) as out, tempfile.TemporaryFile(dir=SCRATCH) as err:
+        started = time.monotonic()
+        outcome = finish(start(command, cwd, output=output or out, errors=errors or err, **how))
+        outcome.seconds = time.monotonic() - started
+        out.seek(0)
+        err.seek(0)
+        outcome.output, outcome.errors = out.read(), err.read()
+        return outcome
 
 
-@dataclass
-class Row:
-    """The figures of one check."""
-
-    name: str
-    runs: int = 0
-    complete: int = 0  # exit status 0
-    refused: int = 0  # exit status 1
-    peak: int = 0
-    seconds: float = 0.0
-    violations: list = field(default_factory=list)
-    note: str = ""
-
-    def add(self, what, outcome, problem):
-        self.runs += 1
-        self.complete += outcome.status == 0
-        self.refused += outcome.status == 1
-        self.peak = max(self.peak, outcome.peak)
-        if problem:
-            self.violations.append(f"{what}: {problem}")
-
-
-def spread(row, function, items):
-    """Adds function(item), a triple (what, outcome, problem), for every item; several processes share the work."""
+def spread(function, items):
+    """The results of function(item) for every item, without the empty ones; several processes share the work."""
     with multiprocessing.Pool(JOBS) as pool:
-        for result in pool.imap_unordered(function, items, chunksize=8):
-            if result:
-                row.add(*result)
-    return row
-
-
-def print_table(rows):
-    print(f"{'check':<34}{'runs':>8}{'status 0':>10}{'status 1':>10}{'violations':>12}{'MiB <=':>10}{'s':>8}")
-    for row in rows:
-        print(f"{row.name:<34}{row.runs:>8}{row.complete:>10}{row.refused:>10}{len(row.violations):>12}"
-              f"{row.peak / MIB:>10.1f}{row.seconds:>8.1f}  {row.note}")
-    total = sum(row.runs for row in rows)
-    violations = sum(len(row.violations) for row in rows)
-    print(f"{total} runs, {violations} violations")
-    return violations
+        yield from filter(None, pool.imap_unordered(function, list(items), chunksize=8))

@@ -1,6 +1,8 @@
 """What surrounds a run must not show: locale, umask, time zone, build and machine state; and names made to swell."""
 
+import ctypes
 import os
+import re
 import shutil
 import subprocess
 
@@ -11,55 +13,55 @@ REPORTS = ("html", "components", "markers", "reference", "exports", "import")
 LOCALES = ("de_DE", "tr_TR")
 
 
-def compare(row, what, scenario, **how):
+def compare(what, scenario, **how):
     box = fault_run.sandbox(scenario)
     outcome = box.run(**how)
-    row.add(f"{scenario}, {what}", outcome, box.judge(outcome) or ("status 1" if outcome.status == 1 else None))
+    return f"{scenario}, {what}", outcome, box.judge(outcome, 0)
 
 
-def check_settings(row, quick):
+def locales():
+    """Settings of locales, which are made for that."""
     folder = os.path.join(fault_run.SCRATCH, "locales")
-    os.makedirs(folder, exist_ok=True)
-    settings = [{"TZ": zone} for zone in ("Pacific/Kiritimati", "America/Caracas", "junk/zone")]
-    if shutil.which("localedef") and os.path.isdir("/usr/share/i18n/locales"):
-        for name in LOCALES:
-            target = os.path.join(folder, name + ".UTF-8")
-            subprocess.run(["localedef", "--no-archive", "-i", name, "-f", "UTF-8", target], check=True)
-            settings.append({"LOCPATH": folder, "LC_ALL": name + ".UTF-8", "LANG": name + ".UTF-8"})
-    else:
-        row.note = "without locales: no localedef"
-    settings.append({"MALLOC_PERTURB_": "165"})
-    settings.append({f"FILLER{i}": "x" * 1000 for i in range(60)})
+    os.makedirs(folder)
+    for name in LOCALES:
+        locale = name + ".UTF-8"
+        subprocess.run(["localedef", "--no-archive", "-i", name, "-f", "UTF-8", os.path.join(folder, locale)],
+                       check=True)
+        yield locale, {"LOCPATH": folder, "LC_ALL": locale, "LANG": locale}
+
+
+def settings(quick):
+    named = [
+        *((zone, {"TZ": zone}) for zone in ("Pacific/Kiritimati", "America/Caracas", "junk/zone")),
+        *locales(),
+        ("memory that is not zero", {"MALLOC_PERTURB_": "165"}),
+        ("a large environment", {f"FILLER{i}": "x" * 1000 for i in range(60)}),
+    ]
     for scenario in REPORTS:
-        for setting in settings:
-            name = " ".join(f"{key}={value}" for key, value in list(setting.items())[:2])[:60]
-            compare(row, name, scenario, environment={**fault_run.ENVIRONMENT, **setting})
+        for what, environment in named:
+            yield compare(what, scenario, environment=environment)
         for mask in (0o000, 0o027, 0o077):
             before = os.umask(mask)
-            compare(row, f"umask {mask:o}", scenario)
+            yield compare(f"umask {mask:o}", scenario)
             os.umask(before)
-    return row
 
 
-def check_repetition(row, quick):
+def repetition(quick):
     for scenario in REPORTS:
         for i in range(5 if quick else 20):
-            compare(row, f"run {i}", scenario)
-    return row
+            yield compare(f"run {i}", scenario)
 
 
-def check_builds(row, quick):
+def builds(quick):
     """Builds other than the one under test, named in VEXCOV_BUILDS, divided by colons."""
-    builds = [build for build in os.environ.get("VEXCOV_BUILDS", "").split(":") if build]
-    for build in builds:
+    others = [build for build in os.environ.get("VEXCOV_BUILDS", "").split(":") if build]
+    yield f"{len(others)} builds beside the one under test"
+    for build in others:
         for scenario in REPORTS:
             box = fault_run.sandbox(scenario)
-            outcome = box.run(command=box.command(os.path.abspath(build)))
+            outcome = box.run(box.command(build=os.path.abspath(build)))
             outcome.peak = 0  # sanitizers map more
-            compare_with = box.judge(outcome) or ("status 1" if outcome.status == 1 else None)
-            row.add(f"{scenario}, {build}", outcome, compare_with)
-    row.note = f"{len(builds)} builds beside the one under test"
-    return row
+            yield f"{scenario}, {build}", outcome, box.judge(outcome, 0)
 
 
 def back(i):
@@ -97,36 +99,65 @@ HOSTILE_NAMES = {
 }
 
 
-def check_names(row, quick):
+def hostile_names(quick):
     for what, name in HOSTILE_NAMES.items():
-        inputs = {
-            "a.cpp": b"int f;\n",
-            "pgopti.dpi": resources.profile_of([("a.cpp", name, 1)]),
-            "pgopti.spi": f"a.cpp - {name} 1 1 C\n".encode(),
-        }
         for mode, arguments in (
             ("html", ("-txtbcvrgfull", "b.txt", "-xmlbcvrgfull", "b.xml")),
             ("exports", ("-txtfcvrg", "f.txt", "-xmlfcvrg", "f.xml")),
         ):
-            box = fault_run.Sandbox(fault_run.Scenario("names", "", ".", arguments), inputs)
-            outcome = box.run(limits=fault_run.HOSTILE, cpu=10)
-            written = [name for name in fault_run.files_below(box.root) if name not in inputs]
-            size = sum(os.path.getsize(os.path.join(box.root, name)) for name in written)
-            problem = outcome.problem()
-            if not problem and outcome.status != 0:
-                problem = f"status {outcome.status}: {outcome.errors[-200:]!r}"
+            box = resources.box_of({"a.cpp": b"int f;\n"}, [("a.cpp", name, 1)], *arguments)
+            outcome = box.run(limits=fault_run.HOSTILE)
+            size = sum(size for name, (size, _) in fault_run.read_tree(box.root).items() if name not in box.inputs)
+            problem = outcome.problem(0)
             if not problem and outcome.processor > 1:
                 problem = f"takes {outcome.processor:.1f} s"
             if not problem and size > 40 * len(name) + (4 << 20):
                 problem = f"writes {size // 1024} KiB"
-            row.add(f"{what}, {mode}", outcome, problem)
+            yield f"{what}, {mode}", outcome, problem
             shutil.rmtree(box.root)
-    return row
 
 
-CHECKS = (
-    ("same bytes: locale, zone, umask", check_settings),
-    ("same bytes: run after run", check_repetition),
-    ("same bytes: builds", check_builds),
-    ("hostile names", check_names),
+# Ways in which ordinary names of less than 1 KiB, the longest that the demangler takes, become long ones, for any
+# number of pieces.
+LONG_NAMES = (
+    lambda n: f"_Z1fRKN5space{LONG}E" + "S2_" * n,
+    lambda n: "_Z1fIJ3boxISsiE" + "S1_" * n + "EEvDpOT_",
+    lambda n: f"_Z1fI{LONG}Ev" + "T_RKS1_" * n,
+    lambda n: f"_ZN{LONG}2inI{LONG}Li1EE1fE" + "S_RKS0_" * n,
+    lambda n: f"_Z1f{n}{'n' * n}1tIS_S_E" + doubling(6, "S0_I??E", 2),
 )
+LONG = "40" + "name" * 10
+
+
+def demangled(library, name):
+    text = library.__cxa_demangle(name.encode(), None, None, None)
+    return text.decode() if text else name
+
+
+def ordinary_names(quick):
+    """Names that are not hostile are shown as the C++ library's own demangler has them: all those in that library, and
+    long ones whose C++ forms have 12 to 16 KiB."""
+    library = ctypes.CDLL("libstdc++.so.6")
+    library.__cxa_demangle.restype = ctypes.c_char_p
+    path = re.search(r"\S*libstdc\+\+\.so\S*", fault_run.read("/proc/self/maps").decode())[0]
+    names = {name.decode() for name in re.findall(rb"(?<=\0)_Z\w+(?=\0)", fault_run.read(path))}
+    long_names = {make(n) for make in LONG_NAMES for n in range(1, 300)
+                  if 12 << 10 <= len(demangled(library, make(n))) <= 16 << 10}
+    yield f"{len(names)} names and {len(long_names)} long ones"
+    for what, wanted in (("names of the C++ library", names), ("long names", long_names)):
+        box = resources.box_of({}, [("a.cpp", name, 1) for name in sorted(wanted)], "-txtfcvrg", "f.txt")
+        outcome = box.run()
+        shown = re.findall('^"(.*)"\t', fault_run.read(os.path.join(box.cwd, "f.txt")).decode(), re.M)
+        wanted = sorted(demangled(library, name) for name in wanted)
+        different = [name for name in wanted if name not in set(shown)]
+        problem = None if sorted(shown) == wanted else f"{len(different)} of {len(wanted)} differ: {different[:2]}"
+        yield what, outcome, outcome.problem(0) or problem
+
+
+CHECKS = {
+    "same bytes: locale, zone, umask": settings,
+    "same bytes: run after run": repetition,
+    "same bytes: builds": builds,
+    "names: hostile": hostile_names,
+    "names: ordinary": ordinary_names,
+}
