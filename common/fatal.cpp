@@ -35,7 +35,8 @@ void pgt_Exit(int status) {
         std::fputs("ERROR: out of memory, the output is not complete\n", stderr);
         complete = false;
     }
-    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    const bool shown = std::ferror(stdout) == 0;
+    if (std::fclose(stdout) != 0 || !shown) { // some file systems tell only then that there was no room
         std::fputs("ERROR: cannot write standard output\n", stderr);
         complete = false;
     }

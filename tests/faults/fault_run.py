@@ -79,22 +79,24 @@ def write(path, data):
         file.write(data)
 
 
-def files_below(folder):
-    """The paths of all files below a directory, relative to it."""
-    return [os.path.relpath(os.path.join(parent, name), folder)
-            for parent, _, names in os.walk(folder) for name in names]
-
-
 def digest(data):
     return len(data), hashlib.sha256(data).digest()
 
 
+def files_below(folder):
+    """The path below a directory and the text of each file there."""
+    for parent, _, names in os.walk(folder):
+        for name in names:
+            path = os.path.join(parent, name)
+            yield os.path.relpath(path, folder), read(path)
+
+
 def read_tree(folder):
-    """The digest of every file below a directory, by relative path."""
-    return {name: digest(read(os.path.join(folder, name))) for name in files_below(folder)}
+    return {name: digest(data) for name, data in files_below(folder)}
 
 
-def compiled_profile(text, scratch):
+def compiled_profile(text):
+    scratch = os.path.join(SCRATCH, f"profile-{os.getpid()}")
     write(scratch, text)
     subprocess.run([os.path.join(BUILD, "tests", "vexcov-profile-text"), scratch, scratch], check=True)
     return read(scratch)
@@ -103,24 +105,25 @@ def compiled_profile(text, scratch):
 class Sandbox:
     """A scratch copy of a scenario's inputs, and what the undisturbed run makes of them."""
 
-    def __init__(self, scenario, inputs=None, parent=SCRATCH):
+    def __init__(self, scenario, inputs=None):
         self.scenario = scenario
-        self.root = tempfile.mkdtemp(prefix=scenario.name + "-", dir=parent)
-        self.cwd = os.path.join(self.root, scenario.folder)
         self.inputs = self.gather(scenario.source) if inputs is None else inputs
-        for name, data in self.inputs.items():
-            write(os.path.join(self.root, name), data)
         self.digests = {name: digest(data) for name, data in self.inputs.items()}
         self.expected = self.expected_output = None
         self.usual_lines = set()
+        self.move(SCRATCH)
+
+    def move(self, parent):
+        """Makes another directory the one in which runs take place."""
+        self.root = tempfile.mkdtemp(prefix=self.scenario.name + "-", dir=parent)
+        self.cwd = os.path.join(self.root, self.scenario.folder)
+        self.reset()
 
     def gather(self, source):
         inputs = {}
-        for name in files_below(source):
-            data = read(os.path.join(source, name))
+        for name, data in files_below(source):
             if name.endswith(".dpitext"):
-                name = name[: -len("text")]
-                data = compiled_profile(data, os.path.join(self.root, name))
+                name, data = name[: -len("text")], compiled_profile(data)
             inputs[name] = data
         if self.scenario.tool == "vexcov-import":  # an older pair is there to be replaced
             inputs["pgopti.dpi"], inputs["pgopti.spi"] = b"\x0b\xdc" + bytes(526), b"old.c - old 1 1 I\n"
@@ -130,34 +133,23 @@ class Sandbox:
         """The scenario's command, or one with other arguments."""
         return [os.path.join(build, self.scenario.tool), *(arguments or self.scenario.arguments)]
 
-    def reset(self):
-        """Removes what runs have left, and puts back what they have changed."""
-        for name in os.listdir(self.root):
-            path = os.path.join(self.root, name)
-            if os.path.isdir(path) and not any(i.startswith(name + "/") for i in self.inputs):
-                shutil.rmtree(path)
-        for name in files_below(self.root):
-            if name not in self.inputs:
-                os.unlink(os.path.join(self.root, name))
-            elif digest(read(os.path.join(self.root, name))) != self.digests[name]:
-                write(os.path.join(self.root, name), self.inputs[name])
-        shutil.rmtree(os.path.join(self.cwd, "CodeCoverage"), ignore_errors=True)
+    def reset(self, changed=()):
+        """Leaves nothing there but the inputs, some of them changed."""
+        shutil.rmtree(self.root)
+        for name, data in {**self.inputs, **dict(changed)}.items():
+            write(os.path.join(self.root, name), data)
 
     def prepare(self):
-        """Makes the undisturbed run, unless it was made."""
-        if self.expected is None:
-            outcome = self.run()
-            if outcome.status != 0:
-                sys.exit(f"{self.scenario.name}: the undisturbed run fails: {outcome}")
-            self.expected, self.expected_output = read_tree(self.root), outcome.output
-            self.usual_lines = set(outcome.lines())
+        """Makes the undisturbed run."""
+        outcome = self.run()
+        if outcome.status != 0:
+            sys.exit(f"{self.scenario.name}: the undisturbed run fails: {outcome}")
+        self.expected, self.expected_output = read_tree(self.root), outcome.output
+        self.usual_lines = set(outcome.lines())
         return self
 
     def run(self, command=None, changed=(), **how):
-        """Makes a run, with some of the inputs changed, and nothing there from the one before."""
-        self.reset()
-        for name in changed:
-            write(os.path.join(self.root, name), changed[name])
+        self.reset(changed)
         return run(command or self.command(), self.cwd, **how)
 
     def judge(self, outcome, status=None, silent=False, any_output=False, debris=False):
@@ -182,7 +174,7 @@ class Sandbox:
 
     def judge_inputs(self, tree, debris=False, changed=()):
         """What a run that failed has done to the files it found."""
-        found = {**self.digests, **{name: digest(changed[name]) for name in changed}}
+        found = {**self.digests, **{name: digest(data) for name, data in dict(changed).items()}}
         if self.scenario.tool == "vexcov-import":  # the pair as it was or as it should be, and nothing beside it
             return None if debris or tree in (found, self.expected) else "the pair of profiles is half-written"
         changed = [name for name, data in found.items() if tree.get(name) != data]

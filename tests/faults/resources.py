@@ -1,5 +1,6 @@
 """What a run needs is missing: disk, streams, descriptors, or the run itself ends at once."""
 
+import copy
 import os
 import random
 import resource
@@ -33,9 +34,8 @@ def small_disks(quick):
             size = f"size={(inputs + outputs * step // 20 + (2 if step == 20 else 0)) * page}"
             subprocess.run(["mount", "-t", "tmpfs", "-o", size, "tmpfs", folder], check=True)
             try:
-                small = fault_run.Sandbox(box.scenario, box.inputs, folder)
-                small.expected, small.expected_output, small.usual_lines = (
-                    box.expected, box.expected_output, box.usual_lines)
+                small = copy.copy(box)
+                small.move(folder)
                 outcome = small.run()
                 yield f"{scenario} on a disk with {size}", outcome, small.judge(outcome, 0 if step == 20 else None)
             finally:
