@@ -59,27 +59,21 @@ def is_whole(box, data):
     return None
 
 
-def judge(box, outcome, changed):
-    if outcome.problem():
-        return outcome.problem()
-    if b"memory" in b"\n".join(outcome.lines()):
-        return "runs out of memory"
-    tree = fault_run.read_tree(box.root)
-    if outcome.status == 1:
-        return box.judge_inputs(tree, changed=changed) if box.has_message(outcome) else "status 1 without a message"
-    (data,) = changed.values()
-    problem = is_whole(box, data)
-    again = box.run(changed=changed, environment={"MALLOC_PERTURB_": "165"})
-    if (again.status, again.output, fault_run.read_tree(box.root)) != (0, outcome.output, tree):
-        problem = problem or "a second run, without limits, makes something else of it"
-    return problem
-
-
 def try_input(job):
     scenario, name, data, what = job
-    box = fault_run.sandbox(scenario)
-    outcome = box.run(changed={name: data}, limits=fault_run.HOSTILE)
-    return f"{scenario}, {name}, {what}", outcome, judge(box, outcome, {name: data})
+    box, changed = fault_run.sandbox(scenario), {name: data}
+    outcome = box.run(changed=changed, limits=fault_run.HOSTILE)
+
+    def judge_output(tree):
+        problem = is_whole(box, data)
+        again = box.run(changed=changed, environment={"MALLOC_PERTURB_": "165"})
+        same = (again.status, again.output, fault_run.read_tree(box.root)) == (0, outcome.output, tree)
+        return problem or (None if same else "a second run, without limits, makes something else of it")
+
+    problem = box.judge(outcome, changed=changed, judge_output=judge_output)
+    if b"memory" in b"\n".join(outcome.lines()):
+        problem = "runs out of memory"
+    return f"{scenario}, {name}, {what}", outcome, problem
 
 
 def mutate(data, words, chance):

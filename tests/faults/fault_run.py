@@ -152,33 +152,28 @@ class Sandbox:
         self.reset(changed)
         return run(command or self.command(), self.cwd, **how)
 
-    def judge(self, outcome, status=None, silent=False, any_output=False, debris=False):
+    def judge(self, outcome, status=None, silent=False, any_output=False, debris=False, changed=(), judge_output=None):
         """What is wrong with a run in this sandbox, or None. `status`: the only one that is right; `silent`: its
         messages could not be seen; `any_output`: nor could standard output; `debris`: it could not clear temporary
-        files away."""
-        problem = outcome.problem(status)
-        if problem:
-            return problem
+        files away; `changed`: inputs that were others; `judge_output`: judges what a good run has written."""
+        if outcome.problem(status):
+            return outcome.problem(status)
         tree = {name: data for name, data in read_tree(self.root).items() if not (debris and ".tmp" in name)}
-        if outcome.status == 0:
-            wrong = sorted(n for n in self.expected.keys() | tree.keys() if self.expected.get(n) != tree.get(n))
-            if wrong:
-                return "status 0, but different: " + ", ".join(wrong[:4])
-            return None if any_output or outcome.output == self.expected_output else "status 0, but lost output"
-        if not silent and not self.has_message(outcome):
-            return "status 1 without a message"
-        return self.judge_inputs(tree, debris)
-
-    def has_message(self, outcome):
-        return set(outcome.lines()) - self.usual_lines
-
-    def judge_inputs(self, tree, debris=False, changed=()):
-        """What a run that failed has done to the files it found."""
         found = {**self.digests, **{name: digest(data) for name, data in dict(changed).items()}}
-        if self.scenario.tool == "vexcov-import":  # the pair as it was or as it should be, and nothing beside it
-            return None if debris or tree in (found, self.expected) else "the pair of profiles is half-written"
-        changed = [name for name, data in found.items() if tree.get(name) != data]
-        return "changed the input " + changed[0] if changed else None
+        lost = [name for name, data in found.items() if tree.get(name) != data]
+        if outcome.status == 1 and not (silent or set(outcome.lines()) - self.usual_lines):
+            return "status 1 without a message"
+        if self.scenario.tool == "vexcov" and lost:
+            return "changed the input " + lost[0]
+        if outcome.status == 1:  # the importer leaves the pair as it was or as it should be, and nothing beside it
+            whole = self.scenario.tool == "vexcov" or debris or tree in (found, self.expected)
+            return None if whole else "the pair of profiles is half-written"
+        if judge_output:
+            return judge_output(tree)
+        wrong = sorted(n for n in self.expected.keys() | tree.keys() if self.expected.get(n) != tree.get(n))
+        if wrong:
+            return "status 0, but different: " + ", ".join(wrong[:4])
+        return None if any_output or outcome.output == self.expected_output else "status 0, but lost output"
 
 
 @functools.lru_cache(None)

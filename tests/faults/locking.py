@@ -3,7 +3,6 @@
 import fcntl
 import os
 import re
-import shutil
 import struct
 import threading
 import time
@@ -114,13 +113,11 @@ SECOND_DESCRIPTORS = (
 
 def kept_to_the_end(quick):
     """The lock is held to the last page, also when other descriptors of the profile have been opened and closed."""
-    if not shutil.which("strace"):
-        yield "left out: no strace"
-        return
     log = os.path.join(fault_run.SCRATCH, "opened")
     trace = ["strace", "-o", log, "-e", "trace=openat"]
     for what, source, *arguments in SECOND_DESCRIPTORS:
-        box = resources.box_of({"a.c": b"int f;\n", "b.c": b"int g;\n"}, [(source, "f", 1), ("b.c", "g", 1)], *arguments)
+        sources = {"a.c": b"int f;\n", "b.c": b"int g;\n"}
+        box = resources.box_of(sources, [(source, "f", 1), ("b.c", "g", 1)], *arguments)
         box.run([*trace, *box.command()])
         opened = [line for line in fault_run.read(log).split(b"\n") if line.startswith(b"openat(")]
         before_last = os.path.join(box.cwd, re.search(rb'"(.*?)"', opened[-2])[1].decode())

@@ -54,20 +54,28 @@ FULL_OUTPUTS = (
 TALKING = (("html",), ("exports",), ("exports", "-help"), ("import", "-help"), ("import", "-version"))
 
 
-def full_device(quick):
+def full_exports(quick):
     for scenario, *arguments in FULL_OUTPUTS:
         box = fault_run.sandbox(scenario)
         outcome = box.run(box.command(*arguments))
         yield f"{scenario} {' '.join(arguments)}", outcome, box.judge(outcome, 1)
+
+
+def lost_streams(quick):
+    """A stream is /dev/full, or nobody reads standard output."""
+    reader, unread = os.pipe()
+    os.close(reader)
     with open("/dev/full", "wb") as full:
-        for scenario, *arguments in TALKING:
-            for stream in ("output", "errors"):
+        for what, stream, taker in (("a full output", "output", full), ("full errors", "errors", full),
+                                    ("no reader", "output", unread)):
+            for scenario, *arguments in TALKING:
                 box = fault_run.sandbox(scenario)
-                outcome = box.run(box.command(*arguments), **{stream: full})
+                outcome = box.run(box.command(*arguments), **{stream: taker})
+                has_told = stream == "errors" or b"cannot write standard output" in outcome.errors
                 says_nothing = stream == "errors" and scenario == "import"
-                yield f"{scenario} {' '.join(arguments)}, {stream} to /dev/full", outcome, (
-                    outcome.problem(0 if says_nothing else 1) or
-                    (None if stream == "errors" or box.has_message(outcome) else "no message"))
+                yield f"{scenario} {' '.join(arguments)} with {what}", outcome, (
+                    outcome.problem(0 if says_nothing else 1) or (None if has_told else "no message"))
+    os.close(unread)
 
 
 def file_size(quick):
@@ -92,24 +100,12 @@ def closed_streams(quick):
         for closed in range(8):
             redirections = "".join(text for bit, text in ((1, " <&-"), (2, " >&-"), (4, " 2>&-")) if closed & bit)
             command = ["/bin/sh", "-c", f'exec "$@"{redirections}', "sh"]
-            for trace in ([], ["strace", "-o", log, "-e", "trace=openat"]):
-                outcome = box.run([*trace, *command, *box.command()])
-                problem = box.judge(outcome, 0, any_output=closed & 2)
-                opened = fault_run.read(log).splitlines() if trace else ()
-                if any(b"O_CREAT" in line and line.endswith((b"= 0", b"= 1", b"= 2")) for line in opened):
-                    problem = "a file is opened in the place of a stream"
-                yield f"{scenario}{redirections}", outcome, problem
-
-
-def reader_gone(quick):
-    for scenario, *arguments in TALKING:
-        box = fault_run.sandbox(scenario)
-        reader, writer = os.pipe()
-        os.close(reader)
-        outcome = box.run(box.command(*arguments), output=writer)
-        os.close(writer)
-        yield f"{scenario} {' '.join(arguments)}, nobody reads", outcome, outcome.problem(1) or (
-            None if b"cannot write standard output" in outcome.errors else "no message")
+            outcome = box.run(["strace", "-o", log, "-e", "trace=openat", *command, *box.command()])
+            opened = fault_run.read(log).splitlines()
+            problem = box.judge(outcome, 0, any_output=closed & 2)
+            if any(b"O_CREAT" in line and line.endswith((b"= 0", b"= 1", b"= 2")) for line in opened):
+                problem = "a file is opened in the place of a stream"
+            yield f"{scenario}{redirections}", outcome, problem
 
 
 def profile_of(functions):
@@ -185,10 +181,10 @@ def kill(quick):
 
 CHECKS = {
     "disk: small file systems": small_disks,
-    "disk: /dev/full": full_device,
+    "disk: an export to /dev/full": full_exports,
     "disk: file size limit": file_size,
     "streams: closed": closed_streams,
-    "streams: reader gone": reader_gone,
+    "streams: full, or no reader": lost_streams,
     "descriptors: few": few_descriptors,
     "kill -9, then again": kill,
 }
