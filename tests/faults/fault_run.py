@@ -142,11 +142,15 @@ class Sandbox:
     def prepare(self):
         """Makes the undisturbed run."""
         outcome = self.run()
-        if outcome.status != 0:
-            sys.exit(f"{self.scenario.name}: the undisturbed run fails: {outcome}")
         self.expected, self.expected_output = read_tree(self.root), outcome.output
+        if outcome.status != 0 or not self.sizes():
+            sys.exit(f"{self.scenario.name}: the undisturbed run fails: {outcome}")
         self.usual_lines = set(outcome.lines())
         return self
+
+    def sizes(self):
+        """The sizes of the files that the undisturbed run writes."""
+        return [data[0] for name, data in self.expected.items() if data != self.digests.get(name)]
 
     def run(self, command=None, changed=(), **how):
         self.reset(changed)
