@@ -2,12 +2,11 @@
 //
 // A case is a directory below cases/:
 //   input/     what lies in the scratch directory before the first command. A file NAME.dpitext is compiled
-//   to
-//              NAME.dpi (tools/profile_text.h). A directory input/bin becomes the program search path.
-//   command    one command a line: "vexcov ARGUMENTS..." (words may be quoted) runs the program, "cd
-//   DIRECTORY"
-//              sets the directory of the runs that follow, relative to the scratch directory. Lines that
-//              begin with "#" are comments.
+//              to NAME.dpi (tools/profile_text.h). A directory input/bin becomes the program search path.
+//   command    one command a line: "vexcov ARGUMENTS..." or "vexcov-import ARGUMENTS..." (words may be
+//              quoted; "< FILE" at the end is the standard input) runs the program, "cd DIRECTORY" sets the
+//              directory of the runs that follow, relative to the scratch directory. Lines that begin with
+//              "#" are comments.
 //   expected/  every file that the commands made or changed, and "console": for each run the command, what it
 //              wrote to its standard streams and its exit status.
 // Files that are the same in every report are symbolic links to shared/.
@@ -104,8 +103,14 @@ static std::string run_commands(const fs::path& command_file, const fs::path& sc
             directory = scratch / words.at(1);
             continue;
         }
+        std::string input = "/dev/null";
+        if (words.size() > 2 && words[words.size() - 2] == "<") {
+            input = directory / words.back();
+            words.resize(words.size() - 2);
+        }
         const program_result result =
-            run_program(VEXCOV_PROGRAM, words, directory, (scratch / "bin").string());
+            run_program(words[0] == "vexcov" ? VEXCOV_PROGRAM : VEXCOV_IMPORT_PROGRAM, words, directory,
+                        (scratch / "bin").string(), input);
         console += console_section("stdout", result.standard_output) +
                    console_section("stderr", result.standard_error) + "[status " +
                    std::to_string(result.status) + "]\n";
@@ -128,22 +133,17 @@ static file_tree collect_output(const fs::path& scratch, const file_tree& placed
 
 /// Says where two texts begin to differ.
 static std::string first_difference(const std::string& expected, const std::string& actual) {
-    const auto [e, a] = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end());
-    const auto place = e - expected.begin();
-    const auto line = 1 + std::count(expected.begin(), e, '\n');
-    const auto line_of = [place](const std::string& text) {
-        const auto at = static_cast<std::size_t>(place);
-        const std::size_t before = at == 0 ? std::string::npos : text.rfind('\n', at - 1);
-        const std::size_t begin = before == std::string::npos ? 0 : before + 1;
-        const std::size_t end = text.find('\n', at);
-        return end == std::string::npos ? text.substr(begin) + "[end of file]"
-                                        : text.substr(begin, end - begin);
+    const auto place = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end()).first;
+    const auto line = std::count(expected.begin(), place, '\n');
+    const auto line_of = [line](const std::string& text) {
+        std::istringstream lines(text);
+        std::string shown = "[end of file]";
+        for (auto i = line; i >= 0 && std::getline(lines, shown); --i) {
+        }
+        return lines ? shown : "[end of file]";
     };
-    std::ostringstream message;
-    message << "line " << line << ", byte " << place << "\n  expected: " << line_of(expected)
-            << "\n  actual:   " << line_of(actual) << "\n  (" << expected.size() << " bytes expected, "
-            << actual.size() << " actual)";
-    return message.str();
+    return "line " + std::to_string(line + 1) + "\n  expected: " + line_of(expected) +
+           "\n  actual:   " + line_of(actual);
 }
 
 static void compare(const file_tree& expected, const file_tree& actual) {

@@ -5,21 +5,17 @@
 #include <exception>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 
-static bool convert(const char* text_name, const char* dpi_name) {
+static void convert(const char* text_name, const char* dpi_name) {
     std::ifstream input(text_name, std::ios::binary);
-    if (!input) {
-        std::fprintf(stderr, "ERROR: cannot open %s\n", text_name);
-        return false;
-    }
-    const std::string text{std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
-    const std::string bytes = compile_profile_text(text);
+    if (!input)
+        throw std::runtime_error("cannot be read");
     std::ofstream output(dpi_name, std::ios::binary);
-    output << bytes;
+    output << compile_profile_text(std::string(std::istreambuf_iterator<char>(input), {}));
     output.close();
     if (!output)
-        std::fprintf(stderr, "ERROR: cannot write %s\n", dpi_name);
-    return static_cast<bool>(output);
+        throw std::runtime_error("cannot write " + std::string(dpi_name));
 }
 
 int main(int argc, char** argv) {
@@ -28,7 +24,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     try {
-        return convert(argv[1], argv[2]) ? 0 : 1;
+        convert(argv[1], argv[2]);
+        return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "ERROR: %s: %s\n", argv[1], error.what());
         return 1;

@@ -24,6 +24,11 @@ scratch_directory::~scratch_directory() {
     fs::remove_all(path_, ignored);
 }
 
+std::string scratch_directory::put(const std::string& name, const std::string& bytes) const {
+    write_file(path_ / name, bytes);
+    return (path_ / name).string();
+}
+
 std::string read_file(const fs::path& path) {
     std::ifstream input(path, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
@@ -68,7 +73,8 @@ static void redirect(int descriptor, const std::string& path, int flags) {
 }
 
 program_result run_program(const std::string& program, const std::vector<std::string>& arguments,
-                           const fs::path& directory, const std::string& search_path) {
+                           const fs::path& directory, const std::string& search_path,
+                           const std::string& input) {
     const scratch_directory streams;
     const std::string output = (streams.path() / "stdout").string(),
                       error = (streams.path() / "stderr").string();
@@ -78,7 +84,7 @@ program_result run_program(const std::string& program, const std::vector<std::st
     const pid_t child = fork();
     if (child == 0) {
         umask(022);
-        redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
+        redirect(STDIN_FILENO, input, O_RDONLY);
         redirect(STDOUT_FILENO, output, O_WRONLY | O_CREAT | O_TRUNC);
         redirect(STDERR_FILENO, error, O_WRONLY | O_CREAT | O_TRUNC);
         alarm(60);
@@ -94,4 +100,15 @@ program_result run_program(const std::string& program, const std::vector<std::st
         throw std::runtime_error("cannot start " + program);
     return {read_file(output), read_file(error),
             WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
+}
+
+std::string written(const std::function<void(std::FILE*)>& write) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* stream = open_memstream(&text, &size);
+    write(stream);
+    std::fclose(stream);
+    const std::string result(text, size);
+    std::free(text);
+    return result;
 }

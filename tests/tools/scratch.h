@@ -1,7 +1,9 @@
 // Scratch directories and child processes for tests.
 #pragma once
 
+#include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,9 @@ class scratch_directory {
 
     const std::filesystem::path& path() const { return path_; }
 
+    /// Writes a file of this name into the directory and returns its path.
+    std::string put(const std::string& name, const std::string& bytes) const;
+
   private:
     std::filesystem::path path_;
 };
@@ -26,13 +31,18 @@ struct program_result {
 };
 
 /// Runs `program` in `directory` with `arguments` (argv[0] included), PATH set to `search_path`, the C
-/// locale, UTC, umask 022 and an empty standard input. Nothing else of the environment is passed on but the
-/// settings of the sanitizers and of the coverage runtime. A process that runs for a minute is killed.
+/// locale, UTC, umask 022 and the file `input` as its standard input. Nothing else of the environment is
+/// passed on but the settings of the sanitizers and of the coverage runtime. A process that runs for a minute
+/// is killed.
 program_result run_program(const std::string& program, const std::vector<std::string>& arguments,
-                           const std::filesystem::path& directory, const std::string& search_path);
+                           const std::filesystem::path& directory, const std::string& search_path,
+                           const std::string& input = "/dev/null");
 
 /// The bytes of a file. Throws std::runtime_error when it cannot be read.
 std::string read_file(const std::filesystem::path& path);
 
 /// Writes a file anew, with the directories above it. Throws std::runtime_error when it cannot be written.
 void write_file(const std::filesystem::path& path, const std::string& bytes);
+
+/// What `write` writes to the stream that it is given.
+std::string written(const std::function<void(std::FILE*)>& write);

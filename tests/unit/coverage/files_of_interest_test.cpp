@@ -5,16 +5,12 @@
 #include "tests/tools/scratch.h"
 
 #include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 /// Which of "main.c", "src/a.c" and "src/test/a.c" are of interest with this component-list file.
 static std::string interesting(const std::string& list) {
     const scratch_directory scratch;
-    const std::string name = (scratch.path() / "list").string();
-    write_file(name, list);
     moduleName.clear();
-    getModuleNames(name.c_str());
+    getModuleNames(scratch.put("list", list).c_str());
     std::string result;
     for (const char* file : {"main.c", "src/a.c", "src/test/a.c"})
         result += isInComponents(file, "", "") ? '1' : '0';
@@ -28,12 +24,8 @@ TEST(FilesOfInterest, Patterns) {
     EXPECT_EQ(interesting("\n"), "111") << "an empty pattern occurs in every name";
     EXPECT_EQ(interesting("\n~"), "000");
     EXPECT_EQ(interesting("~nothing\n"), "000") << "nothing is included";
-    EXPECT_EQ(interesting("SRC\nsrc/*\nmain.c\r\n"), "000");
-    EXPECT_EQ(interesting(" main.c\n"), "000");
-}
-
-TEST(FilesOfInterest, LongLinesAreSeveralPatterns) {
-    // A line buffer of 4096 bytes takes 4095 bytes of a line.
+    EXPECT_EQ(interesting("SRC\nsrc/*\nmain.c\r\n main.c\n"), "000");
+    // A line buffer of 4096 bytes takes 4095 bytes of a line; the rest of a longer one is another pattern.
     EXPECT_EQ(interesting(std::string(4095, 'x') + "main\n"), "100");
     EXPECT_EQ(interesting(std::string(4095, 'x') + "\n"), "111") << "the newline alone is an empty pattern";
     EXPECT_EQ(interesting(std::string(4094, 'x') + "\n"), "000");
@@ -45,10 +37,8 @@ TEST(FilesOfInterest, QuotedText) {
         return text ? std::string(text) : "(none)";
     };
     EXPECT_EQ(quoted("a \"b c\" \"d\"\n"), "b c");
-    EXPECT_EQ(quoted("\"b"), "(none)");
-    EXPECT_EQ(quoted("\"b\n\"\n"), "(none)");
-    EXPECT_EQ(quoted("a\n\"b\"\n"), "(none)");
-    EXPECT_EQ(quoted(""), "(none)");
+    for (const char* line : {"\"b", "\"b\n\"\n", "a\n\"b\"\n", ""})
+        EXPECT_EQ(quoted(line), "(none)") << line;
 }
 
 TEST(FilesOfInterest, MarkerLines) {
@@ -61,32 +51,26 @@ TEST(FilesOfInterest, MarkerLines) {
     EXPECT_EQ(start_disable_block, std::vector<std::string>{"b"});
     EXPECT_EQ(end_disable_block, std::vector<std::string>{"e"});
     EXPECT_TRUE(Infeasible_markers_specified);
-    one_line_disable.clear();
-    start_disable_block.clear();
-    end_disable_block.clear();
+    for (auto* markers : {&one_line_disable, &start_disable_block, &end_disable_block})
+        markers->clear();
     Infeasible_markers_specified = false;
 }
 
-/// All words of up to three letters "a" and "b".
-static std::vector<std::string> words() {
-    std::vector<std::string> result{""};
-    for (std::size_t i = 0; result[i].size() < 3; ++i)
-        for (const char letter : {'a', 'b'})
-            result.push_back(result[i] + letter);
-    return result;
-}
-
 TEST(PatternSet, FindsWhatStrstrFinds) {
-    const std::vector<std::string> patterns = words();
+    std::vector<std::string> patterns{""}; // all words of up to three letters "a" and "b"
+    for (std::size_t i = 0; patterns[i].size() < 3; ++i)
+        for (const char letter : {'a', 'b'})
+            patterns.push_back(patterns[i] + letter);
     for (const std::string& first : patterns)
         for (const std::string& second : patterns)
-            for (const char* text : {"", "a", "ab", "ba", "abb", "bab", "aab", "aabaa", "bbbb", "abab"}) {
+            for (const std::string text :
+                 {"", "a", "ab", "ba", "abb", "bab", "aab", "aabaa", "bbbb", "abab"}) {
                 pattern_set set;
                 set.add(first, 1);
                 set.add(second, 2);
                 set.prepare();
-                const int expected = (std::string(text).find(first) != std::string::npos ? 1 : 0) |
-                                     (std::string(text).find(second) != std::string::npos ? 2 : 0);
-                ASSERT_EQ(set.match(text, 4), expected) << first << " " << second << " " << text;
+                ASSERT_EQ(set.match(text, 4),
+                          (text.find(first) != text.npos) + 2 * (text.find(second) != text.npos))
+                    << first << " " << second << " " << text;
             }
 }

@@ -6,34 +6,48 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <string>
-#include <vector>
+#include <sstream>
 
 /// Parses command lines, each from the state of a fresh process.
 class CommandLine : public testing::Test {
   protected:
     ~CommandLine() override { forget(); }
 
-    bool parse(std::vector<std::string> arguments) {
+    bool parse(const std::string& line) {
         forget();
-        arguments_ = std::move(arguments);
-        arguments_.insert(arguments_.begin(), "vexcov");
+        words_ = {"vexcov"};
+        std::istringstream input(line);
+        for (std::string word; input >> word;)
+            words_.push_back(word == "EMPTY" ? "" : word);
         std::vector<char*> argv;
-        for (std::string& argument : arguments_)
-            argv.push_back(argument.data());
+        for (std::string& word : words_)
+            argv.push_back(word.data());
         testing::internal::CaptureStderr();
         const bool result = bParseCommandLine(static_cast<int>(argv.size()), argv.data());
         messages_ = testing::internal::GetCapturedStderr();
         return result;
     }
 
-    std::string owner(std::vector<std::string> arguments) {
-        EXPECT_TRUE(parse(std::move(arguments)));
+    /// Files and switches that are not as they are by default.
+    std::string settings(const std::string& line) {
+        EXPECT_TRUE(parse(line));
+        std::string text = std::string(g_lpszSPIFileName) + " " + g_lpszDPIFileName;
+        text += g_lpszProjName ? " prj=" + std::string(g_lpszProjName) : "";
+        text += std::string(g_bXCOUNTS ? " counts" : "") + (g_bNoPartial ? " nopartial" : "");
+        text += std::string(html_output ? "" : " export") + (bProgressMeter ? "" : " nopmeter");
+        for (const auto* markers : {&one_line_disable, &start_disable_block, &end_disable_block})
+            for (const std::string& marker : *markers)
+                text += " " + marker;
+        return text;
+    }
+
+    std::string owner(const std::string& line) {
+        EXPECT_TRUE(parse(line));
         return std::string(g_lpszMailName) + " <" + g_lpszMailAddr + ">";
     }
 
-    std::string color(Color which, std::vector<std::string> arguments) {
-        EXPECT_TRUE(parse(std::move(arguments)));
+    std::string color(Color which, const std::string& line) {
+        EXPECT_TRUE(parse(line));
         return BGColor[which];
     }
 
@@ -51,78 +65,47 @@ class CommandLine : public testing::Test {
         std::copy(std::begin(colors), std::end(colors), BGColor);
     }
 
-    std::vector<std::string> arguments_;
+    std::vector<std::string> words_;
     std::string messages_;
 };
 
-TEST_F(CommandLine, Defaults) {
-    EXPECT_TRUE(parse({}));
-    EXPECT_STREQ(g_lpszSPIFileName, "pgopti.spi");
-    EXPECT_STREQ(g_lpszDPIFileName, "pgopti.dpi");
-    EXPECT_STREQ(g_lpszOutFileExt, "html");
-    EXPECT_EQ(g_lpszProjName, nullptr);
-    EXPECT_STREQ(BGColor[clrNotFeasible], "#ffffff");
-    EXPECT_TRUE(html_output);
-    EXPECT_TRUE(bProgressMeter);
-    EXPECT_EQ(owner({}), "Nobody <nobody>");
-}
-
-TEST_F(CommandLine, ValuesAreTakenWhateverTheyLookLike) {
-    EXPECT_TRUE(
-        parse({"-dpi", "-counts", "word", "-COUNTS", "-counts=1", "-dpifile", "-spi", "-h", "-prj", ""}));
-    EXPECT_STREQ(g_lpszDPIFileName, "-counts");
-    EXPECT_STREQ(g_lpszSPIFileName, "-h");
-    EXPECT_STREQ(g_lpszProjName, "");
-    EXPECT_FALSE(g_bXCOUNTS);
-    EXPECT_FALSE(parse({"-dpi", "a", "-h", "-comp"})) << "a help option ends the parsing";
-    EXPECT_FALSE(parse({"-maddr"}));
+TEST_F(CommandLine, Settings) {
+    EXPECT_EQ(settings(""), "pgopti.spi pgopti.dpi");
+    EXPECT_EQ(settings("-dpi -counts word -COUNTS -counts=1 -dpifile -spi -h -prj EMPTY"), "-h -counts prj=")
+        << "values are taken whatever they look like";
+    EXPECT_EQ(settings("-prj A -onelinedsbl 1 -prj B -onelinedsbl 2 -endblkdsbl 3"),
+              "pgopti.spi pgopti.dpi prj=B 1 2 3");
+    EXPECT_TRUE(Infeasible_markers_specified);
+    EXPECT_EQ(settings("-nopartial -counts -nopmeter -txtbcvrgfull a -xmlbcvrgfull b"),
+              "pgopti.spi pgopti.dpi counts nopartial nopmeter");
+    EXPECT_EQ(settings("-txtfcvrg a"), "pgopti.spi pgopti.dpi export");
+    EXPECT_EQ(settings("-xmlfcvrg a"), "pgopti.spi pgopti.dpi export");
+    EXPECT_FALSE(parse("-dpi a -h -comp")) << "a help option ends the parsing";
+    EXPECT_FALSE(parse("-maddr"));
     EXPECT_EQ(messages_, "") << "the caller prints the banner";
 }
 
-TEST_F(CommandLine, RepeatedOptions) {
-    EXPECT_TRUE(
-        parse({"-prj", "A", "-onelinedsbl", "1", "-prj", "B", "-onelinedsbl", "2", "-endblkdsbl", "3"}));
-    EXPECT_STREQ(g_lpszProjName, "B");
-    EXPECT_EQ(one_line_disable, (std::vector<std::string>{"1", "2"}));
-    EXPECT_EQ(end_disable_block, std::vector<std::string>{"3"});
-    EXPECT_TRUE(Infeasible_markers_specified);
-}
-
 TEST_F(CommandLine, OwnerNameAndAddress) {
-    EXPECT_EQ(owner({"-maddr", "a@b"}), "a@b <a@b>");
-    EXPECT_EQ(owner({"-mname", "X_Y"}), "X_Y <nobody>");
-    EXPECT_EQ(owner({"-mname", "X", "-maddr", "a@b"}), "X <a@b>");
-    EXPECT_EQ(owner({"-maddr", "a@b", "-mname", "X"}), "X <a@b>");
-    EXPECT_EQ(owner({"-maddr", "a@b", "-maddr", "c@d"}), "a@b <c@d>");
+    EXPECT_EQ(owner(""), "Nobody <nobody>");
+    EXPECT_EQ(owner("-maddr a@b"), "a@b <a@b>");
+    EXPECT_EQ(owner("-mname X_Y"), "X_Y <nobody>");
+    EXPECT_EQ(owner("-mname X -maddr a@b"), "X <a@b>");
+    EXPECT_EQ(owner("-maddr a@b -mname X"), "X <a@b>");
+    EXPECT_EQ(owner("-maddr a@b -maddr c@d"), "a@b <c@d>");
 }
 
 TEST_F(CommandLine, Colors) {
-    EXPECT_EQ(color(clrNotFeasible, {"-ucolor", "gray"}), "gray");
-    EXPECT_EQ(color(clrNotFeasible, {"-xcolor", "pink", "-ucolor", "gray"}), "pink");
-    EXPECT_EQ(color(clrNotFeasible, {"-ucolor", "gray", "-xcolor", "unset"}), "unset");
-    EXPECT_EQ(color(clrPartial, {"-nopartial", "-pcolor", "red"}), "#ffffff");
-    EXPECT_EQ(color(clrPartial, {"-pcolor", "red", "-nopartial", "-ccolor", "green"}), "green");
-    EXPECT_EQ(color(clrUncoveredBlock, {"-bcolor", "not a color"}), "not a color");
-    EXPECT_EQ(color(clrUncoveredFunc, {"-fcolor", "1"}), "1");
+    EXPECT_EQ(color(clrNotFeasible, ""), "#ffffff");
+    EXPECT_EQ(color(clrNotFeasible, "-ucolor gray"), "gray");
+    EXPECT_EQ(color(clrNotFeasible, "-xcolor pink -ucolor gray"), "pink");
+    EXPECT_EQ(color(clrNotFeasible, "-ucolor gray -xcolor unset"), "unset");
+    EXPECT_EQ(color(clrPartial, "-nopartial -pcolor red"), "#ffffff");
+    EXPECT_EQ(color(clrPartial, "-pcolor red -nopartial -ccolor green"), "green");
 }
 
 TEST_F(CommandLine, ReferenceOverrides) {
-    EXPECT_EQ(color(clrPartial, {"-ref", "old", "-counts", "-nopartial", "-pcolor", "red"}), "red");
-    EXPECT_FALSE(g_bXCOUNTS);
-    EXPECT_FALSE(g_bNoPartial);
-    EXPECT_EQ(messages_.find("WARNING: option -ref overrides option -nopartial.\n"
-                             "WARNING: option -ref overrides option -counts.\n"
-                             "Vexal(R)"),
-              0U);
-    EXPECT_TRUE(parse({"-counts", "-ref", "old"}));
-    EXPECT_EQ(messages_.find("WARNING: option -ref overrides option -counts.\nVexal(R)"), 0U);
-}
-
-TEST_F(CommandLine, Exports) {
-    EXPECT_TRUE(parse({"-txtbcvrgfull", "a", "-xmlbcvrgfull", "b"}));
-    EXPECT_TRUE(html_output);
-    EXPECT_TRUE(parse({"-txtfcvrg", "a"}));
-    EXPECT_FALSE(html_output);
-    EXPECT_TRUE(parse({"-xmlfcvrg", "a"}));
-    EXPECT_FALSE(html_output);
+    EXPECT_EQ(settings("-ref old -counts -nopartial"), "pgopti.spi pgopti.dpi");
+    EXPECT_TRUE(messages_.starts_with("WARNING: option -ref overrides option -nopartial.\n"
+                                      "WARNING: option -ref overrides option -counts.\nVexal(R)"));
+    EXPECT_EQ(color(clrPartial, "-counts -ref old -nopartial -pcolor red"), "red");
 }

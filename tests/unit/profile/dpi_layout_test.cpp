@@ -22,17 +22,17 @@ static std::string from_hex(const std::string& text) {
     return bytes;
 }
 
-static std::string file_of(const std::string& header, const std::string& record, const std::string& strings) {
-    std::string bytes = from_hex(header);
-    bytes.resize(528, '\0');
-    return bytes + record + from_hex(strings);
-}
-
 // runs 3, one record, word 99, text "one"
 static const char kHeader[] = "0B DC 00 00  03 00 00 00  01 00 00 00  63 00 00 00  6F 6E 65 00";
 
 // "g", "a.c", "f", "V"
 static const char kStrings[] = "67 00  61 2E 63 00  66 00  56 00";
+
+static std::string file_of(const std::string& record) {
+    std::string bytes = from_hex(kHeader);
+    bytes.resize(528, '\0');
+    return bytes + record + from_hex(kStrings);
+}
 
 static const char kText[] = R"(
 header runs 3 word 99 text one
@@ -84,8 +84,7 @@ static std::string wide_record() {
 /// Everything the reader says about the record, whatever its width.
 static void expect_fields(const std::string& bytes, float first_count, std::uint64_t strings_at) {
     const scratch_directory scratch;
-    const std::string name = (scratch.path() / "p.dpi").string();
-    write_file(name, bytes);
+    const std::string name = scratch.put("p.dpi", bytes);
     const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
     ASSERT_TRUE(file);
     EXPECT_EQ(file->num_runs, 3U);
@@ -113,40 +112,33 @@ static void expect_fields(const std::string& bytes, float first_count, std::uint
     EXPECT_EQ(DPI_block_position_get(record, 1).column, 4U);
 }
 
-TEST(DpiLayout, NarrowRecordByHand) {
-    const std::string bytes = file_of(kHeader, narrow_record(), kStrings);
-    EXPECT_EQ(compile_profile_text(text_of("32", "1.5")), bytes);
-    expect_fields(bytes, 1.5F, 0x2D4);
-}
-
-TEST(DpiLayout, WideRecordByHand) {
-    const std::string bytes = file_of(kHeader, wide_record(), kStrings);
-    EXPECT_EQ(compile_profile_text(text_of("64", "0x1000003")), bytes);
-    expect_fields(bytes, 16777220.0F, 0x300); // 2^24 + 3 has no exact single-precision value
+TEST(DpiLayout, RecordsByHand) {
+    const std::string narrow = file_of(narrow_record()), wide = file_of(wide_record());
+    EXPECT_EQ(compile_profile_text(text_of("32", "1.5")), narrow);
+    EXPECT_EQ(compile_profile_text(text_of("64", "0x1000003")), wide);
+    expect_fields(narrow, 1.5F, 0x2D4);
+    expect_fields(wide, 16777220.0F, 0x300); // 2^24 + 3 has no exact single-precision value
 }
 
 TEST(DpiLayout, MissingRecordsAndKeyOrder) {
     const scratch_directory scratch;
-    const std::string name = (scratch.path() / "p.dpi").string();
-    write_file(name, compile_profile_text("header runs 2\n"
-                                          "record 64\nfile B.c\nfunction x\nblocks 1\n"
-                                          "record 64\nfile a.c\nfunction f\nblocks 8 1\nentry 1\n"
-                                          "record 64\nfile a.c'f\nfunction h\nblocks 1\n"
-                                          "record 64\nfile a.c\nfunction g\nblocks 3\n"
-                                          "record 64\nfile \xe9.c\nfunction f\nblocks 7\n"));
+    const std::string name =
+        scratch.put("p.dpi", compile_profile_text("header runs 2\n"
+                                                  "record 64\nfile B.c\nfunction x\nblocks 1\n"
+                                                  "record 64\nfile a.c\nfunction f\nblocks 8 1\nentry 1\n"
+                                                  "record 64\nfile a.c'f\nfunction h\nblocks 1\n"
+                                                  "record 64\nfile a.c\nfunction g\nblocks 3\n"
+                                                  "record 64\nfile \xe9.c\nfunction f\nblocks 7\n"));
     const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
     ASSERT_TRUE(file);
     const auto found = [&](const char* source, const char* function) {
         return segment_ptr(PGOPTI_Get_Segment(file.get(), name.c_str(), source, function),
                            PGOPTI_Free_Segment) != nullptr;
     };
-    EXPECT_TRUE(found("B.c", "x"));
-    EXPECT_TRUE(found("a.c", "g"));
+    EXPECT_TRUE(found("B.c", "x") && found("a.c", "g"));
     EXPECT_TRUE(found("\xe9.c", "f")) << "bytes above 0x7f sort last";
     EXPECT_TRUE(found("a.c", "f'h")) << "the key text alone identifies a record";
-    EXPECT_FALSE(found("a.c", "h"));
-    EXPECT_FALSE(found("b.c", "x"));
-    EXPECT_FALSE(found("", ""));
+    EXPECT_FALSE(found("a.c", "h") || found("b.c", "x") || found("", ""));
     EXPECT_EQ(file->index[1].max_entry_count, 0.5F);
     EXPECT_EQ(file->max_entry_count, 3.5F);
 
@@ -163,11 +155,10 @@ TEST(DpiLayout, MissingRecordsAndKeyOrder) {
 
 TEST(DpiLayout, StringsOutsideTheFile) {
     const scratch_directory scratch;
-    const std::string name = (scratch.path() / "p.dpi").string();
     const std::string text = "header runs 1\nrecord 32\nfile a.c\nfunction end\nblocks 1\n";
     // The last string, "end", loses its NUL; the source-file name lies far behind the end.
-    std::string bytes = compile_profile_text(text + "set u32 r0+32 0xfffffff0\n");
-    write_file(name, bytes.substr(0, bytes.size() - 1));
+    const std::string bytes = compile_profile_text(text + "set u32 r0+32 0xfffffff0\n");
+    const std::string name = scratch.put("p.dpi", bytes.substr(0, bytes.size() - 1));
     const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
     ASSERT_TRUE(file);
     EXPECT_STREQ(file->index[0].file_name, "");

@@ -10,11 +10,9 @@
 /// The list made of a static profile with this text. Its records live on, as in a run.
 static COMP* list_of(const std::string& text, int* count = nullptr) {
     const scratch_directory scratch;
-    const std::string name = (scratch.path() / "p.spi").string();
-    write_file(name, text);
     moduleName.clear();
     static std::vector<COMP*>& lists = *new std::vector<COMP*>; // keeps them reachable to the end
-    lists.push_back(GetComponentList(name.c_str(), count));
+    lists.push_back(GetComponentList(scratch.put("p.spi", text).c_str(), count));
     return lists.back();
 }
 
