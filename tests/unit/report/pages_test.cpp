@@ -3,6 +3,8 @@
 #include "common/text_buffer.h"
 #include "coverage/coverage_list.h"
 #include "coverage/function_table.h"
+#include "driver/run_state.h"
+#include "markers/parser.h"
 #include "report/file_index.h"
 #include "report/function_lists.h"
 #include "report/images.h"
@@ -84,9 +86,12 @@ TEST_F(Pages, FunctionNamesAsHtml) {
 
 TEST_F(Pages, LinesBeyondSixDigits) {
     scratch_.put("a.c", std::string(1000001, '\n'));
+    parser no_markers("a.c", {}, {}, {});
+    pars = &no_markers;
     ASSERT_TRUE(g_cl->bSetName("a.c"));
     ASSERT_TRUE(bOutputLineCoverage("html"));
     g_cl->vPrepareForNewSrcFile();
+    pars = nullptr;
     const std::string page = read_file("CodeCoverage/A_C_SRC.HTML");
     EXPECT_NE(page.find("\n999998) <a name=\"l999998\""), std::string::npos);
     EXPECT_NE(page.find("\n999999) <a name=\"l999999\""), std::string::npos);
