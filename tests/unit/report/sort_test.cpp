@@ -82,17 +82,17 @@ TEST(FunctionSort, NotANumberIsHarmless) {
     const func number = {"f", 1, 1, 1, 100.0}, none = {"f", 1, 1, 1, kNan};
     EXPECT_EQ(compare2(&number, &none), 1);
     EXPECT_EQ(compare2(&none, &number), 1);
-    for (const int count : {31, 32, 1000}) {
-        std::vector<func> functions;
-        for (int i = 0; i < count; ++i)
-            functions.push_back({"f", i, 1, 1, i % 3 == 0 ? 1.0 * i : kNan});
+    for (const int count : {31, 32, 1000})
         for (const int order : {2, -2}) {
+            std::vector<func> functions;
+            std::vector<int> all(static_cast<std::size_t>(count));
+            std::iota(all.begin(), all.end(), 0);
+            for (const int i : all)
+                functions.push_back({"f", i, 1, 1, i % 3 == 0 ? 1.0 * i : kNan});
             std::vector<int> lines = lines_in_order(functions, order);
             std::sort(lines.begin(), lines.end());
-            for (int i = 0; i < count; ++i)
-                ASSERT_EQ(lines[static_cast<std::size_t>(i)], i) << "no function is lost";
+            EXPECT_EQ(lines, all) << "no function is lost";
         }
-    }
 }
 
 TEST(FunctionSort, OrdersWithoutKeyEndTheRun) {
@@ -119,25 +119,6 @@ TEST(FileSort, FiguresThenNames) {
     EXPECT_EQ(file_order(paths, figures, -2), (std::vector<int>{1, 0, 2, 3}));
     EXPECT_EQ(file_order(paths, figures, 3), (std::vector<int>{1, 2, 0, 3}));
     EXPECT_EQ(file_order(paths, figures, -3), (std::vector<int>{3, 0, 2, 1}));
-}
-
-TEST(FileSort, TiesOfTheTwoMethods) {
-    std::vector<int> unmoved(31);
-    std::iota(unmoved.begin(), unmoved.end(), 0);
-    EXPECT_EQ(file_order(std::vector<std::string>(31, "x.c"), {}, 1), unmoved);
-    EXPECT_EQ(file_order(std::vector<std::string>(32, "x.c"), {}, 1),
-              (std::vector<int>{21, 20, 22, 23, 17, 19, 18, 16, 29, 28, 30, 24, 25, 27, 26, 31,
-                                5,  4,  6,  7,  1,  3,  2,  15, 13, 12, 14, 8,  9,  11, 10, 0}));
-
-    std::vector<std::string> paths;
-    for (int i = 0; i < 32; ++i)
-        paths.push_back(std::to_string(i) + "/" + "cab"[i % 3]);
-    EXPECT_EQ(file_order(paths, {}, 1),
-              (std::vector<int>{25, 10, 28, 13, 31, 16, 22, 4,  19, 1, 7, 26, 17, 20, 23, 14,
-                                29, 2,  11, 5,  8,  27, 24, 30, 6,  9, 3, 15, 18, 12, 0,  21}));
-    EXPECT_EQ(file_order(paths, {}, -1),
-              (std::vector<int>{0,  18, 12, 9,  27, 21, 24, 30, 6,  3,  15, 26, 17, 5,  8,  20,
-                                14, 11, 29, 23, 2,  25, 31, 1,  28, 10, 22, 7,  19, 16, 13, 4}));
 }
 
 using entry = std::pair<int, int>; // key, and the place it had
