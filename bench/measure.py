@@ -5,17 +5,18 @@ import os
 import re
 import resource
 import shutil
+import statistics
 import subprocess
 import sys
 import tempfile
 import time
+import types
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUILD = os.path.join(ROOT, "build", "bench")
 VEXCOV = os.path.join(BUILD, "vexcov")
 IMPORT = os.path.join(BUILD, "vexcov-import")
 GENERATE = os.path.join(BUILD, "bench", "generate_tree")
-
 
 
 def work_folder():
@@ -100,6 +101,55 @@ def report(folder, *options):
         elif os.path.exists(path):
             os.remove(path)
     return Run([VEXCOV, "-nopmeter", *options], folder)
+
+
+class Task:
+    """A command that is measured several times. Its outputs are removed before each run; those that end with "/" are
+    made anew as empty folders."""
+
+    def __init__(self, title, command, folder, outputs, stdout=None):
+        self.title, self.command, self.folder, self.stdout = title, command, folder, stdout
+        self.outputs = outputs + ([stdout] if stdout else [])
+        self.runs, self.files, self.size = [], 0, 0
+
+    def run(self):
+        for output in self.outputs:
+            path = os.path.join(self.folder, output)
+            if os.path.isdir(path):
+                shutil.rmtree(path)
+            elif os.path.exists(path):
+                os.remove(path)
+            if output.endswith("/"):
+                os.mkdir(path)
+        with open(os.path.join(self.folder, self.stdout) if self.stdout else os.devnull, "wb") as stdout:
+            self.runs.append(Run(self.command, self.folder, stdout))
+        self.files, self.size = written([os.path.join(self.folder, output) for output in self.outputs])
+
+
+def written(paths):
+    """Number of files below the paths, and their bytes."""
+    files = []
+    for path in paths:
+        below = [os.path.join(folder, name) for folder, _, names in os.walk(path) for name in names]
+        files += below if os.path.isdir(path) else [path]
+    return len(files), sum(os.path.getsize(path) for path in files)
+
+
+def in_turn(tasks, rounds):
+    """Runs every task once a round, so that a slow moment of the machine meets all of them."""
+    for _ in range(rounds):
+        for task in tasks:
+            task.run()
+
+
+def median(*tasks):
+    """Medians over the rounds of elapsed and processor time and of memory. Of several tasks, the times of a round are
+    added up."""
+    rounds = list(zip(*(task.runs for task in tasks)))
+    return types.SimpleNamespace(
+        elapsed=statistics.median(sum(run.elapsed for run in runs) for runs in rounds),
+        processor=statistics.median(sum(run.processor for run in runs) for runs in rounds),
+        memory=statistics.median(max(run.memory for run in runs) for runs in rounds))
 
 
 def instructions(command, cwd):
