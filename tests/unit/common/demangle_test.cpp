@@ -76,6 +76,12 @@ TEST(DemangleBound, ManyReferencesWithoutGrowthPass) {
     args += "EEvDpOT_";
     for (const std::string& name :
          {params, args,
+          // Tables, thunks, arrays, abbreviations and expressions.
+          std::string("_ZTV1A"), std::string("_ZTv0_n12_N1A1fEv"), std::string("_ZTcv0_n8_h16_N1A1fEv"),
+          std::string("_ZGVZ1fvE1x"), std::string("_Z1fPA3_i"), std::string("_Z1fRA_i"),
+          std::string("_ZSt4sortISaIcEEvT_S1_"), std::string("_Z1fIiEDTnw_T_EES0_"),
+          std::string("_Z1fIJiiEEDTfrplT_EDpS0_"), std::string("_Z1fIiEDTplfp_fp_ET_"),
+          std::string("_Z1gIiEDTclfp_fp_EET_"), std::string("_Z1fU8__vectorPi"),
           // Closures in templates, with references to one parameter in three nested signatures.
           std::string("_ZN3fmt2v96detail15do_parse_arg_idIcRZNS1_11parse_widthIcRNS1_13specs_checkerINS1_"
                       "13specs_handlerIcEEEEEEPKT_SB_SB_OT0_E13width_adapterEESB_SB_SB_SD_"),
