@@ -245,16 +245,18 @@ static bool is_sequence_char(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z');
 }
 
-/// Whether pieces may be repeated for each element of a pack (Dp, sp, folds), or parameters be looked up in
-/// signatures nested in each other.
-static bool may_multiply(const char* at) {
-    const char next = at[1];
-    return (at[0] == 'D' && next == 'p') || (at[0] == 's' && next == 'p') ||
-           (at[0] == 'f' && next != '\0' && std::strchr("lrLR", next)) || at[0] == 'Z';
+/// Whether a back reference, such as S_ or T12_, stands here.
+static bool is_reference(const char* at) {
+    do
+        ++at;
+    while (is_sequence_char(*at));
+    return *at == '_';
 }
 
 /// Whether a name stays within the limit whatever its structure, because every reference at most doubles the
-/// text: back references copy earlier text, constructors the name of their class.
+/// text: back references copy earlier text, constructors the name of their class. Not so where pieces may be
+/// repeated for each element of a pack (Dp, sp, folds), or parameters be looked up in signatures nested in
+/// each other (Z).
 static bool is_surely_short(const char* name, std::size_t limit) {
     constexpr std::size_t kMostPerChar = 40; // "Sd" and the like before a constructor
     std::size_t size = std::strlen(name);
@@ -263,17 +265,33 @@ static bool is_surely_short(const char* name, std::size_t limit) {
     size *= kMostPerChar;
     bool has_params = false, has_multiples = false;
     for (const char* at = name + 2; *at != '\0'; ++at) {
-        bool doubles = (*at == 'C' || *at == 'D') && is_sequence_char(at[1]);
-        if (*at == 'S' || *at == 'T') {
-            const char* next = at + 1;
-            while (is_sequence_char(*next))
-                ++next;
-            doubles = *next == '_';
-            has_params = has_params || (doubles && *at == 'T');
+        const char next = at[1];
+        bool doubles = false;
+        switch (*at) {
+        case 'C':
+        case 'D':
+            doubles = is_sequence_char(next);
+            has_multiples = has_multiples || (*at == 'D' && next == 'p');
+            break;
+        case 'S':
+        case 'T':
+            doubles = is_reference(at);
+            has_params = has_params || (*at == 'T' && doubles);
+            break;
+        case 'Z':
+            has_multiples = true;
+            break;
+        case 'f':
+            has_multiples = has_multiples || next == 'l' || next == 'r' || next == 'L' || next == 'R';
+            break;
+        case 's':
+            if (next == 'r') // GCC 12's demangler may not return unless the name is valid
+                return false;
+            has_multiples = has_multiples || next == 'p';
+            break;
+        default:
+            break;
         }
-        has_multiples = has_multiples || may_multiply(at);
-        if (at[0] == 's' && at[1] == 'r') // GCC 12's demangler may not return unless the name is valid
-            return false;
         if (doubles && (size *= 2) > limit)
             return false;
     }

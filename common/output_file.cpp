@@ -8,7 +8,9 @@
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 17;
+/// Room for most pages. What text_buffer hands over is several times as large: the stream copies only as much
+/// of it as fills this buffer, and the rest goes to the file directly.
+constexpr std::size_t kBufferSize = std::size_t{1} << 15;
 
 /// A stream that is open, with what goes away when it is closed.
 struct open_file {

@@ -46,7 +46,7 @@ class text_buffer {
             static_cast<std::size_t>(std::to_chars(bytes_ + used_, bytes_ + kCapacity, value).ptr - bytes_);
     }
 
-    /// Appends a number in at least `width` characters, with leading blanks, as "%6u" would.
+    /// Appends a number in at least `width` characters (at most 24), with leading blanks, as "%6u" would.
     void put_padded(unsigned int value, std::size_t width);
 
     /// Appends a percentage with two decimals in at least six characters, as "%6.2f" would.
@@ -59,7 +59,7 @@ class text_buffer {
     void flush();
 
   private:
-    static constexpr std::size_t kCapacity = std::size_t{1} << 16;
+    static constexpr std::size_t kCapacity = std::size_t{1} << 17;
     static constexpr std::size_t kLongestNumber = 24;
 
     void put_large(std::string_view text);

@@ -14,10 +14,16 @@
 static coverage_list the_coverage_list;
 coverage_list* const g_cl = &the_coverage_list;
 
+constexpr std::size_t kFirstSlots = 1024; ///< of a position table; 4 KiB
+
 /// Newlines of `text`, and one more for a last line without.
 static std::size_t count_lines(std::string_view text) {
-    const std::size_t newlines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-    return newlines + (!text.empty() && text.back() != '\n' ? 1 : 0);
+    std::size_t lines = 0;
+    for (std::size_t at = 0; at < text.size(); ++lines) {
+        const std::size_t newline = text.find('\n', at);
+        at = newline == std::string_view::npos ? text.size() : newline + 1;
+    }
+    return lines;
 }
 
 file_list_node::file_list_node(const char* filename, int* pNotFound) {
@@ -25,7 +31,7 @@ file_list_node::file_list_node(const char* filename, int* pNotFound) {
         *pNotFound = 0;
     try {
         filename_ = filename;
-        slots_.assign(64, 0);
+        slots_.assign(kFirstSlots, 0);
     } catch (const std::bad_alloc&) { // infeasible: begin
         std::printf("Error - Not enough memory!! (file_list_node::file_list_node): %s\n", filename);
         pgt_Exit(1);
@@ -44,9 +50,13 @@ file_list_node::file_list_node(const char* filename, int* pNotFound) {
     std::printf("\nWarning - File %s not found!\n", filename);
 }
 
-/// Order of the positions in the source.
+/// A position as one number, in the order of the source.
+static std::uint64_t place_of(unsigned int line, unsigned int column) {
+    return std::uint64_t{line} << 32 | column;
+}
+
 static bool lies_before(const block_list_node& a, const block_list_node& b) {
-    return a.line != b.line ? a.line < b.line : a.column < b.column;
+    return place_of(a.line, a.column) < place_of(b.line, b.column);
 }
 
 /// Differs from run to run, so that no input can be made whose positions collide. The order in the table is
@@ -61,7 +71,7 @@ static const std::uint64_t hash_seed = random_seed();
 
 /// The slot that holds the position, or the free one where it belongs.
 std::size_t file_list_node::slot_of(unsigned int line, unsigned int column) const {
-    std::uint64_t hash = (std::uint64_t{line} << 32 | column) + hash_seed;
+    std::uint64_t hash = place_of(line, column) + hash_seed;
     hash = (hash ^ hash >> 30) * 0xBF58476D1CE4E5B9;
     hash = (hash ^ hash >> 27) * 0x94D049BB133111EB;
     hash ^= hash >> 31;
@@ -116,7 +126,8 @@ const block_list_node* file_list_node::find(unsigned int line, unsigned int colu
 
 const std::vector<block_list_node>& file_list_node::sorted_positions() {
     if (!sorted_) {
-        std::sort(nodes_.begin(), nodes_.end(), lies_before);
+        std::sort(nodes_.begin(), nodes_.end(),
+                  [](const block_list_node& a, const block_list_node& b) { return lies_before(a, b); });
         sorted_ = true;
     }
     return nodes_;

@@ -21,6 +21,8 @@ struct collected {
     record_store store;
     std::set<std::string> unwritable; ///< names that the static profile cannot hold
     std::uint64_t empty = 0;          ///< functions without a counted region
+    std::string path; ///< of the last function's source file: the next one is often there, too
+    std::string file; ///< its name in the profile
 };
 
 } // namespace
@@ -32,15 +34,18 @@ static void collect_function(const export_function& function, const std::string&
         return;
     }
     const std::string_view name = without_local_prefix(function.name);
-    const std::string file = names.name_in_profile(extracted->file);
+    if (all->path != extracted->file) {
+        all->path = extracted->file;
+        all->file = names.name_in_profile(all->path);
+    }
     const bool name_fits = can_be_written(name);
-    const bool file_fits = can_be_written(file);
+    const bool file_fits = can_be_written(all->file);
     if (!name_fits)
         all->unwritable.insert("function \"" + printable(name) + "\"");
     if (!file_fits)
-        all->unwritable.insert("source file \"" + printable(file) + "\"");
+        all->unwritable.insert("source file \"" + printable(all->file) + "\"");
     if (name_fits && file_fits)
-        all->store.add(file, name, *extracted);
+        all->store.add(all->file, name, *extracted);
 }
 
 static void read_input(std::FILE* stream, const std::string& input, const source_names& names,

@@ -29,8 +29,10 @@ constexpr std::uint32_t kBlockSize = 16; ///< bytes of a block: its counter, its
 // ---- dynamic profile ----
 
 static void put_word(text_buffer& out, std::uint64_t value, std::uint32_t width) {
-    for (std::uint32_t i = 0; i < width; ++i)
-        out.put(static_cast<char>((value >> (8 * i)) & 0xff));
+    char bytes[8];
+    for (std::uint32_t i = 0; i < sizeof bytes; ++i)
+        bytes[i] = static_cast<char>((value >> (8 * i)) & 0xff);
+    out.put(std::string_view(bytes, width));
 }
 
 /// Bytes of the body before the positions, without the counters: routine name and entry-counter index,

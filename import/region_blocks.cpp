@@ -22,6 +22,7 @@ struct layout {
 
 static layout by_kind(const std::vector<source_region>& regions) {
     layout result;
+    result.code.reserve(regions.size());
     for (const source_region& region : regions) {
         switch (region.kind()) {
         case region_kind::code:
@@ -181,6 +182,7 @@ std::vector<profile_block> build_blocks(const std::vector<source_region>& region
     const layout function = by_kind(regions);
     const source_extent extent = function_extent(regions);
     std::vector<source_position> positions;
+    positions.reserve(2 * function.code.size()); // each region may lead to a join
     for (const source_region& region : function.code)
         positions.push_back(region.start);
     add_joins(function, find_continuations(function.code, nested), source, &positions);

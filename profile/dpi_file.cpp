@@ -9,6 +9,8 @@
 #include <cstring>
 #include <set>
 
+constexpr std::size_t kLongName = 4096; ///< bytes of a name from which on it is not compared needlessly
+
 DPI_FILE::DPI_FILE() = default;
 DPI_FILE::~DPI_FILE() {
     checked_fclose(stream);
@@ -49,8 +51,6 @@ struct shorter_first {
     }
 };
 using long_names = std::set<std::string_view, shorter_first>;
-
-constexpr std::size_t kLongName = 4096; ///< names of that length are worth being known by their address
 
 } // namespace
 
@@ -112,6 +112,18 @@ static void read_record(DPI_FILE* file, const char* fileName, std::uint64_t posi
         fail_format(fileName);
 }
 
+/// True when the keys ascend, as they do in a sound profile: then no two are equal.
+static bool has_ascending_keys(const std::vector<DPI_INDEX_ENTRY>& index) {
+    const auto is_not_before = [](const DPI_INDEX_ENTRY& a, const DPI_INDEX_ENTRY& b) {
+        // Names may overlap in the file: to compare long ones could take out of proportion to its size.
+        if (std::max(a.file_name_length, a.func_name_length) >= kLongName)
+            return true;
+        return pgopti_Name_Compare({a.file_name, a.file_name_length}, {a.key_func_name, a.func_name_length},
+                                   b) >= 0;
+    };
+    return std::adjacent_find(index.begin(), index.end(), is_not_before) == index.end();
+}
+
 /// Checks record after record and fills the index.
 static void build_index(DPI_FILE* file, const char* fileName) {
     std::vector<name_reference> references;
@@ -133,6 +145,7 @@ static void build_index(DPI_FILE* file, const char* fileName) {
         position += entry.size;
     }
     load_names(file, fileName, references);
+    file->is_ascending = has_ascending_keys(file->index);
 }
 
 DPI_FILE* PGOPTI_Open_Dpi_File(const char* fileName) {
@@ -244,9 +257,25 @@ const DPI_INDEX_ENTRY* pgopti_Get_Pgopti_Name(const DPI_FILE* file, std::string_
     return nullptr;
 }
 
+/// The index entry of a routine, or null. Routines are mostly asked for in the order of their records: the
+/// entry behind the one found last is tried first. Not where keys may be equal, as the search decides between
+/// them.
+static const DPI_INDEX_ENTRY* find_entry(DPI_FILE* file, std::string_view sourceFile,
+                                         std::string_view function) {
+    const DPI_INDEX_ENTRY* entry = nullptr;
+    if (file->is_ascending && file->expected < file->index.size() &&
+        pgopti_Name_Compare(sourceFile, function, file->index[file->expected]) == 0)
+        entry = &file->index[file->expected];
+    else
+        entry = pgopti_Get_Pgopti_Name(file, sourceFile, function);
+    if (entry)
+        file->expected = static_cast<std::size_t>(entry - file->index.data()) + 1;
+    return entry;
+}
+
 DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, std::string_view sourceFile,
                                 std::string_view function) {
-    const DPI_INDEX_ENTRY* entry = pgopti_Get_Pgopti_Name(file, sourceFile, function);
+    const DPI_INDEX_ENTRY* entry = find_entry(file, sourceFile, function);
     if (!entry)
         return nullptr;
     auto segment = std::make_unique<DPI_SEGMENT>();

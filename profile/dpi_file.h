@@ -41,6 +41,8 @@ struct DPI_FILE {
     std::uint32_t header_word = 0;              ///< carried, not interpreted
     float max_entry_count = 0.0F;               ///< the largest entry count per run of any routine
     std::vector<DPI_INDEX_ENTRY> index;         ///< in file order
+    bool is_ascending = false;                  ///< the keys of the index, each greater than the one before
+    std::size_t expected = 0;                   ///< place in the index behind the entry found last
     std::vector<unsigned char> header_text;     ///< 512 bytes, carried
     std::unique_ptr<DPI_READER> reader;         ///< cached access to the stream
     std::vector<std::unique_ptr<char[]>> names; ///< the text that the index points into

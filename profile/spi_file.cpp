@@ -1,5 +1,6 @@
 #include "profile/spi_file.h"
 
+#include <algorithm>
 #include <cstdio>
 
 int SPI_STREAM::peek() {
@@ -37,9 +38,13 @@ static void skip_blanks(SPI_STREAM& stream) {
 static bool read_string(SPI_STREAM& stream, std::string& text) {
     text.clear();
     skip_blanks(stream);
-    for (int c = stream.peek(); c != EOF && !is_blank(c); c = stream.peek()) {
-        text += static_cast<char>(c);
-        stream.advance();
+    while (stream.peek() != EOF) {
+        const std::string_view rest = stream.at_hand();
+        const auto end = std::find_if(rest.begin(), rest.end(), is_blank);
+        text.append(rest.begin(), end);
+        stream.advance(static_cast<std::size_t>(end - rest.begin()));
+        if (end != rest.end())
+            break;
     }
     return !text.empty();
 }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 /// One record. The strings belong to the reader and are reused for the next record.
 struct SPI_RECORD {
@@ -30,6 +31,10 @@ class SPI_STREAM {
     int peek();
     /// Takes the character that peek() showed.
     void advance() { ++position_; }
+    /// The characters that can be taken without reading on; the first is the one that peek() showed.
+    std::string_view at_hand() const { return std::string_view(buffer_).substr(position_); }
+    /// Takes `count` of the characters at hand.
+    void advance(std::size_t count) { position_ += count; }
     /// Starts to remember what is taken; until go_back or forget.
     void mark() { mark_ = position_; }
     /// Gives back what was taken since mark().

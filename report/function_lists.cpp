@@ -31,19 +31,20 @@ static const int ref[7][3] = {
 
 /// Logical name of a list page.
 static std::string list_name(const char* module, bool covered, int number) {
-    return std::string(module) + (covered ? "_CvrdFncs_" : "_UncvrdFncs_") + std::to_string(number);
+    std::string name = module;
+    name.append(covered ? "_CvrdFncs_" : "_UncvrdFncs_").append(std::to_string(number));
+    return name;
 }
 
 void printHTML(text_buffer& page, const char* name) {
     if (!name)
         return;
     for (;;) {
-        const std::size_t plain = std::strcspn(name, "@");
-        page.put_escaped(std::string_view(name, plain));
-        name += plain;
-        if (*name == '\0')
-            return;
-        ++name;
+        const char* at = std::strchr(name, '@');
+        if (!at)
+            return page.put_escaped(name);
+        page.put_escaped(std::string_view(name, static_cast<std::size_t>(at - name)));
+        name = at + 1;
         if (name[std::strspn(name, "0123456789")] == '\0')
             return;
     }
@@ -59,8 +60,8 @@ static void write_list_head(std::FILE* stream, bool covered, const char* module)
         std::fprintf(stream, "<title>Covered Functions of %s</title>\n", module);
     else
         std::fprintf(stream, "<title>Uncovered Functions of %s</title>\n", module);
-    std::fprintf(stream, R"(<base target="%s">)" "\n", "src_view");
-    std::fputs("</head>\n"
+    std::fputs(R"(<base target="src_view">)" "\n"
+               "</head>\n"
                R"(<body bgcolor="FFFFFF">)" "\n", stream);
     if (covered)
         std::fputs(R"(<h5 ALIGN="left">covered functions</h5>)" "\n", stream);
@@ -76,26 +77,26 @@ static void write_list_head(std::FILE* stream, bool covered, const char* module)
 static void write_list_titles(std::FILE* stream, bool covered, int order, const char* module,
                               const char* ext) {
     const int* links = ref[page_number(order)];
-    const std::string byFunction = list_name(module, covered, links[COLUMN_FUNCTION]);
-    const std::string byCoverage = list_name(module, covered, links[COLUMN_COVERAGE]);
-    const std::string byBlocks = list_name(module, covered, links[COLUMN_BLOCKS]);
+    const auto link = [&](list_column column) {
+        return getHTMLname(list_name(module, covered, links[column]).c_str(), ext);
+    };
     // Deliberate: differential mode says "miss rate" on the covered list too; its figures are
     // differences there.
     if (compWithRef)
         std::fprintf(stream, R"(<TH ALIGN="left" COLSPAN="2">)"
-                     R"(<a target="%s" title="sort based on miss rate" href="%s">miss rate</a></TH>)" "\n",
-                     "_self", getHTMLname(byCoverage.c_str(), ext));
+                     R"(<a target="_self" title="sort based on miss rate" href="%s">miss rate</a></TH>)" "\n",
+                     link(COLUMN_COVERAGE));
     else if (covered)
         std::fprintf(stream, R"(<TH ALIGN="left" COLSPAN="2">)"
-                     R"(<a target="%s" title="sort based on coverage" href="%s">coverage</a></TH>)" "\n",
-                     "_self", getHTMLname(byCoverage.c_str(), ext));
+                     R"(<a target="_self" title="sort based on coverage" href="%s">coverage</a></TH>)" "\n",
+                     link(COLUMN_COVERAGE));
     else
         std::fprintf(stream, R"(<TH ALIGN="center">)"
-                     R"(<a target="%s" title="sort based on blocks" href="%s">blocks</a></TH>)" "\n",
-                     "_self", getHTMLname(byBlocks.c_str(), ext));
+                     R"(<a target="_self" title="sort based on blocks" href="%s">blocks</a></TH>)" "\n",
+                     link(COLUMN_BLOCKS));
     std::fprintf(stream, R"(<TH ALIGN="left">)"
                  R"(<a target="_self" title="sort based on function name" href="%s">function</a></TH>)" "\n",
-                 getHTMLname(byFunction.c_str(), ext));
+                 link(COLUMN_FUNCTION));
     std::fputs("</thead>\n", stream);
 }
 

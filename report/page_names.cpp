@@ -48,9 +48,8 @@ static char* buffer_for(std::size_t size) {
 void hyphenize(char* s) {
     if (!s)
         return;
-    for (; *s; ++s)
-        if (*s == '\\' || *s == '/' || *s == ':')
-            *s = '_';
+    while ((s = std::strpbrk(s, "\\/:")))
+        *s++ = '_';
 }
 
 void capitalize(char* s) {
@@ -62,13 +61,7 @@ void capitalize(char* s) {
 }
 
 char* revPos(char* s, char c) {
-    if (!s || !*s)
-        return nullptr;
-    char* last = nullptr;
-    for (; *s; ++s)
-        if (*s == c)
-            last = s;
-    return last;
+    return s && *s ? std::strrchr(s, c) : nullptr;
 }
 
 /// Rewrites the page name at `text` in place and appends "." and `ext`, all in upper case. Names that differ
@@ -113,8 +106,11 @@ const char* genDirHTMLname(const char* name, const char* ext, const char* separa
         return nullptr;
     const std::size_t size = std::strlen(name) + std::strlen(ext) + std::strlen(separator) + 14;
     char* buffer = buffer_for(size);
-    std::snprintf(buffer, size, "%s%s%s", REPORT_DIR, separator, name);
-    transform(buffer + std::strlen(REPORT_DIR) + std::strlen(separator), ext);
+    std::strcpy(buffer, REPORT_DIR);
+    std::strcat(buffer, separator);
+    char* const page = buffer + std::strlen(buffer);
+    std::strcpy(page, name);
+    transform(page, ext);
     return buffer;
 }
 
