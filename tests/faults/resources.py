@@ -170,6 +170,10 @@ def kill(quick):
                 for name in os.listdir(box.cwd):
                     if name.endswith((".tmp", "~")):
                         os.unlink(os.path.join(box.cwd, name))
+            else:  # what is left of each page is written anew, even where only its beginning has reached the disk
+                for name, data in fault_run.files_below(box.root):
+                    if name not in box.inputs:
+                        fault_run.write(os.path.join(box.root, name), data[: len(data) // 2])
             outcome = fault_run.run(box.command(), box.cwd)
             yield f"{box.scenario.name}, rerun after kill {i}", outcome, problem or box.judge(outcome, 0)
 
