@@ -1,36 +1,72 @@
-// Input: a coverage export of clang. What the importer makes of it must be a pair of profiles that the
-// readers accept and that agree with each other.
+// Input: a coverage export of clang, a byte 1, the text of its source files, a byte 1, and the options of the
+// command line, a byte each. What the importer makes of it must be a pair of profiles that the readers accept
+// and that agree with each other, and it must make the same of it again when it finds them.
 #include "fuzz/harness.h"
-#include "import/import_run.h"
 #include "profile/dpi_file.h"
 #include "profile/dpi_record.h"
 #include "profile/module_list.h"
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
-#include <string>
 #include <unordered_map>
 
-/// The sources of the examples that the corpus starts from: one position in them may matter.
-static void write_sources() {
-    static const char source[] = "#include \"features.h\"\n"
-                                 "int main(int argc, char** argv) {\n"
-                                 "    if (argc > 1) /* none */ { return 1; }\n"
-                                 "    for (int i = 0; i < argc; ++i)\n"
-                                 "        call([&] { return argv[i]; });\n"
-                                 "\n"
-                                 "#if 0\n"
-                                 "    // skipped )\n"
-                                 "#endif\n"
-                                 "    return argc ? f(')', \"}\") : 2; }\n";
-    for (const char* name : {"flow.cpp", "features.cpp", "features.h"})
-        write_scratch(name, std::string(source) + source + source + source + source);
+// The importer's main goes by another name here.
+int import_main(int argc, char** argv);
+#define main import_main
+#include "import/main.cpp"
+#undef main
+
+/// The input up to the next byte 1, which is taken away with it.
+static std::string_view next_part(std::string_view* input) {
+    const std::string_view part = input->substr(0, input->find('\1'));
+    input->remove_prefix(std::min(input->size(), part.size() + 1));
+    return part;
 }
 
-static void check_pair(std::uint32_t runs) {
+static std::vector<std::string> arguments(std::string_view choices, bool below_root) {
+    std::vector<std::string> result = {"vexcov-import", "clang", "-spi", "s", "-dpi", "d", "-runs", "3"};
+    if (below_root)
+        result.insert(result.end(), {"-root", scratch_directory()});
+    byte_script script(reinterpret_cast<const std::uint8_t*>(choices.data()), choices.size());
+    while (!script.empty())
+        result.emplace_back(
+            script.one_of("j - none . -root .. -runs 0 7 -spi d -help -version -unknown clang src"));
+    result.emplace_back("j");
+    result.emplace_back("j");
+    return result;
+}
+
+static outcome run_importer(std::vector<std::string> arguments) {
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    std::FILE* const real_input = stdin;
+    std::FILE* const input = std::fopen((scratch_directory() + "j").c_str(), "r");
+    stdin = input;
+    outcome end = run_product([&] { import_main(static_cast<int>(argv.size()) - 1, argv.data()); });
+    stdin = real_input;
+    std::fclose(input);
+    return end;
+}
+
+static void check_record(const DPI_SEGMENT& segment, const COMP& routine) {
+    const unsigned char* record = segment.record.data();
+    const std::uint32_t blocks = DPI_block_count_get(record);
+    require(static_cast<std::uint32_t>(routine.blockCount) == blocks && blocks >= 2,
+            "both profiles have the same number of blocks");
+    DPI_POSITION last = {1, 1};
+    for (std::uint32_t i = 0; i < blocks; ++i) {
+        const DPI_POSITION at = DPI_block_position_get(record, i);
+        require(at.line > last.line || (at.line == last.line && at.column >= last.column),
+                "positions count from 1 and are in order");
+        last = at;
+    }
+}
+
+static void check_pair() {
     const std::unique_ptr<DPI_FILE> dpi(PGOPTI_Open_Dpi_File("d"));
-    require(dpi != nullptr, "the dynamic profile can be opened");
-    require(dpi->num_runs == runs, "the number of runs");
+    require(dpi != nullptr && dpi->num_runs != 0, "the dynamic profile can be opened");
     int count = 0;
     std::unordered_map<std::string, const COMP*> routines;
     for (const COMP* comp = GetComponentList("s", &count); comp; comp = comp->next)
@@ -41,40 +77,31 @@ static void check_pair(std::uint32_t runs) {
         require(routine != routines.end(), "a called routine is in the static profile");
         DPI_SEGMENT* segment = PGOPTI_Get_Segment(dpi.get(), "d", entry.file_name, entry.key_func_name);
         require(segment != nullptr, "a record is found by its name");
-        const unsigned char* record = segment->record.data();
-        const std::uint32_t blocks = DPI_block_count_get(record);
-        require(static_cast<std::uint32_t>(routine->second->blockCount) == blocks && blocks >= 2,
-                "both profiles have the same number of blocks");
-        DPI_POSITION last = {0, 0};
-        for (std::uint32_t i = 0; i < blocks; ++i) {
-            const DPI_POSITION at = DPI_block_position_get(record, i);
-            require(at.line != 0 && at.column != 0, "positions count from 1");
-            require(at.line > last.line || (at.line == last.line && at.column >= last.column),
-                    "blocks are in order");
-            last = at;
-        }
+        check_record(*segment, *routine->second);
         PGOPTI_Free_Segment(segment);
     }
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool sources_written = (write_sources(), true);
-    require(sources_written, "sources");
-    write_scratch("i.json", {reinterpret_cast<const char*>(data), size});
-    import_options options;
-    options.spi_file = "s";
-    options.dpi_file = "d";
-    options.inputs = {"i.json", "i.json"};
-    if (size % 2 != 0)
-        options.root = scratch_directory();
-    options.runs = static_cast<std::uint32_t>(size) | 1;
-    bool written = false;
-    const outcome end = run_product([&] {
-        run_import(options);
-        written = true;
-        check_pair(options.runs);
-    });
-    require(written || end.errors.starts_with("ERROR: "), "a refused export leaves an error");
-    require(!written || !end.ended, "the readers accept what was written");
+    std::string_view input(reinterpret_cast<const char*>(data), size);
+    clear_scratch();
+    write_scratch("j", next_part(&input));
+    const std::string_view source = next_part(&input);
+    for (const char* name : {"flow.cpp", "features.cpp", "features.h", "src/a.c"})
+        write_scratch(name, source);
+    const std::vector<std::string> command = arguments(input, size % 2 != 0);
+    const outcome end = run_importer(command);
+    const std::string dynamic_profile = read_scratch("d");
+    const std::string static_profile = read_scratch("s");
+    require(end.ended && (end.status == 0 || end.errors.find("ERROR: ") != std::string::npos),
+            "a refused export leaves an error");
+    require((end.status == 0 && end.output.empty()) == !dynamic_profile.empty(),
+            "a profile appears when all is well, and only then");
+    if (dynamic_profile.empty() || static_profile.empty())
+        return 0;
+    require(!run_product(check_pair).ended, "the readers accept what was written");
+    require(run_importer(command).status == 0 && read_scratch("d") == dynamic_profile &&
+                read_scratch("s") == static_profile,
+            "the same again in the place of the profiles");
     return 0;
 }

@@ -7,6 +7,7 @@
 #include "profile/module_list.h"
 
 #include <algorithm>
+#include <cstring>
 #include <set>
 
 namespace {
@@ -97,38 +98,25 @@ void plain_markers::scan() {
         if (c == '\n' && state == line_comment) {
             pending = register_comment() || pending;
             state = code;
-        } else if (c == '/' && n == '/' && state == code) {
+        } else if (c == '/' && (n == '/' || n == '*') && state == code) {
             open_.line = line;
-            state = line_comment;
-            pending = false;
+            state = n == '/' ? line_comment : block_comment;
         } else if (c == '*' && n == '/' && state == block_comment) {
             if (open_.text.size() > 2) {
                 pending = register_comment() || pending;
                 state = code;
             }
-        } else if (c == '/' && n == '*' && state == code) {
-            open_.line = line;
-            state = block_comment;
-            pending = false;
         } else if (c == '\'' && (state == character || state == code)) {
             state = state == code ? character : code;
-            pending = false;
         } else if (c == '"' && (state == string || state == code)) {
             state = state == code ? string : code;
-            pending = false;
         }
         line += c == '\n' ? 1 : 0;
-        if (c == '{' && pending) {
+        if (c == '{' && pending)
             brace(line);
-            pending = false;
-        }
-        const bool passed_over = c == '\n' || c == '\t' || c == ' ' || c == '*' || c == '/' || state != code;
-        if (!passed_over)
-            pending = false;
-        else if (state == line_comment || state == block_comment) {
+        if (state == line_comment || state == block_comment)
             open_.text += c;
-            pending = false;
-        }
+        pending = pending && state == code && std::strchr("\n\t */", c);
     }
     expand(line);
 }

@@ -22,8 +22,10 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <unistd.h>
 #include <unordered_set>
 
@@ -253,23 +255,16 @@ void write_scratch(const std::string& name, std::string_view bytes) {
     const std::size_t slash = name.rfind('/');
     if (slash != std::string::npos)
         fs::create_directories(scratch_directory() + name.substr(0, slash));
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-    close(descriptor);
-    require(written == static_cast<ssize_t>(bytes.size()), "a scratch file can be written");
+    std::ofstream stream(path, std::ios::binary);
+    stream << bytes;
+    stream.close();
+    require(stream.good(), "a scratch file can be written");
 }
 
 std::string read_scratch(const std::string& name) {
-    std::string bytes;
-    const int descriptor = open((scratch_directory() + name).c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor == -1)
-        return bytes;
-    char piece[65536];
-    for (ssize_t count = read(descriptor, piece, sizeof piece); count > 0;
-         count = read(descriptor, piece, sizeof piece))
-        bytes.append(piece, static_cast<std::size_t>(count));
-    close(descriptor);
-    return bytes;
+    std::ostringstream bytes;
+    bytes << std::ifstream(scratch_directory() + name, std::ios::binary).rdbuf();
+    return bytes.str();
 }
 
 std::string escaped(std::string_view text) {
@@ -279,11 +274,27 @@ std::string escaped(std::string_view text) {
     return result;
 }
 
+std::vector<std::string_view> split(std::string_view words, char separator) {
+    std::vector<std::string_view> result;
+    for (std::size_t end = words.find(separator); end != std::string_view::npos;
+         end = words.find(separator)) {
+        result.push_back(words.substr(0, end));
+        words.remove_prefix(end + 1);
+    }
+    result.push_back(words);
+    return result;
+}
+
 // ---- decisions ----
 
 unsigned int byte_script::byte() {
     const std::string_view taken = take(1);
     return taken.empty() ? 0 : static_cast<unsigned char>(taken[0]);
+}
+
+std::string_view byte_script::one_of(std::string_view words, char separator) {
+    const std::vector<std::string_view> choices = split(words, separator);
+    return choices[below(static_cast<unsigned int>(choices.size()))];
 }
 
 std::uint32_t byte_script::number() {

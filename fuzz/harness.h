@@ -11,6 +11,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -40,6 +41,9 @@ void clear_scratch();
 void write_scratch(const std::string& name, std::string_view bytes);
 std::string read_scratch(const std::string& name);
 
+/// The words between the separators.
+std::vector<std::string_view> split(std::string_view words, char separator = ' ');
+
 /// Text with '<' and '>' as the pages show them.
 std::string escaped(std::string_view text);
 
@@ -53,6 +57,8 @@ class byte_script {
     unsigned int below(unsigned int limit) { return limit < 2 ? 0 : byte() % limit; }
     unsigned int byte();
     bool flag() { return (byte() & 1) != 0; }
+    /// One of the words between the separators.
+    std::string_view one_of(std::string_view words, char separator = ' ');
     /// A 32-bit number: mostly small, now and then one that is a limit of something.
     std::uint32_t number();
     std::string_view take(std::size_t count);

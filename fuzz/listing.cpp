@@ -2,12 +2,14 @@
 // listing made of them is taken apart again.
 #include "report/listing.h"
 
+#include "coverage/block_marking.h"
 #include "coverage/coverage_list.h"
 #include "driver/run_config.h"
 #include "driver/run_state.h"
 #include "fuzz/harness.h"
 #include "fuzz/page_check.h"
 #include "markers/parser.h"
+#include "profile/module_list.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -132,6 +134,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     newlines += !source.empty() && source.back() != '\n' ? 1 : 0;
     write_scratch("s.c", source);
     bool written = false;
+    COMP routine = {};
+    routine.fileName = "s.c";
     plain_positions plain = {static_cast<std::uint32_t>(newlines + 1), {}};
     const outcome end = run_product([&] {
         set_options(choice);
@@ -144,8 +148,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         check_positions(plain);
         written = bOutputLineCoverage("html");
         check_positions(plain);
+        require(g_cl->bAddFilename("s.c"), "a file that the list has already");
+        if (choice == 255)
+            file_list_node("absent", nullptr);
+        if (choice == 254)
+            markBlocks(&routine);
     });
-    require(written && !end.ended, "a listing is written");
+    require(written && end.ended == (choice >= 254), "a listing is written; what no run does has a message");
     const std::string page = read_scratch("CodeCoverage/S_C_SRC.HTML");
     require(page.size() <= size_bound(source, plain), "the size of a listing is bounded");
     const std::size_t count_lines = check_listing(page, source);

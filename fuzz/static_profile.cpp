@@ -47,17 +47,14 @@ static plain_profile read_plainly(const std::string& path) {
     plain_profile profile;
     std::FILE* file = std::fopen(path.c_str(), "r");
     int c = 0;
-    do {
-        if (!read_plain_record(file, &profile)) {
-            profile.corrupt = true;
-            break;
+    while (c != EOF && !profile.corrupt) {
+        profile.corrupt = !file || !read_plain_record(file, &profile);
+        while (!profile.corrupt && (c = std::fgetc(file), c != EOF && c != '\n')) {
         }
-        while (c = std::fgetc(file), c != EOF && c != '\n') {
-        }
-        c = std::fgetc(file);
-        std::ungetc(c, file);
-    } while (c != EOF);
-    std::fclose(file);
+        c = profile.corrupt ? EOF : std::ungetc(std::fgetc(file), file);
+    }
+    if (file)
+        std::fclose(file);
     return profile;
 }
 
@@ -132,11 +129,12 @@ static void check_list(COMP* head, int count, const plain_profile* plain) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     write_scratch("s", text);
+    const std::string name = size == 0 ? "absent" : "s";
     const bool comparable = numbers_are_small(text);
-    const plain_profile plain = read_plainly(scratch_directory() + "s");
+    const plain_profile plain = read_plainly(scratch_directory() + name);
     const outcome end = run_product([&] {
         int count = -1;
-        COMP* head = GetComponentList("s", &count);
+        COMP* head = GetComponentList(name.c_str(), &count);
         check_list(head, count, comparable ? &plain : nullptr);
     });
     require(!comparable || end.ended == plain.corrupt, "a profile is refused exactly when it is corrupt");

@@ -20,38 +20,35 @@ int vexcov_main(int argc, char** argv);
 
 namespace fs = std::filesystem;
 
-static const char* const file_names[] = {"a.c",     "A_c",    "dir/a.c", "b.cpp",
-                                         "dir/b.c", "it's.c", "no_ext",  "<&>.c"};
+using namespace std::string_view_literals;
 
-static const char* const routine_names[] = {
-    "f",         "g",     "main",  "_Z1fv", "_Z1fi",     "_ZN1a1bEi", "_ZNK1a1bIcEEv",
-    "___sti__x", "__$Uy", "at@12", "f@3x",  "_ZN1aC1Ev", "_ZN1aC2Ev", "_under",
-    "?",         "_Z"};
+static constexpr std::string_view file_names = "a.c A_c dir/a.c b.cpp dir/b.c it's.c no_ext <&>.c";
 
-static const std::string_view source_pieces[] = {"// OFF\n",
-                                                 "/* OFF */",
-                                                 "// BEGIN\n",
-                                                 "// END\n",
-                                                 "{",
-                                                 "}\n",
-                                                 "int f() {\n",
-                                                 "\n",
-                                                 "    ",
-                                                 "\t",
-                                                 "x = 1;",
-                                                 "if (a) b; else c;\n",
-                                                 "\"text\"",
-                                                 "'",
-                                                 "\"",
-                                                 "\\",
-                                                 "<&>",
-                                                 "\r\n",
-                                                 std::string_view("\0", 1),
-                                                 "return;\n",
-                                                 "/*",
-                                                 "*/",
-                                                 "//",
-                                                 "^ "};
+static constexpr std::string_view routine_names =
+    "f g main _Z1fv _Z1fi _ZN1a1bEi _ZNK1a1bIcEEv ___sti__x __$Uy at@12 f@3x _ZN1aC1Ev _ZN1aC2Ev _under ? _Z";
+
+/// Between bars.
+static constexpr std::string_view source_pieces =
+    "// OFF\n|/* OFF */|// BEGIN\n|// END\n|{|}\n|int f() {\n|\n|    |\t|x = 1;|if (a) b; else c;\n|"
+    "\"text\"|'|\"|\\|<&>|\r\n|\0|return;\n|/*|*/|//|^ "sv;
+
+/// Options between bars. In the first two lists each has a bit; of the last, with 16, one is taken.
+static constexpr std::string_view usual_options =
+    "-counts|-nopartial|-ref ref.dpi|-onelinedsbl OFF|-beginblkdsbl BEGIN -endblkdsbl END|"
+    "-txtbcvrgfull blocks.txt -xmlbcvrgfull blocks.xml|-nopmeter";
+static constexpr std::string_view rare_options =
+    "-prj <Project>|-maddr a@b|-xcolor gray|-spi none|-comp none|-txtbcvrgfull none/blocks.txt|-help";
+static constexpr std::string_view other_options =
+    "-nopmeter|-comp .|-spi .|-dpi none|-ref none|-demang|-mname x -maddr a@b|-pcolor #123456 -ucolor red|"
+    "-bcolor blue -ccolor green -fcolor x|-spi|-xmlbcvrgfull|of another tool|-endblkdsbl END|"
+    "-onelinedsbl END -beginblkdsbl END -endblkdsbl END|-txtfcvrg none/f.txt|-comp pgopti.dpi";
+
+/// Where a directory may stand in the way of a page, an image or an export.
+static constexpr std::string_view blocked_pages =
+    "CODE_COVERAGE.HTML CodeCoverage/__TOOLBAR.HTML CodeCoverage/__HELP.HTML CodeCoverage/__Home.gif "
+    "CodeCoverage/A_C.HTML CodeCoverage/A_C_SRC.HTML CodeCoverage/A_C_CVRDFNCS_4.HTML "
+    "CodeCoverage/A_C_UNCVRDFNCS_0.HTML CodeCoverage/__CODE_COVERAGE.HTML "
+    "CodeCoverage/__COVERED_FILES_COVERAGE_2.HTML CodeCoverage/__UNCOVERED_FILES_COVERAGE_6.HTML blocks.xml";
 
 namespace {
 
@@ -69,79 +66,57 @@ struct scenario {
 
 } // namespace
 
-/// Adds an option with its value when the script says so.
-static void maybe(byte_script& script, scenario& run, const char* option, const char* value) {
-    if (!script.flag())
-        return;
-    run.options.push_back(option);
-    if (value)
-        run.options.push_back(value);
+static void add_options(scenario& run, std::string_view words) {
+    for (const std::string_view word : split(words))
+        run.options.emplace_back(word);
 }
 
-/// Puts a directory where a page, an image or an export would be written.
-static void block_page(byte_script& script) {
-    static const char* const names[] = {"CODE_COVERAGE.HTML",
-                                        "CodeCoverage/__TOOLBAR.HTML",
-                                        "CodeCoverage/__HELP.HTML",
-                                        "CodeCoverage/__Home.gif",
-                                        "CodeCoverage/A_C.HTML",
-                                        "CodeCoverage/A_C_SRC.HTML",
-                                        "CodeCoverage/A_C_CVRDFNCS_4.HTML",
-                                        "CodeCoverage/A_C_UNCVRDFNCS_0.HTML",
-                                        "CodeCoverage/__CODE_COVERAGE.HTML",
-                                        "CodeCoverage/__COVERED_FILES_COVERAGE_2.HTML",
-                                        "CodeCoverage/__UNCOVERED_FILES_COVERAGE_6.HTML",
-                                        "blocks.xml"};
-    const unsigned int page = script.below(2 * std::size(names));
-    if (page < std::size(names))
-        fs::create_directories(scratch_directory() + names[page]);
+/// One routine's record in the profile (0) or the reference (1).
+static void add_record(scenario& run, std::size_t profile, const std::string& file, const std::string& name,
+                       const std::string& body) {
+    run.records[profile][file + "'" + name + "'"] = std::string("record ") +
+                                                    (run.wide[profile] ? "64" : "32") + "\nfile " + file +
+                                                    "\nfunction " + name + "\n" + body;
+}
+
+static void add_source(scenario& run, const std::string& name, std::string_view text) {
+    write_scratch(name, text);
+    run.sources.insert(name);
 }
 
 static void read_options(byte_script& script, scenario& run) {
-    const unsigned int kind = script.byte();
-    if (kind & 1)
-        run.options.push_back("-counts");
-    if (kind & 2)
-        run.options.push_back("-nopartial");
-    if (kind & 4)
-        run.options.insert(run.options.end(), {"-ref", "ref.dpi"});
-    if (kind & 8)
-        run.options.insert(run.options.end(), {"-onelinedsbl", "OFF"});
-    if (kind & 16)
-        run.options.insert(run.options.end(), {"-beginblkdsbl", "BEGIN", "-endblkdsbl", "END"});
-    if (kind & 32)
-        run.options.insert(run.options.end(), {"-txtbcvrgfull", "blocks.txt", "-xmlbcvrgfull", "blocks.xml"});
-    if (kind & 64)
-        run.options.push_back("-nopmeter");
+    unsigned int kind = script.byte();
     run.wide[0] = run.wide[1] = (kind & 128) != 0;
-    if (script.byte() < 32) {
-        maybe(script, run, "-prj", "<Project>");
-        maybe(script, run, "-maddr", "a@b");
-        maybe(script, run, "-xcolor", "gray");
-        maybe(script, run, "-spi", "none.spi");
-        maybe(script, run, "-comp", "none");
-        maybe(script, run, "-txtbcvrgfull", "none/blocks.txt");
-        maybe(script, run, "-help", nullptr);
-        block_page(script);
+    for (const std::string_view words : split(usual_options, '|')) {
+        if ((kind & 1) != 0)
+            add_options(run, words);
+        kind >>= 1;
+    }
+    const unsigned int rare = script.byte();
+    if (rare >= 32 && rare < 48)
+        add_options(run, split(other_options, '|')[rare - 32]);
+    if (rare < 32) {
+        for (const std::string_view words : split(rare_options, '|'))
+            if (script.flag())
+                add_options(run, words);
+        const std::vector<std::string_view> pages = split(blocked_pages);
+        const unsigned int page = script.below(24);
+        if (page < pages.size())
+            fs::create_directories(scratch_directory() + std::string(pages[page]));
         run.html = !script.flag();
         if (!run.html)
-            run.options.insert(run.options.end(), {"-txtfcvrg", "f.txt", "-xmlfcvrg", "f.xml"});
+            add_options(run, "-txtfcvrg f.txt -xmlfcvrg f.xml");
         if (script.flag())
             run.wide[1] = !run.wide[1];
     }
     const unsigned int list = script.byte();
     if (list < 64) {
-        run.options.insert(run.options.end(), {"-comp", "list"});
-        static const char* const lines[] = {"dir/\n",
-                                            "~b\n",
-                                            "\n",
-                                            "ONE_LINE_NOTFEASIBLE: \"OFF\"\n",
-                                            "BEGIN_NOTFEASIBLE: \"BEGIN\"\n",
-                                            "END_NOTFEASIBLE: \"END\"\n",
-                                            "a",
-                                            "~dir\r\n"};
+        add_options(run, "-comp list");
         for (unsigned int i = 0; i < list % 4; ++i)
-            run.component_list += lines[script.below(8)];
+            run.component_list +=
+                script.one_of("dir/\n|~b\n|\n|ONE_LINE_NOTFEASIBLE: \"OFF\"\n|BEGIN_NOTFEASIBLE: \"BEGIN\"\n|"
+                              "END_NOTFEASIBLE: \"END\"\n|a|~dir\r\n",
+                              '|');
     }
     for (unsigned int& runs : run.runs)
         runs = (script.byte() + 1) % 256;
@@ -149,28 +124,28 @@ static void read_options(byte_script& script, scenario& run) {
 
 static std::string read_source(byte_script& script) {
     std::string text;
+    const std::vector<std::string_view> choices = split(source_pieces, '|');
     const unsigned int pieces = script.below(64);
     for (unsigned int i = 0; i < pieces; ++i) {
         const unsigned int piece = script.byte();
-        text += piece < 250 ? source_pieces[piece % std::size(source_pieces)]
-                            : std::string_view(" \n \n \n \n \n \n", 12);
+        text += piece < 250 ? choices[piece % choices.size()] : " \n \n \n \n \n \n";
     }
     return text;
 }
 
 static std::string read_count(byte_script& script, bool wide) {
-    static const char* const wide_counts[] = {"18446744073709551615", "9223372036854775808", "4294967296",
-                                              "16777217"};
-    static const char* const narrow_counts[] = {"nan", "inf", "-1", "0.5", "1e30", "-inf", "16777216", "1.5"};
     const unsigned int byte = script.byte();
     if (byte < 240)
         return std::to_string(byte % 5 == 0 ? 0 : byte);
-    return wide ? wide_counts[byte % 4] : narrow_counts[byte % 8];
+    const std::vector<std::string_view> limits =
+        split(wide ? "18446744073709551615 9223372036854775808 4294967296 16777217"
+                   : "nan inf -1 0.5 1e30 -inf 16777216 1.5");
+    return std::string(limits[byte % limits.size()]);
 }
 
 /// One routine: its line of the static profile and its records.
 static void read_routine(byte_script& script, scenario& run, const std::string& file) {
-    const std::string name = routine_names[script.below(std::size(routine_names))];
+    const std::string name(script.one_of(routine_names));
     const unsigned int where = script.byte();
     const std::int32_t line = static_cast<std::int32_t>(script.number());
     const unsigned int blocks = script.below(10);
@@ -189,11 +164,9 @@ static void read_routine(byte_script& script, scenario& run, const std::string& 
     }
     if (blocks > 0 && (where & 128) != 0)
         body[0] += "entry 0 " + std::to_string(script.below(blocks)) + "\n";
-    const std::string key = file + "'" + name + "'";
     for (std::size_t profile = 0; profile < 2; ++profile)
         if ((where >> (2 + profile) & 1) == 0)
-            run.records[profile][key] = std::string("record ") + (run.wide[profile] ? "64" : "32") +
-                                        "\nfile " + file + "\nfunction " + name + "\n" + body[profile];
+            add_record(run, profile, file, name, body[profile]);
 }
 
 /// Enough routines of one file, or files of one routine, for the lists to be sorted in the way of long ones.
@@ -203,29 +176,26 @@ static void add_many(byte_script& script, scenario& run, bool files) {
         const std::string number = std::to_string(i * step % 41);
         const std::string file =
             files ? "many/" + number + "/f" + std::to_string(i * step % 7) + ".c" : "a.c";
-        write_scratch(file, "x\n");
-        run.sources.insert(file);
+        add_source(run, file, "x\n");
         const std::string blocks = std::to_string(i * step % 5 + 1);
         run.static_profile += file + " - r" + number + " 1 " + blocks + " I\n";
         if (i * step % 3 != 0)
-            run.records[0][file + "'r" + number + "'"] =
-                std::string("record ") + (run.wide[0] ? "64" : "32") + "\nfile " + file + "\nfunction r" +
-                number + "\nblocks 1:1=" + std::to_string(i * step % 2) + "\n";
+            add_record(run, 0, file, "r" + number, "blocks 1:1=" + std::to_string(i * step % 2) + "\n");
     }
 }
 
-/// Routines of one display name on one line, some of them executed.
+/// Routines of one display name on two lines, some of them executed.
 static void add_twins(byte_script& script, scenario& run) {
-    write_scratch("a.c", "x\ny\n");
-    run.sources.insert("a.c");
+    add_source(run, "a.c", "x\ny\n");
     for (char letter = 'a'; letter < 'e'; ++letter) {
         const unsigned int executed = script.byte();
-        for (char variant = '1'; variant < '4'; ++variant) {
-            const std::string name = std::string("_ZN1") + letter + "C" + variant + "Ev";
-            run.static_profile += "a.c - " + name + " 1 1 I\n";
-            if ((executed >> (variant - '1') & 1) != 0)
-                run.records[0]["a.c'" + name + "'"] = std::string("record ") + (run.wide[0] ? "64" : "32") +
-                                                      "\nfile a.c\nfunction " + name + "\nblocks 1:1=1\n";
+        const unsigned int on_line_2 = script.byte();
+        for (unsigned int i = 0; i < 5; ++i) {
+            const std::string name = std::string("_ZN1") + letter + "C" + std::to_string(i + 1) + "Ev";
+            const std::string line = (on_line_2 >> i & 1) != 0 ? "2" : "1";
+            run.static_profile += "a.c - " + name + " " + line + " 1 I\n";
+            if ((executed >> i & 1) != 0)
+                add_record(run, 0, "a.c", name, "blocks " + line + ":1=1\n");
         }
     }
 }
@@ -238,11 +208,9 @@ static void read_files(byte_script& script, scenario& run) {
         add_many(script, run, kind >= 254);
     const unsigned int files = kind % 5 + 1;
     for (unsigned int i = 0; i < files; ++i) {
-        const std::string name = file_names[script.below(std::size(file_names))];
-        if (script.below(16) != 15 || run.sources.count(name) != 0) {
-            write_scratch(name, read_source(script));
-            run.sources.insert(name);
-        }
+        const std::string name(script.one_of(file_names));
+        if (script.below(16) != 15 || run.sources.count(name) != 0)
+            add_source(run, name, read_source(script));
         const unsigned int routines = script.below(8);
         for (unsigned int j = 0; j < routines; ++j)
             read_routine(script, run, name);
@@ -261,14 +229,13 @@ static void damage(byte_script& script, std::string& bytes) {
 }
 
 static void write_files(byte_script& script, const scenario& run) {
-    static const char* const names[] = {"pgopti.dpi", "ref.dpi"};
     for (std::size_t profile = 0; profile < 2; ++profile) {
         std::string text = "header runs " + std::to_string(run.runs[profile]) + "\n";
         for (const auto& [key, record] : run.records[profile])
             text += record;
         std::string bytes = compile_profile_text(text);
         damage(script, bytes);
-        write_scratch(names[profile], bytes);
+        write_scratch(profile == 0 ? "pgopti.dpi" : "ref.dpi", bytes);
     }
     std::string static_profile = run.static_profile;
     damage(script, static_profile);
