@@ -33,10 +33,11 @@ static void read_export(benchmark::State& state) {
     std::FILE* stream = std::tmpfile();
     std::fwrite(text.data(), 1, text.size(), stream);
     std::size_t regions = 0;
+    export_function memory = {};
     for ([[maybe_unused]] auto _ : state) {
         std::rewind(stream);
-        read_clang_export(stream, "made up",
-                          [&](const export_function& function) { regions += function.regions.size(); });
+        const auto count = [&](const export_function& function) { regions += function.regions.size(); };
+        read_clang_export(stream, "made up", count, &memory);
     }
     benchmark::DoNotOptimize(regions);
     std::fclose(stream);

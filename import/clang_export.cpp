@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <string_view>
 
 namespace json = boost::json;
@@ -56,8 +55,9 @@ class export_handler {
     static constexpr std::size_t max_key_size = std::numeric_limits<std::size_t>::max();
     static constexpr std::size_t max_string_size = std::numeric_limits<std::size_t>::max();
 
-    export_handler(const std::string& input, const std::function<void(const export_function&)>& on_function)
-        : input_(input), on_function_(on_function) {}
+    export_handler(const std::string& input, const std::function<void(const export_function&)>& on_function,
+                   export_function& function)
+        : input_(input), on_function_(on_function), function_(function) {}
 
     bool on_document_begin(json::error_code&) { return true; }
     bool on_document_end(json::error_code&) { return true; }
@@ -102,7 +102,7 @@ class export_handler {
     std::string type_;
     std::string version_;
 
-    export_function function_ = {}; ///< the one being read
+    export_function& function_; ///< the one being read
     bool name_seen_ = false;
     bool count_seen_ = false;
     bool filenames_seen_ = false;
@@ -354,19 +354,21 @@ static std::size_t read_piece(std::FILE* stream, char* piece, const std::string&
 }
 
 void read_clang_export(std::FILE* stream, const std::string& input,
-                       const std::function<void(const export_function&)>& on_function) {
+                       const std::function<void(const export_function&)>& on_function,
+                       export_function* memory) {
     json::parse_options options;
     options.max_depth = kMaximumDepth;
-    json::basic_parser<export_handler> parser(options, input, on_function);
-    const auto piece = std::make_unique<char[]>(kPieceSize);
+    json::basic_parser<export_handler> parser(options, input, on_function, *memory);
+    // Not given back after each export: merging many would scatter it over the heap.
+    static char piece[kPieceSize];
     std::uint64_t done = 0;
     json::error_code error;
     for (bool more = true; more && !error;) {
-        const std::size_t size = read_piece(stream, piece.get(), input);
+        const std::size_t size = read_piece(stream, piece, input);
         more = size != 0;
         if (!more && done == 0)
             import_error("%s is empty", input.c_str());
-        const std::size_t used = parser.write_some(more, piece.get(), size, error);
+        const std::size_t used = parser.write_some(more, piece, size, error);
         done += used;
         if (!error && used < size)
             error = json::make_error_code(json::error::extra_data);

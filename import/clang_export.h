@@ -37,7 +37,9 @@ struct export_function {
 };
 
 /// Reads one whole export from `stream`, which stays open, and calls `on_function` for each of its functions.
-/// The function object belongs to the reader and is reused after the call. `input` names the export in
+/// The function object is `*memory` and is reused after the call; whoever reads several exports hands the
+/// same one to all, so that their number does not show in the memory taken. `input` names the export in
 /// messages.
 void read_clang_export(std::FILE* stream, const std::string& input,
-                       const std::function<void(const export_function&)>& on_function);
+                       const std::function<void(const export_function&)>& on_function,
+                       export_function* memory);

@@ -19,8 +19,10 @@ namespace {
 /// What has been read so far.
 struct collected {
     record_store store;
-    std::set<std::string> unwritable; ///< names that the static profile cannot hold
-    std::uint64_t empty = 0;          ///< functions without a counted region
+    std::set<std::string> unwritable;  ///< names that the static profile cannot hold
+    std::uint64_t empty = 0;           ///< functions without a counted region
+    export_function function = {};     ///< the one being read; kept for its memory, as is the next
+    main_file_function extracted = {}; ///< the one being added
     std::string path; ///< of the last function's source file: the next one is often there, too
     std::string file; ///< its name in the profile
 };
@@ -50,11 +52,11 @@ static void collect_function(const export_function& function, const std::string&
 
 static void read_input(std::FILE* stream, const std::string& input, const source_names& names,
                        collected* all) {
-    main_file_function extracted = {};
     const std::string shown = printable(input);
-    read_clang_export(stream, shown, [&](const export_function& function) {
-        collect_function(function, shown, names, &extracted, all);
-    });
+    const auto collect = [&](const export_function& function) {
+        collect_function(function, shown, names, &all->extracted, all);
+    };
+    read_clang_export(stream, shown, collect, &all->function);
 }
 
 static void read_inputs(const import_options& options, const source_names& names, collected* all) {

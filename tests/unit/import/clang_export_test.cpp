@@ -13,9 +13,11 @@ static std::string read(const std::string& json) {
     std::fwrite(json.data(), 1, json.size(), stream);
     std::rewind(stream);
     std::string text;
-    read_clang_export(stream, "x.json", [&text](const export_function& function) {
+    export_function memory = {};
+    const auto add = [&text](const export_function& function) {
         text += function.name + " in " + function.filenames.at(0) + "\n";
-    });
+    };
+    read_clang_export(stream, "x.json", add, &memory);
     std::fclose(stream);
     return text;
 }
