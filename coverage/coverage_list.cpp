@@ -50,13 +50,9 @@ file_list_node::file_list_node(const char* filename, int* pNotFound) {
     std::printf("\nWarning - File %s not found!\n", filename);
 }
 
-/// A position as one number, in the order of the source.
-static std::uint64_t place_of(unsigned int line, unsigned int column) {
-    return std::uint64_t{line} << 32 | column;
-}
-
+/// Order of the positions in the source.
 static bool lies_before(const block_list_node& a, const block_list_node& b) {
-    return place_of(a.line, a.column) < place_of(b.line, b.column);
+    return a.line != b.line ? a.line < b.line : a.column < b.column;
 }
 
 /// Differs from run to run, so that no input can be made whose positions collide. The order in the table is
@@ -71,7 +67,7 @@ static const std::uint64_t hash_seed = random_seed();
 
 /// The slot that holds the position, or the free one where it belongs.
 std::size_t file_list_node::slot_of(unsigned int line, unsigned int column) const {
-    std::uint64_t hash = place_of(line, column) + hash_seed;
+    std::uint64_t hash = (std::uint64_t{line} << 32 | column) + hash_seed;
     hash = (hash ^ hash >> 30) * 0xBF58476D1CE4E5B9;
     hash = (hash ^ hash >> 27) * 0x94D049BB133111EB;
     hash ^= hash >> 31;
