@@ -1,6 +1,7 @@
 """The k-th allocation or system call of each kind fails, alone or with all that follow."""
 
 import os
+import re
 import subprocess
 
 import fault_run
@@ -21,7 +22,9 @@ READING = (
 )
 REPORT = READING + (("mkdir", ("ENOSPC", "EACCES")),)
 IMPORT = READING + tuple((call, ("EIO",)) for call in ("fsync", "rename", "link", "unlink"))
-CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("components", REPORT), ("reference", REPORT))
+WRITING = (("write", ("ENOSPC",)),)
+CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("large", WRITING),
+           ("components", REPORT), ("reference", REPORT))
 
 
 def preloaded(box, **settings):
@@ -31,7 +34,7 @@ def preloaded(box, **settings):
 def try_allocation(job):
     scenario, k, forever = job
     box = fault_run.sandbox(scenario)
-    outcome = preloaded(box, FAULT_ALLOCATION=str(k), **({"FAULT_FOREVER": "1"} if forever else {}))
+    outcome = preloaded(box, FAULT_FIRST=str(k), FAULT_LAST=str(10**9 if forever else k))
     if outcome.status == 127 and b"shared libraries" in outcome.errors:
         return None  # the loader's own memory: the program never began
     return f"{scenario}, allocation {k}{' and all later' if forever else ''}", outcome, box.judge(outcome)
@@ -52,11 +55,21 @@ def allocations(forever, quick):
 def traced(box, call, fault=None):
     """Runs under strace; returns the outcome and the lines about the call."""
     log = os.path.join(fault_run.SCRATCH, f"strace-{os.getpid()}")
-    command = ["strace", "-o", log, "-e", f"trace={call}", "-e", "signal=none"]
+    command = ["strace", "-y", "-o", log, "-e", f"trace={call}", "-e", "signal=none"]
     if fault:
         command += ["-e", f"inject={call}:{fault}"]
     outcome = box.run([*command, *box.command()])
     return outcome, fault_run.read(log).decode(errors="replace").splitlines()
+
+
+def is_loss(line, box):
+    """Whether a call that reads an input or brings an output to the disk has failed. What it should have moved may have
+    been moved before, so the files do not show that."""
+    call = re.match(r"(close|fsync|read)\((\d+)<(.*?)>.* = -1 (?!EINTR)", line)
+    if not call:
+        return False
+    name = os.path.relpath(call[3], box.root)
+    return call[2] == "1" or not name.startswith("..") and (name in box.inputs) == (call[1] == "read")
 
 
 def try_call(job):
@@ -66,14 +79,17 @@ def try_call(job):
     if outcome.status == 127:
         return None  # the loader failed: the program never began
     # What stands between the program and its message cannot be asked for one.
-    silent = call == "write" and (forever or any("write(2" in line and "INJECTED" in line for line in lines))
+    injected = [line for line in lines if "INJECTED" in line]
+    silent = call == "write" and (forever or any("write(2" in line for line in injected))
     problem = box.judge(outcome, silent=silent, debris=call == "unlink" or forever and call in ("rename", "openat"))
+    if not problem and outcome.status == 0 and any(is_loss(line, box) for line in injected):
+        problem = "status 0, but something may be lost"
     return f"{scenario}, {call} {k}{' and all later' if forever else ''} {error}", outcome, problem
 
 
 def system_calls(forever, quick):
     jobs = []
-    for scenario, calls in CALLING[:3] if quick else CALLING:
+    for scenario, calls in CALLING[:4] if quick else CALLING:
         for call, errors in calls:
             count = sum(line.startswith(call + "(") for line in traced(fault_run.sandbox(scenario), call)[1])
             jobs += [(scenario, call, error, k, forever) for error in (errors[:1] if quick else errors)

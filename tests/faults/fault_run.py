@@ -16,6 +16,7 @@ import re
 import resource
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -41,7 +42,7 @@ ENVIRONMENT = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC"}
 @dataclass(frozen=True)
 class Scenario:
     name: str
-    source: str  # directory that holds the inputs
+    source: str | dict  # directory that holds the inputs, or their texts by name
     folder: str  # where in there the run takes place
     arguments: tuple
     tool: str = "vexcov"
@@ -49,6 +50,22 @@ class Scenario:
 
 def case(name, folder, *arguments):
     return os.path.join(CASES, name, "input"), folder, arguments
+
+
+def profile_of(functions):
+    """A profile of 64-bit records with one block each. `functions`: file and name, in key order."""
+    size = 80 + 8 + 8 + 8 + 8
+    strings = 528 + size * len(functions)
+    records, texts = bytearray(), bytearray()
+    for file, name in functions:
+        file_at = strings + len(texts)
+        texts += file.encode() + b"\0"
+        name_at = strings + len(texts)
+        texts += name.encode() + b"\0"
+        records += struct.pack("<BBHIIIIIIIII", 0x50, 3, 0, 0, size, 1, 1, 0, 0, 0, 0, 0)
+        records += struct.pack("<QQQQQ", file_at, name_at, 0, 0, 0)
+        records += struct.pack("<QQIIII", 1, name_at, 0, 0, 1, 1)
+    return struct.pack("<IIII512x", 0xDC0B, 1, len(functions), 0) + records + texts
 
 
 SCENARIOS = {
@@ -63,6 +80,9 @@ SCENARIOS = {
         Scenario("narrow", *case("widths", "narrow", "-counts", "-spi", "../pgopti.spi")),
         Scenario("wide", *case("widths", "wide", "-counts", "-spi", "../pgopti.spi")),
         Scenario("exports", *case("function-exports", "full", "-txtfcvrg", "out.txt", "-xmlfcvrg", "out.xml")),
+        # A page that is written in several pieces.
+        Scenario("large", {"a.c": b"int f; /* and a comment that makes it long */\n" * 6000,
+                           "pgopti.spi": b"a.c - f 1 1 C\n", "pgopti.dpi": profile_of([("a.c", "f")])}, ".", ()),
         Scenario("import", IMPORTS, ".", ("clang", "-root", ".", "flow.json"), "vexcov-import"),
     )
 }
@@ -105,9 +125,9 @@ def compiled_profile(text):
 class Sandbox:
     """A scratch copy of a scenario's inputs, and what the undisturbed run makes of them."""
 
-    def __init__(self, scenario, inputs=None):
+    def __init__(self, scenario):
         self.scenario = scenario
-        self.inputs = self.gather(scenario.source) if inputs is None else inputs
+        self.inputs = scenario.source if isinstance(scenario.source, dict) else self.gather(scenario.source)
         self.digests = {name: digest(data) for name, data in self.inputs.items()}
         self.expected = self.expected_output = None
         self.usual_lines = set()

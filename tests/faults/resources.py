@@ -4,7 +4,6 @@ import copy
 import os
 import random
 import resource
-import struct
 import subprocess
 import time
 
@@ -103,29 +102,12 @@ def closed_streams(quick):
             yield f"{scenario}{redirections}", outcome, problem
 
 
-def profile_of(functions):
-    """A profile of 64-bit records with one block each. `functions`: file, name and count, in key order."""
-    size = 80 + 8 + 8 + 8 + 8
-    strings = 528 + size * len(functions)
-    records, texts = bytearray(), bytearray()
-    for file, name, count in functions:
-        file_at = strings + len(texts)
-        texts += file.encode() + b"\0"
-        name_at = strings + len(texts)
-        texts += name.encode() + b"\0"
-        records += struct.pack("<BBHIIIIIIIII", 0x50, 3, 0, 0, size, 1, 1, 0, 0, 0, 0, 0)
-        records += struct.pack("<QQQQQ", file_at, name_at, 0, 0, 0)
-        records += struct.pack("<QQIIII", count, name_at, 0, 0, 1, 1)
-    return struct.pack("<IIII512x", 0xDC0B, 1, len(functions), 0) + records + texts
-
-
 def box_of(texts, functions, *arguments, more_lines=""):
     """A sandbox with sources of these texts by name, and one covered block in each of the functions."""
-    inputs = dict(texts)
-    inputs["a.dpi"] = profile_of([(file, name, 1) for file, name, _ in functions])
+    inputs = {**texts, "a.dpi": fault_run.profile_of([(file, name) for file, name, _ in functions])}
     lines = (f"{file} - {name} {line} 1 C\n" for file, name, line in functions)
     inputs["pgopti.spi"] = ("".join(lines) + more_lines).encode()
-    return fault_run.Sandbox(fault_run.Scenario("made", "", ".", ("-nopmeter", "-dpi", "a.dpi", *arguments)), inputs)
+    return fault_run.Sandbox(fault_run.Scenario("made", inputs, ".", ("-nopmeter", "-dpi", "a.dpi", *arguments)))
 
 
 def many_sources(count):
@@ -170,10 +152,9 @@ def kill(quick):
                 for name in os.listdir(box.cwd):
                     if name.endswith((".tmp", "~")):
                         os.unlink(os.path.join(box.cwd, name))
-            else:  # what is left of each page is written anew, even where only its beginning has reached the disk
-                for name, data in fault_run.files_below(box.root):
-                    if name not in box.inputs:
-                        fault_run.write(os.path.join(box.root, name), data[: len(data) // 2])
+            else:  # whatever is left of a page is replaced
+                for name in box.expected.keys() - box.inputs.keys():
+                    fault_run.write(os.path.join(box.root, name), b"<html>")
             outcome = fault_run.run(box.command(), box.cwd)
             yield f"{box.scenario.name}, rerun after kill {i}", outcome, problem or box.judge(outcome, 0)
 
