@@ -6,13 +6,16 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <string>
 
 static void convert(const char* text_name, const char* dpi_name) {
     std::ifstream input(text_name, std::ios::binary);
     if (!input)
         throw std::runtime_error("cannot be read");
+    // The two may be the same file.
+    const std::string profile = compile_profile_text(std::string(std::istreambuf_iterator<char>(input), {}));
     std::ofstream output(dpi_name, std::ios::binary);
-    output << compile_profile_text(std::string(std::istreambuf_iterator<char>(input), {}));
+    output << profile;
     output.close();
     if (!output)
         throw std::runtime_error("cannot write " + std::string(dpi_name));
