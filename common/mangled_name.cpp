@@ -6,10 +6,10 @@
 #include <cstring>
 #include <vector>
 
-static constexpr std::uint32_t kStdName =
-    75; ///< "std::basic_string<char, std::char_traits<char>, ...>" and the like
-static constexpr std::uint32_t kPhrase =
-    48; ///< "construction vtable for ... -in-", "covariant return thunk to"
+/// "std::basic_string<char, std::char_traits<char>, ...>" and the like.
+static constexpr std::uint32_t kStdName = 75;
+/// "construction vtable for ... -in-", "covariant return thunk to".
+static constexpr std::uint32_t kPhrase = 48;
 
 MangledNameReader::MangledNameReader(const char* text, bool old_unresolved, MangledName& result)
     : at_(text), end_(text + std::strlen(text)), result_(result), old_unresolved_(old_unresolved) {

@@ -30,13 +30,13 @@ struct Piece {
     PieceId left;
     PieceId right;
     std::uint32_t list; ///< index in MangledName::lists; 0 if none
-    std::uint32_t
-        own; ///< upper bound of the characters beside the parts; at least 1, since the time counts too
+    std::uint32_t own;  ///< upper bound of the characters beside the parts; at least 1, as each takes time
     PieceRule rule;
     bool is_open;       ///< refers to template parameters: the size depends on where it is printed
     std::uint64_t size; ///< upper bound of all characters if not open; at most kHugeText
 };
 
+/// Where sizes saturate: beyond any limit, and times the elements of a pack still below 2^64.
 constexpr std::uint64_t kHugeText = std::uint64_t{1} << 40;
 
 struct MangledName {

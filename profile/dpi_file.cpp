@@ -16,11 +16,6 @@ DPI_FILE::~DPI_FILE() {
     checked_fclose(stream);
 }
 
-static std::uint32_t read_u32(const unsigned char* p) {
-    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
-           std::uint32_t{p[3]} << 24;
-}
-
 [[noreturn]] static void fail_format(const char* fileName) {
     PGOPTI_Tool_Error(1,
                       "%s has old or incompatible file format\n\tDelete file and redo instrumentation "
@@ -157,13 +152,13 @@ DPI_FILE* PGOPTI_Open_Dpi_File(const char* fileName) {
     std::setvbuf(stream, nullptr, _IONBF, 0); // the reader's blocks are the buffer
     unsigned char header[PGOPTI_HEADER_SIZE];
     checked_fread(header, 1, sizeof header, stream, fileName);
-    if (read_u32(header + PGOPTI_HEADER_MAGIC) != PGOPTI_DPI_MAGIC) {
+    if (pgopti_Read_U32(header + PGOPTI_HEADER_MAGIC) != PGOPTI_DPI_MAGIC) {
         PGOPTI_Tool_Warning("%s has bad magic number", fileName);
         return nullptr;
     }
-    file->num_records = read_u32(header + PGOPTI_HEADER_RECORDS);
-    file->num_runs = read_u32(header + PGOPTI_HEADER_RUNS);
-    file->header_word = read_u32(header + PGOPTI_HEADER_WORD);
+    file->num_records = pgopti_Read_U32(header + PGOPTI_HEADER_RECORDS);
+    file->num_runs = pgopti_Read_U32(header + PGOPTI_HEADER_RUNS);
+    file->header_word = pgopti_Read_U32(header + PGOPTI_HEADER_WORD);
     file->header_text.assign(header + PGOPTI_HEADER_TEXT,
                              header + PGOPTI_HEADER_TEXT + PGOPTI_HEADER_TEXT_SIZE);
     file->reader = std::make_unique<DPI_READER>(stream, fileName);

@@ -27,9 +27,8 @@
 //       56                 72   offset of the virtual-table name, 0 for none (W bytes)
 //
 // Record body, with W = 4 in a 32-bit and 8 in a 64-bit record; each area is padded to a multiple of W:
-//   1. B + C2 + C3 counters of W bytes: unsigned integers in a 64-bit record, IEEE single-precision numbers
-//   in
-//      a 32-bit one; the first B count the blocks, in block order
+//   1. B + C2 + C3 counters of W bytes, of which the first B count the blocks, in block order: unsigned
+//      integers in a 64-bit record, IEEE single-precision numbers in a 32-bit one
 //   2. C3 value areas of 96 bytes
 //   3. R offsets of routine names, W bytes each
 //   4. R indices (4 bytes each) of the counters that hold the routines' entry counts
@@ -39,6 +38,12 @@
 #pragma once
 
 #include <cstdint>
+
+/// The 4-byte integer at `p`.
+inline std::uint32_t pgopti_Read_U32(const unsigned char* p) {
+    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
+           std::uint32_t{p[3]} << 24;
+}
 
 constexpr std::uint32_t PGOPTI_DPI_MAGIC = 0xDC0B;
 constexpr std::uint32_t PGOPTI_HEADER_SIZE = 528;

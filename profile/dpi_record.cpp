@@ -8,18 +8,13 @@ const PGOPTI_RECORD_LAYOUT& DPI_layout() {
     return is_pgo_64 ? PGOPTI_LAYOUT_64 : PGOPTI_LAYOUT_32;
 }
 
-static std::uint32_t read_u32(const unsigned char* p) {
-    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
-           std::uint32_t{p[3]} << 24;
-}
-
 static std::uint64_t read_u64(const unsigned char* p) {
-    return std::uint64_t{read_u32(p)} | std::uint64_t{read_u32(p + 4)} << 32;
+    return std::uint64_t{pgopti_Read_U32(p)} | std::uint64_t{pgopti_Read_U32(p + 4)} << 32;
 }
 
 /// A field of W bytes.
 static std::uint64_t read_word(const unsigned char* p) {
-    return is_pgo_64 ? read_u64(p) : read_u32(p);
+    return is_pgo_64 ? read_u64(p) : pgopti_Read_U32(p);
 }
 
 static std::uint64_t pad(std::uint64_t bytes, std::uint64_t width) {
@@ -40,10 +35,10 @@ struct record_areas {
 
     explicit record_areas(const unsigned char* record) {
         const PGOPTI_RECORD_LAYOUT& layout = DPI_layout();
-        const std::uint64_t routines = read_u32(record + layout.routines);
-        const std::uint64_t blocks = read_u32(record + layout.blocks);
-        const std::uint64_t third_group = read_u32(record + layout.third_group);
-        counter_count = blocks + read_u32(record + layout.second_group) + third_group;
+        const std::uint64_t routines = pgopti_Read_U32(record + layout.routines);
+        const std::uint64_t blocks = pgopti_Read_U32(record + layout.blocks);
+        const std::uint64_t third_group = pgopti_Read_U32(record + layout.third_group);
+        counter_count = blocks + pgopti_Read_U32(record + layout.second_group) + third_group;
         counters = layout.header_size;
         routine_names = counters + counter_count * layout.width + third_group * PGOPTI_VALUE_AREA_SIZE;
         entry_indices = routine_names + routines * layout.width;
@@ -63,29 +58,29 @@ bool DPI_record_is_sound(const unsigned char* record, std::size_t size) {
         return false;
     const std::uint32_t routines = DPI_routine_count_get(record);
     for (std::uint32_t i = 0; i < routines; ++i)
-        if (read_u32(record + areas.entry_indices + std::uint64_t{i} * 4) >= areas.counter_count)
+        if (pgopti_Read_U32(record + areas.entry_indices + std::uint64_t{i} * 4) >= areas.counter_count)
             return false;
     return true;
 }
 
 std::uint32_t DPI_record_size_get(const unsigned char* record) {
-    return read_u32(record + DPI_layout().size);
+    return pgopti_Read_U32(record + DPI_layout().size);
 }
 
 std::uint32_t DPI_routine_count_get(const unsigned char* record) {
-    return read_u32(record + DPI_layout().routines);
+    return pgopti_Read_U32(record + DPI_layout().routines);
 }
 
 std::uint32_t DPI_block_count_get(const unsigned char* record) {
-    return read_u32(record + DPI_layout().blocks);
+    return pgopti_Read_U32(record + DPI_layout().blocks);
 }
 
 std::uint32_t DPI_flag_word_get(const unsigned char* record) {
-    return read_u32(record + DPI_layout().flag_word);
+    return pgopti_Read_U32(record + DPI_layout().flag_word);
 }
 
 std::uint32_t DPI_word_get(const unsigned char* record) {
-    return read_u32(record + DPI_layout().word);
+    return pgopti_Read_U32(record + DPI_layout().word);
 }
 
 std::uint8_t DPI_version_get(const unsigned char* record) {
@@ -119,20 +114,20 @@ float DPI_counter_get(const unsigned char* record, std::uint32_t i) {
     // either width gives the same report.
     if (is_pgo_64)
         return static_cast<float>(read_u64(counter));
-    const std::uint32_t bits = read_u32(counter);
+    const std::uint32_t bits = pgopti_Read_U32(counter);
     float value;
     std::memcpy(&value, &bits, sizeof value);
     return value;
 }
 
 float DPI_entry_counter_get(const unsigned char* record, std::uint32_t i) {
-    return DPI_counter_get(record,
-                           read_u32(record + record_areas(record).entry_indices + std::uint64_t{i} * 4));
+    return DPI_counter_get(
+        record, pgopti_Read_U32(record + record_areas(record).entry_indices + std::uint64_t{i} * 4));
 }
 
 DPI_POSITION DPI_block_position_get(const unsigned char* record, std::uint32_t i) {
     const unsigned char* position = record + record_areas(record).positions + std::uint64_t{i} * 8;
-    return {read_u32(position), read_u32(position + 4)};
+    return {pgopti_Read_U32(position), pgopti_Read_U32(position + 4)};
 }
 
 std::uint32_t DPI_covered_blocks(const unsigned char* record) {
