@@ -1,4 +1,5 @@
-// Counts as text and pairs of counts as percentages, the same way in every page and export.
+// Counts as text, pairs of counts as percentages and paths as short names, the same way in every page and
+// export.
 //
 // Buffer contract of the three conversions: the caller owns `buffer` and gives at least 27 bytes (20 digits,
 // six separators and the NUL, or a minus sign, 19 digits, six separators and the NUL).

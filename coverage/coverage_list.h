@@ -77,8 +77,7 @@ class file_list_node {
     std::string filename_;
     std::uint32_t lineCount_ = 0;        ///< lines of the file plus one; 0 when the file was not found
     std::vector<block_list_node> nodes_; ///< in order of creation or, when sorted_, of position
-    std::vector<std::uint32_t>
-        slots_; ///< hash table: index into nodes_ plus one, 0 when free; not when sorted_
+    std::vector<std::uint32_t> slots_;   ///< hash table: index in nodes_ plus one, 0 if free; not if sorted_
     bool sorted_ = false;
 };
 

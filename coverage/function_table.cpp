@@ -162,8 +162,8 @@ static func* make_func(const char* name, std::int32_t line, std::int32_t blocks,
 
 /// Says so when the two halves have grown into each other.
 static void check_table() {
-    // Deliberate: the covered functions are counted from the start of the uncovered ones, so the message is
-    // one of last resort; the run goes on.
+    // Deliberate: the covered functions are counted from the start of the uncovered ones, so only a table
+    // that is beyond use is told of; the run goes on, since the pages of all other files are sound.
     if ((fileFuncsUncovered - fileFuncs) + numFileFuncsCovered < fileFuncsCovered - fileFuncs)
         // infeasible: begin
         std::printf("ERROR: corrupt function table. cvrd = %p (%d), uncvrd = %p (%d)\n",

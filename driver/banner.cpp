@@ -4,6 +4,7 @@
 #include <cstring>
 #include <unistd.h>
 
+// Deliberate: the same in every release. Build scripts recognise the tool, and what it accepts, by this line.
 const char* VERSION_Get_Info_String() {
     return "Vexal(R) C++/Fortran Compiler code-coverage tool for 32-bit applications, "
            "Version 8.1    Build 20050207Z %s\n";

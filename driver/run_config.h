@@ -1,8 +1,8 @@
 // The run configuration: process-wide settings, written by bParseCommandLine (and, for the marker lists, by
 // getModuleNames) before the first profile record is looked at, read-only afterwards.
 //
-// "Owned" strings are copies that main releases at the end of the run; "borrowed" ones point into the
-// argument vector.
+// "Owned" strings are copies that main releases at the end of the run (that of the static profile lives as
+// long as the process); "borrowed" ones point into the argument vector.
 #pragma once
 
 #include <string>

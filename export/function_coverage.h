@@ -1,11 +1,16 @@
 // The function coverage exports: the covered functions of the dynamic profile, in the order of its records.
 //
-//   text: Covered Functions in File: "FILE"            XML: <MODULE name = "FILE">
-//         "NAME"<tab>FREQ<tab>BLOCKS<tab>COVERED<tab>PERCENT  <FUNCTION name="NAME" freq="FREQ">
-//         ...                                               <BLOCKS total="B" covered="C"
-//         coverage="P%"></BLOCKS>
-//                                                           </FUNCTION>
-//         (an empty line before each further file)          </MODULE>
+//   text: Covered Functions in File: "FILE"
+//         "NAME"<tab>FREQ<tab>BLOCKS<tab>COVERED<tab>PERCENT
+//         ...
+//         (an empty line before each further file)
+//
+//   XML:  <MODULE name = "FILE">
+//         <FUNCTION name="NAME" freq="FREQ">
+//         <BLOCKS total="BLOCKS" covered="COVERED" coverage="PERCENT%"></BLOCKS>
+//         </FUNCTION>
+//         ...
+//         </MODULE>
 //
 // Names are written as they are.
 #pragma once

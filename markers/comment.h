@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 struct comment_t {
     /// What kind of marker a comment is. The values are those that registry_comment returns; 3 is not used.

@@ -14,21 +14,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+/// Columns with a title that sorts, as in kTitleLinks.
 enum index_column { COLUMN_NAME, COLUMN_FUNCTION_COVERAGE, COLUMN_BLOCK_COVERAGE };
-
-/// File number of the page that a column title leads to, by page_number of the page it stands on and column.
-/// Deliberate: the title of the sort key turns the direction round and any other title leads to its ascending
-/// page, except that the two descending figures lead to each other (rows 0 and 1).
-static const int ref[8][3] = {
-    {4, 1, 6}, // -3
-    {4, 5, 0}, // -2
-    {4, 5, 6}, // -1
-    {4, 4, 4}, // 0
-    {2, 5, 6}, // 1
-    {4, 1, 6}, // 2
-    {4, 5, 0}, // 3
-    {0, 0, 0}, // no order leads here
-};
 
 // A line of a page is a line here.
 // clang-format off
@@ -80,7 +67,8 @@ static void write_figure_titles(std::FILE* stream, bool figures, const char* nam
     std::fputs(R"(<TH ALIGN="center">total</TH>)" "\n", stream);
     if (figures) {
         std::fprintf(stream, R"(<TH ALIGN="center">%s</TH>)" "\n", compWithRef ? "missed" : "cvrd");
-        // Deliberate: this title keeps "block coverage" in differential mode, unlike that of the functions.
+        // Deliberate: this title keeps "block coverage" in differential mode, unlike that of the functions: scripts
+        // find the column by it in reports of both modes.
         std::fprintf(stream, R"(<TH ALIGN="center">)"
                      R"(<a target="%s" title="sort based on block coverage%%" href="%s">%s%%</a></TH>)" "\n",
                      "_self", getVerHTMLname(name, links[COLUMN_BLOCK_COVERAGE], ext),
@@ -156,7 +144,7 @@ bool bCreateCov(bool covered, int order, const char* name, const char* ext, cons
         return false;
     }
     const bool figures = covered || compWithRef;
-    const int* links = ref[page_number(order)];
+    const int* links = kTitleLinks[page_number(order)];
     write_index_head(stream, covered, project);
     int* index = CreateIndex(count);
     SortFiles(index, count, order, list);

@@ -23,7 +23,7 @@ int* CreateIndex(int count) {
 
 int compare1(const filename_list_node* a, const filename_list_node* b) {
     // Deliberate: no further key. Files of the same name in different directories keep the place that the
-    // exchanges of the sort give them.
+    // exchanges of the sort give them, which is part of the format of a report (sort_order.h).
     const int names = std::strcmp(brief(a->name), brief(b->name));
     return names < 0 ? -1 : names > 0 ? 1 : 0;
 }

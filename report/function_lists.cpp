@@ -14,20 +14,8 @@
 #include <cstring>
 #include <string>
 
+/// Columns with a title that sorts, as in kTitleLinks.
 enum list_column { COLUMN_FUNCTION, COLUMN_COVERAGE, COLUMN_BLOCKS };
-
-/// File number of the page that a column title leads to, by page_number of the page it stands on and column.
-/// Deliberate: the title of the sort key turns the direction round and any other title leads to its ascending
-/// page, except that the two descending figures lead to each other (rows 0 and 1).
-static const int ref[7][3] = {
-    {4, 1, 6}, // -3
-    {4, 5, 0}, // -2
-    {4, 5, 6}, // -1
-    {4, 4, 4}, // 0
-    {2, 5, 6}, // 1
-    {4, 1, 6}, // 2
-    {4, 5, 0}, // 3
-};
 
 /// Logical name of a list page.
 static std::string list_name(const char* module, bool covered, int number) {
@@ -73,10 +61,11 @@ static void write_list_head(std::FILE* stream, bool covered, const char* module)
                "<thead>\n", stream);
 }
 
-/// Deliberate: the titles stand in the table head without a row element, which browsers supply.
+/// Deliberate: the titles stand in the table head without a row element, which browsers supply; scripts that read
+/// the lists take each TR for a function.
 static void write_list_titles(std::FILE* stream, bool covered, int order, const char* module,
                               const char* ext) {
-    const int* links = ref[page_number(order)];
+    const int* links = kTitleLinks[page_number(order)];
     const auto link = [&](list_column column) {
         return getHTMLname(list_name(module, covered, links[column]).c_str(), ext);
     };
@@ -126,7 +115,9 @@ static void write_list_row(text_buffer& page, bool figures, const func& function
     page.put(R"(">)");
     printHTML(page, function.name[0] == '_' ? function.name + 1 : function.name);
     page.put("</a></td>\n");
-    page.put("</tr>\n"); // Deliberate: a row opens in upper case and closes in lower case.
+    // Deliberate: a row opens in upper case and closes in lower case. Browsers see no difference, but a comparison
+    // with the report of an earlier run would.
+    page.put("</tr>\n");
 }
 
 // clang-format on

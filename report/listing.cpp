@@ -48,24 +48,24 @@ const char* posNextMarker(const char* p) {
     return *p == '^' ? p : nullptr;
 }
 
+// A line of the page is a line here.
+// clang-format off
+
 static void WriteSrcFileHeader(std::FILE* stream, const char* file, double function, double block) {
-    std::fputs("<html>\n", stream);
-    std::fputs("<head>\n", stream);
+    std::fputs("<html>\n"
+               "<head>\n", stream);
     std::fprintf(stream, "<title>Listing of %s</title>\n", file);
-    std::fputs("</head>\n", stream);
-    std::fputs(R"(<body bgcolor="FFFFFF">)"
-               "\n",
-               stream);
-    std::fputs("<h4>&#160;&#160;&#160;&#160;&#160;", stream);
-    std::fprintf(stream, "&#160;&#160;&#160;&#160;&#160;&#160;&#160;%s", file);
-    std::fprintf(
-        stream,
-        "&#160;&#160;&#160;&#160;&#160;&#160;&#160;<font size=-1>%s:&#160 %5.2f&#160;%%func&#160;&#160;"
-        "&#160;&#160; %5.2f&#160;%%block</font></h4>\n",
-        compWithRef ? "miss rate" : "coverage", function, block);
-    std::fputs("<hr size=1 noshade>\n", stream);
-    std::fputs("<pre>\n", stream);
+    std::fputs("</head>\n"
+               R"(<body bgcolor="FFFFFF">)" "\n", stream);
+    std::fprintf(stream, "<h4>&#160;&#160;&#160;&#160;&#160;&#160;&#160;&#160;&#160;&#160;&#160;&#160;%s", file);
+    std::fprintf(stream, "&#160;&#160;&#160;&#160;&#160;&#160;&#160;<font size=-1>%s:&#160 "
+                 "%5.2f&#160;%%func&#160;&#160;&#160;&#160; %5.2f&#160;%%block</font></h4>\n",
+                 compWithRef ? "miss rate" : "coverage", function, block);
+    std::fputs("<hr size=1 noshade>\n"
+               "<pre>\n", stream);
 }
+
+// clang-format on
 
 static void WriteSrcFileLineHeader(text_buffer& out, unsigned int line, Color color) {
     check_color(color);
@@ -103,8 +103,9 @@ static void WriteCovLineFooter(text_buffer& out, bool close) {
 }
 
 static void WriteSrcFileFooter(std::FILE* stream) {
-    std::fputs("</pre>\n", stream);
-    std::fputs("<hr size=1 noshade>\n", stream);
+    std::fputs("</pre>\n"
+               "<hr size=1 noshade>\n",
+               stream);
     printNameMail(stream, g_lpszMailName, g_lpszMailAddr);
     std::fputs("</body>\n", stream);
     std::fputs("</html>\n", stream);
@@ -208,8 +209,10 @@ void listing_writer::write_line(unsigned int line, std::string_view text, bool n
         }
     }
     out_.put_escaped(text.substr(written));
+    // Deliberate: a last line without newline stays open and has no counts, which follow the newline of a
+    // line.
     if (!newline)
-        return; // Deliberate: a last line without newline stays open and has no counts
+        return;
     WriteSrcFileLineFooter(out_);
     if (marked)
         write_count_lines(positions);

@@ -13,6 +13,9 @@
 static char* nameBuffer = nullptr; ///< the shared result of all builders; allocated on first use, never freed
 static std::int64_t nameBufferSize = 4096; ///< its capacity; only grows
 
+constexpr std::size_t kEndSize = 2;      ///< room for the "." in front of the extension and the NUL
+constexpr std::size_t kVersionSize = 13; ///< room for "_" and a number
+
 /// 2 raised to the bit length of `n`: the smallest power of two strictly greater than it.
 static std::int64_t nextPower2(int n) {
     return std::int64_t{1} << std::bit_width(static_cast<unsigned int>(n));
@@ -79,7 +82,7 @@ static void transform(char* text, const char* ext) {
 const char* getHTMLname(const char* name, const char* ext) {
     if (!name)
         return nullptr;
-    char* buffer = buffer_for(std::strlen(name) + std::strlen(ext) + 2);
+    char* buffer = buffer_for(std::strlen(name) + std::strlen(ext) + kEndSize);
     std::strcpy(buffer, name);
     transform(buffer, ext);
     return buffer;
@@ -88,7 +91,7 @@ const char* getHTMLname(const char* name, const char* ext) {
 const char* getVerHTMLname(const char* name, int ver, const char* ext) {
     if (!name)
         return nullptr;
-    const std::size_t size = std::strlen(name) + std::strlen(ext) + 15;
+    const std::size_t size = std::strlen(name) + std::strlen(ext) + kVersionSize + kEndSize;
     char* buffer = buffer_for(size);
     std::snprintf(buffer, size, "%s_%d", name, ver);
     transform(buffer, ext);
@@ -104,7 +107,8 @@ const char* getSrcHTMLname(const char* name, const char* ext) {
 const char* genDirHTMLname(const char* name, const char* ext, const char* separator) {
     if (!name)
         return nullptr;
-    const std::size_t size = std::strlen(name) + std::strlen(ext) + std::strlen(separator) + 14;
+    const std::size_t size =
+        std::strlen(REPORT_DIR) + std::strlen(separator) + std::strlen(name) + std::strlen(ext) + kEndSize;
     char* buffer = buffer_for(size);
     std::strcpy(buffer, REPORT_DIR);
     std::strcat(buffer, separator);
@@ -117,7 +121,8 @@ const char* genDirHTMLname(const char* name, const char* ext, const char* separa
 const char* genDirVerHTMLname(const char* name, int ver, const char* ext, const char* separator) {
     if (!name)
         return nullptr;
-    const std::size_t size = std::strlen(name) + std::strlen(ext) + std::strlen(separator) + 27;
+    const std::size_t size = std::strlen(REPORT_DIR) + std::strlen(separator) + std::strlen(name) +
+                             kVersionSize + std::strlen(ext) + kEndSize;
     char* buffer = buffer_for(size);
     std::snprintf(buffer, size, "%s%s%s_%d", REPORT_DIR, separator, name, ver);
     transform(buffer + std::strlen(REPORT_DIR) + std::strlen(separator), ext);
@@ -143,7 +148,8 @@ const char* getDirVerHTMLname(const char* name, int ver, const char* ext) {
 }
 
 const char* getDirSlashVerHTMLname(const char* name, int ver, const char* ext) {
-    // Deliberate: the root page always frames the page sorted by ascending name, whatever is asked for.
+    // Deliberate: the root page always frames the page sorted by ascending name, whatever is asked for, so
+    // that every report opens in the same order.
     static_cast<void>(ver);
     return genDirVerHTMLname(name, 4, ext, "/");
 }

@@ -71,7 +71,8 @@ void printNameMail(std::FILE* stream, const char* name, const char* address) {
 }
 
 void printFrameStart(std::FILE* stream) {
-    // Deliberate: the spacer image stands between row and cell; browsers move it in front of the table.
+    // Deliberate: the spacer image stands between row and cell; browsers move it in front of the table, where it
+    // sets it off from the text above.
     std::fputs(R"(<TABLE BORDER="0" CELLSPACING="0" CELLPADDING="0" ALIGN="center">)" "\n"
                "<TR>\n", stream);
     std::fprintf(stream, R"(<IMG SRC="%s" WIDTH="15" HEIGHT="2">)", kSpacerGif);

@@ -4,6 +4,16 @@
 
 #include <cstdio>
 
+const int kTitleLinks[7][3] = {
+    {4, 1, 6}, // -3
+    {4, 5, 0}, // -2
+    {4, 5, 6}, // -1
+    {4, 4, 4}, // 0
+    {2, 5, 6}, // 1
+    {4, 1, 6}, // 2
+    {4, 5, 0}, // 3
+};
+
 void check_sort_option(int order) {
     if (order >= -3 && order <= 3)
         return;
