@@ -14,7 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Columns with a title that sorts, as in kTitleLinks.
+/// Columns with a title that sorts, as in ref.
 enum index_column { COLUMN_NAME, COLUMN_FUNCTION_COVERAGE, COLUMN_BLOCK_COVERAGE };
 
 // A line of a page is a line here.
@@ -144,7 +144,7 @@ bool bCreateCov(bool covered, int order, const char* name, const char* ext, cons
         return false;
     }
     const bool figures = covered || compWithRef;
-    const int* links = kTitleLinks[page_number(order)];
+    const int* links = ref[page_number(order)];
     write_index_head(stream, covered, project);
     int* index = CreateIndex(count);
     SortFiles(index, count, order, list);

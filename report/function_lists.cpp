@@ -14,7 +14,7 @@
 #include <cstring>
 #include <string>
 
-/// Columns with a title that sorts, as in kTitleLinks.
+/// Columns with a title that sorts, as in ref.
 enum list_column { COLUMN_FUNCTION, COLUMN_COVERAGE, COLUMN_BLOCKS };
 
 /// Logical name of a list page.
@@ -65,7 +65,7 @@ static void write_list_head(std::FILE* stream, bool covered, const char* module)
 /// the lists take each TR for a function.
 static void write_list_titles(std::FILE* stream, bool covered, int order, const char* module,
                               const char* ext) {
-    const int* links = kTitleLinks[page_number(order)];
+    const int* links = ref[page_number(order)];
     const auto link = [&](list_column column) {
         return getHTMLname(list_name(module, covered, links[column]).c_str(), ext);
     };

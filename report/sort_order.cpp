@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-const int kTitleLinks[7][3] = {
+const int ref[7][3] = {
     {4, 1, 6}, // -3
     {4, 5, 0}, // -2
     {4, 5, 6}, // -1

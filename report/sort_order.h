@@ -20,7 +20,7 @@ constexpr int page_number(int order) {
 /// key that the column sorts by, less 1. Deliberate: the title of the sort key turns the direction round and
 /// any other title leads to its ascending page, except that the two descending figures lead to each other:
 /// whoever looks at the highest figures first goes on doing so when the figure changes.
-extern const int kTitleLinks[7][3];
+extern const int ref[7][3];
 
 /// Ends the run with "Invalid sorting option %d" on standard error and exit status 1 unless -3 <= order <= 3.
 void check_sort_option(int order);
