@@ -151,10 +151,10 @@ PieceId MangledNameReader::unresolved_name() {
     result_.is_ambiguous = true;
     const bool outer = is_strict_;
     is_strict_ = true;
-    Id scope = plain_simple_id();
+    Id scope = old_unresolved_ ? candidate(name()) : plain_simple_id();
     while (!old_unresolved_ && !failed_ && !take('E'))
         scope = join(2, scope, plain_simple_id());
-    const Id id = join(2, old_unresolved_ ? candidate(scope) : scope, plain_simple_id());
+    const Id id = join(2, scope, plain_simple_id());
     is_strict_ = outer;
     return id;
 }

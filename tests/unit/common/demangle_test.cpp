@@ -82,6 +82,8 @@ TEST(DemangleBound, ManyReferencesWithoutGrowthPass) {
           std::string("_ZSt4sortISaIcEEvT_S1_"), std::string("_Z1fIiEDTnw_T_EES0_"),
           std::string("_Z1fIJiiEEDTfrplT_EDpS0_"), std::string("_Z1fIiEDTplfp_fp_ET_"),
           std::string("_Z1gIiEDTclfp_fp_EET_"), std::string("_Z1fU8__vectorPi"),
+          // A template behind an old "sr" is a substitution twice, without and with its arguments.
+          std::string("_Z1fI1BE1AIXsr1XIT_E1xEES5_"),
           // Closures in templates, with references to one parameter in three nested signatures.
           std::string("_ZN3fmt2v96detail15do_parse_arg_idIcRZNS1_11parse_widthIcRNS1_13specs_checkerINS1_"
                       "13specs_handlerIcEEEEEEPKT_SB_SB_OT0_E13width_adapterEESB_SB_SB_SD_"),
