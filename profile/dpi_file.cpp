@@ -95,15 +95,12 @@ static void read_record(DPI_FILE* file, const char* fileName, std::uint64_t posi
     file->reader->read(position, head, 4, fileName);
     is_pgo_64 = (head[0] & PGOPTI_FLAG_64) != 0;
     file->reader->read(position, head, sizeof head, fileName);
-    if (DPI_version_get(head) != DPI_layout().version)
-        fail_format(fileName);
     const std::uint32_t size = DPI_record_size_get(head);
-    if (size < DPI_layout().header_size)
-        fail_format(fileName);
     if (size <= file->reader->size() - position) // otherwise the read below fails, before memory is asked for
         record.resize(size);
+    // A file that ends within the record is told as such, whatever the record's version.
     file->reader->read(position, record.data(), size, fileName);
-    if (!DPI_record_is_sound(record.data(), size))
+    if (DPI_version_get(head) != DPI_layout().version || !DPI_record_is_sound(record.data(), size))
         fail_format(fileName);
 }
 
