@@ -4,6 +4,7 @@
 #include "profile/dpi_record.h"
 
 #include <algorithm>
+#include <cmath>
 
 void add_block_cov(std::int32_t line, std::int32_t column, block_buffer& buffer, double count) {
     buffer.push_back({line, column, count});
@@ -22,7 +23,8 @@ void sort_blocks(block_buffer& buffer) {
 /// A count as it is written.
 static std::int32_t written_count(double count) {
     // Deliberate: readers of the exports expect 32-bit numbers; counts from 2^31 on show their low 32 bits.
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(DPI_count_to_u64(count)));
+    const std::uint32_t low = static_cast<std::uint32_t>(DPI_count_to_u64(std::abs(count)));
+    return static_cast<std::int32_t>(count < 0 ? 0 - low : low);
 }
 
 bool printTXT_bcov_full(std::FILE* stream, const block_buffer& buffer) {
