@@ -64,8 +64,9 @@ void text_buffer::put_percent(double value) {
 }
 
 void text_buffer::put_escaped(std::string_view text) {
-    // Each of the two characters is searched for once up to where it stands, so that the text is passed over
-    // in large steps.
+    // Deliberate: '&' stays as it is, so that an entity in a source text shows as the character it stands
+    // for. Each of the two characters is searched for once up to where it stands, so that the text is passed
+    // over in large steps.
     std::size_t start = 0;
     std::size_t less = text.find('<');
     std::size_t greater = text.find('>');

@@ -23,6 +23,8 @@ void tickTick() {
     // In 64 bits, as the sum may exceed the total by a quantum.
     const std::int64_t next = std::int64_t{tickNextTick} + tickQuantum;
     tickNextTick = next > tickTotal && percentage < 100 ? tickTotal : static_cast<std::int32_t>(next);
+    // Deliberate: a report of fewer than five routines has a quantum of 0 and no label; it is over before one
+    // is read.
     if (tickTicks <= tickQuantum)
         std::fputs("Progress: ", stdout);
     if (percentage < 100)

@@ -104,6 +104,8 @@ bool bOutputFunctionCoverageTxt(std::FILE* stream) {
     return true;
 }
 
+// Deliberate: neither export escapes names. Scripts look for them as the compiler and the text export write
+// them.
 static void first_xml_heading(std::FILE* stream, const char* file) {
     std::fprintf(stream, "<MODULE name = \"%s\">\n", file);
 }
@@ -122,6 +124,7 @@ static void write_xml_function(std::FILE* stream, const function_figures& figure
 
 bool bOutputFunctionCoverageXML(std::FILE* stream) {
     write_covered_functions(stream, {first_xml_heading, next_xml_heading, write_xml_function});
+    // Deliberate: also where no module was begun, so that every export ends in the same way.
     std::fputs("</MODULE>\n", stream);
     return true;
 }

@@ -14,7 +14,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-/// The part of a profile behind the counts of runs and records; the words before it are outside the lock.
+/// The part of a profile behind the counts of runs and records. Deliberate: the words before it are outside
+/// the lock, so that they can be looked at while a program merges its counts.
 constexpr off_t kLockStart = 16;
 
 /// Where instrumented programs merge their counts into one file, a half-merged profile must not be read.

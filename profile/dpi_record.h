@@ -9,8 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Layout of the record that was opened last. There is one flag for the whole process, so a main and a
-/// reference profile must have the same counter width.
+/// Layout of the record that was opened last. Deliberate: there is one flag for the whole process, so a main
+/// and a reference profile must have the same counter width; only counts of one width can be compared.
 extern bool is_pgo_64;
 
 /// The layout that is_pgo_64 selects.

@@ -301,6 +301,7 @@ bool bOutputLineCoverage(const char* ext) {
         return false;
         // infeasible: end
     }
+    // Deliberate: the page of an empty source is its head alone.
     if (!text.empty())
         WriteSrcFileFooter(page);
     close_output(page);
