@@ -91,6 +91,8 @@ void file_list_node::rehash(std::size_t slotCount) {
 }
 
 block_list_node* file_list_node::find_or_create(unsigned int line, unsigned int column) {
+    // Deliberate: where the source has become shorter than what was compiled, its blocks still count; they
+    // show at its beginning.
     if (line > lineCount_)
         line = column = 1;
     try {

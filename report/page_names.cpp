@@ -67,8 +67,9 @@ char* revPos(char* s, char c) {
     return s && *s ? std::strrchr(s, c) : nullptr;
 }
 
-/// Rewrites the page name at `text` in place and appends "." and `ext`, all in upper case. Names that differ
-/// only in what is rewritten become one file; the later page overwrites the earlier.
+/// Rewrites the page name at `text` in place and appends "." and `ext`, all in upper case. Deliberate: names
+/// that differ only in what is rewritten become one file, and the later page overwrites the earlier. A page's
+/// name follows from that of its source alone, so that links from elsewhere stay valid.
 static void transform(char* text, const char* ext) {
     if (char* dot = revPos(text, '.'))
         *dot = '_';
