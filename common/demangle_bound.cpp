@@ -298,6 +298,16 @@ static bool is_surely_short(const char* name, std::size_t limit) {
     return !has_params || !has_multiples;
 }
 
+/// Whether some part of the name could be taken for a broken constructor, destructor or closure. If the
+/// demangler of GCC 12 meets one behind the break of a scope, it never returns.
+static bool may_not_end(const char* at) {
+    for (; (at = std::strpbrk(at, "CDU")) != nullptr; ++at) {
+        if (at[1] == '\0' || !std::strchr(*at == 'C' ? "12345I" : *at == 'D' ? "01245Tt" : "lt", at[1]))
+            return true;
+    }
+    return false;
+}
+
 bool demangles_within(const char* name, std::size_t limit) {
     if (is_surely_short(name, limit))
         return true;
@@ -309,7 +319,7 @@ bool demangles_within(const char* name, std::size_t limit) {
                 return false;
             is_understood = true;
         }
-        if (!pieces.is_ambiguous)
+        if (!pieces.is_ambiguous || (pieces.failed_in_scope && may_not_end(name)))
             break;
     }
     return is_understood;

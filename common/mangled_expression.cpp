@@ -13,7 +13,11 @@ PieceId MangledNameReader::literal() {
         return join(1, id);
     }
     const Id id = type();
+    const bool is_null = at_[-2] == 'D' && at_[-1] == 'n';
     const char* const start = at_;
+    take('n');
+    if (is_strict_ && peek() == 'E' && !is_null)
+        return fail();
     while (peek() != 'E' && peek() != '\0')
         ++at_;
     const auto length = static_cast<std::uint32_t>(at_ - start);
@@ -138,9 +142,8 @@ PieceId MangledNameReader::simple_id() {
     return peek() == 'I' ? with_args(id) : id;
 }
 
-/// What follows `sr`: a type or, ended by E, names; then the name of the member. The demangler of GCC 12
-/// never returns if it meets a broken constructor, destructor or closure after "sr1A", so the walk is strict
-/// there.
+/// What follows `sr`: a type or, ended by E, names; then the name of the member. Where one of the names
+/// before E is broken, the demangler of GCC 12 goes on behind the break, so the walk is strict there.
 PieceId MangledNameReader::unresolved_name() {
     if (!is_digit(peek())) {
         if (peek() != 'T' && peek() != 'S' && peek() != 'N' && !sees("Dt") && !sees("DT"))
@@ -154,9 +157,8 @@ PieceId MangledNameReader::unresolved_name() {
     Id scope = old_unresolved_ ? candidate(name()) : plain_simple_id();
     while (!old_unresolved_ && !failed_ && !take('E'))
         scope = join(2, scope, plain_simple_id());
-    const Id id = join(2, scope, plain_simple_id());
     is_strict_ = outer;
-    return id;
+    return join(2, scope, plain_simple_id());
 }
 
 PieceId MangledNameReader::plain_simple_id() {

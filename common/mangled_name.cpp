@@ -40,6 +40,7 @@ void MangledNameReader::expect(char c) {
 }
 
 PieceId MangledNameReader::fail() {
+    result_.failed_in_scope = result_.failed_in_scope || (is_strict_ && !failed_);
     failed_ = true;
     at_ = end_;
     return 0;
@@ -297,7 +298,7 @@ PieceId MangledNameReader::plain_unqualified_name() {
         discriminator();
         return id;
     }
-    if (take("DC")) { // structured binding
+    if (!is_strict_ && take("DC")) { // structured binding
         Id id = join(4);
         while (!failed_ && !take('E'))
             id = join(2, id, source_name());

@@ -43,7 +43,8 @@ struct MangledName {
     std::vector<Piece> pieces;
     std::vector<std::vector<PieceId>> lists; ///< template arguments and packs; the first is empty
     PieceId whole = 0;
-    bool is_ambiguous = false; ///< holds an unresolved name that can be read in two ways
+    bool is_ambiguous = false;    ///< holds an unresolved name that can be read in two ways
+    bool failed_in_scope = false; ///< is broken within the scope of an unresolved name
 };
 
 /// Reads `text` (null-terminated, beginning with "_Z") in time linear in its length. `old_unresolved`: the

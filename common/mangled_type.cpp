@@ -155,7 +155,7 @@ PieceId MangledNameReader::extended_type() {
         expect('_');
         return candidate(join(kOperator, size, type()));
     }
-    if (take("DF")) {
+    if (!is_strict_ && take("DF")) {
         number();
         take('_');
         return join(kOperator);
