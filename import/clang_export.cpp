@@ -87,6 +87,7 @@ class export_handler {
     bool skip_value();
     bool other_value();
     bool number(std::int64_t value);
+    bool number_outside_regions(std::int64_t value);
     bool wants_string() const;
     void begin_function();
     void end_function();
@@ -107,8 +108,8 @@ class export_handler {
     bool count_seen_ = false;
     bool filenames_seen_ = false;
     bool regions_seen_ = false;
-    export_region region_ = {}; ///< the one being read
-    std::size_t fields_ = 0;    ///< numbers of it so far
+    export_region* region_ = nullptr; ///< the one being read, the function's last
+    std::size_t fields_ = 0;          ///< numbers of it so far
 };
 
 void export_handler::foreign() const {
@@ -170,6 +171,7 @@ bool export_handler::on_array_begin(json::error_code&) {
         return skip_value();
     if (place_ == place::regions) {
         place_ = place::region;
+        region_ = &function_.regions.emplace_back();
         fields_ = 0;
         return true;
     }
@@ -208,7 +210,6 @@ bool export_handler::on_array_end(std::size_t, json::error_code&) {
         if (fields_ < kRegionFields)
             import_error("%s: a region of function \"%s\" has %zu numbers instead of %d", input_.c_str(),
                          printable(function_.name).c_str(), fields_, static_cast<int>(kRegionFields));
-        function_.regions.push_back(region_);
         place_ = place::regions;
         break;
     case place::data:
@@ -258,14 +259,17 @@ bool export_handler::on_string_part(json::string_view part, std::size_t, json::e
 bool export_handler::on_string(json::string_view part, std::size_t total, json::error_code& error) {
     if (!wants_string())
         return other_value();
-    on_string_part(part, total, error);
+    // Most come in one part, which needs no copy.
+    if (!text_.empty())
+        on_string_part(part, total, error);
+    const std::string_view whole = text_.empty() ? std::string_view(part.data(), part.size()) : text_;
     if (place_ == place::filenames) {
-        function_.filenames.push_back(text_);
+        function_.filenames.add(whole);
     } else if (key_ == key::name) {
-        function_.name = text_;
+        function_.name = whole;
         name_seen_ = true;
     } else {
-        (key_ == key::type ? type_ : version_) = text_;
+        (key_ == key::type ? type_ : version_) = whole;
     }
     text_.clear();
     return true;
@@ -276,16 +280,20 @@ bool export_handler::on_number_part(json::string_view part, json::error_code&) {
     return true;
 }
 
+/// Most of an export are numbers, skipped or in regions: this is short, so that it becomes part of the
+/// parser.
 bool export_handler::number(std::int64_t value) {
-    integral_ = true;
     if (skip_depth_ != 0)
         return true;
-    if (place_ == place::region) {
-        if (fields_ < kRegionFields)
-            region_[fields_] = value;
-        ++fields_; // numbers that newer exports may add are ignored
-        return true;
-    }
+    if (place_ != place::region)
+        return number_outside_regions(value);
+    if (fields_ < kRegionFields)
+        (*region_)[fields_] = value;
+    ++fields_; // numbers that newer exports may add are ignored
+    return true;
+}
+
+bool export_handler::number_outside_regions(std::int64_t value) {
     if (place_ != place::function || key_ != key::count)
         return other_value();
     function_.count = value;
@@ -305,11 +313,12 @@ bool export_handler::on_uint64(std::uint64_t value, json::string_view, json::err
 /// Integers beyond 64 bits come here, too.
 bool export_handler::on_double(double value, json::string_view part, json::error_code& error) {
     on_number_part(part, error);
-    if (integral_)
-        return number(value < 0 ? std::numeric_limits<std::int64_t>::min()
-                                : std::numeric_limits<std::int64_t>::max());
+    const bool integral = integral_;
     integral_ = true;
-    return other_value();
+    if (!integral)
+        return other_value();
+    return number(value < 0 ? std::numeric_limits<std::int64_t>::min()
+                            : std::numeric_limits<std::int64_t>::max());
 }
 
 void export_handler::begin_function() {

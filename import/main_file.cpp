@@ -161,7 +161,7 @@ bool extract_main_file(const export_function& function, const std::string& input
     if (function.regions.empty())
         return false;
     const std::int64_t file = main_file_number(place);
-    result->file = function.filenames[static_cast<std::size_t>(file)];
+    result->file = function.filenames.at(static_cast<std::size_t>(file));
     result->count = static_cast<std::uint64_t>(function.count);
     result->regions.clear();
     const bool found = main_file_regions(function, file).collect(&result->regions);

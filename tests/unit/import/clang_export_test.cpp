@@ -15,7 +15,7 @@ static std::string read(const std::string& json) {
     std::string text;
     export_function memory = {};
     const auto add = [&text](const export_function& function) {
-        text += function.name + " in " + function.filenames.at(0) + "\n";
+        text += function.name + " in " + std::string(function.filenames.at(0)) + "\n";
     };
     read_clang_export(stream, "x.json", add, &memory);
     std::fclose(stream);
