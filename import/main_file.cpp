@@ -44,10 +44,11 @@ static void check_region(const message_place& place, const export_region& region
         bad_number(place, "a region that ends before its start in line", region[kLineStart]);
 }
 
-/// The lowest file number that no expansion leads to.
+/// Checks the regions and returns the lowest file number that no expansion leads to.
 static std::int64_t main_file_number(const message_place& place) {
     std::vector<bool> expanded(place.function.filenames.size());
     for (const export_region& region : place.function.regions) {
+        check_region(place, region);
         if (region[kKind] == kExpansion)
             expanded[static_cast<std::size_t>(region[kExpandedFileID])] = true;
     }
@@ -64,13 +65,18 @@ static std::uint32_t line_or_column(std::int64_t value) {
 }
 
 static source_region to_source_region(const export_region& region, region_kind kind) {
-    source_region result = {};
-    result.start = {line_or_column(region[kLineStart]), line_or_column(region[kColumnStart])};
-    result.end_line = line_or_column(region[kLineEnd]);
-    result.end_column = line_or_column(region[kColumnEnd]) & kLargestColumn;
-    result.kind_bits = static_cast<std::uint32_t>(kind) & 3U;
-    result.count = static_cast<std::uint64_t>(region[kExecutionCount]);
-    return result;
+    return {
+        .start = {line_or_column(region[kLineStart]), line_or_column(region[kColumnStart])},
+        .end_line = line_or_column(region[kLineEnd]),
+        .end_column = line_or_column(region[kColumnEnd]) & kLargestColumn,
+        .kind_bits = static_cast<std::uint32_t>(kind) & 3U,
+        .count = static_cast<std::uint64_t>(region[kExecutionCount]),
+    };
+}
+
+/// A place in one number, which is faster to compare.
+static std::uint64_t one_number(std::int64_t line, std::int64_t column) {
+    return (static_cast<std::uint64_t>(line) << 32) | static_cast<std::uint64_t>(column);
 }
 
 namespace {
@@ -81,7 +87,7 @@ class main_file_regions {
     main_file_regions(const export_function& function, std::int64_t file) : function_(function), file_(file) {
         for (const export_region& region : function.regions) {
             if (region[kFileID] == file && region[kKind] == kGap)
-                gap_ends_.emplace_back(region[kLineEnd], region[kColumnEnd]);
+                gap_ends_.push_back(one_number(region[kLineEnd], region[kColumnEnd]));
         }
         std::sort(gap_ends_.begin(), gap_ends_.end());
     }
@@ -102,7 +108,7 @@ class main_file_regions {
     bool is_code(const export_region& region) const {
         if (region[kKind] == kExpansion)
             return std::binary_search(gap_ends_.begin(), gap_ends_.end(),
-                                      std::pair(region[kLineStart], region[kColumnStart]));
+                                      one_number(region[kLineStart], region[kColumnStart]));
         return region[kKind] == kCode;
     }
 
@@ -110,9 +116,11 @@ class main_file_regions {
     bool collect_as_code(std::vector<source_region>* regions, Predicate is_counted) const {
         bool found = false;
         for (const export_region& region : function_.regions) {
+            if (region[kFileID] != file_) // often most of them: the text of macros from headers
+                continue;
             const bool counted = is_counted(region);
             const std::int64_t kind = region[kKind];
-            if (region[kFileID] != file_ || (!counted && kind != kSkipped && kind != kGap))
+            if (!counted && kind != kSkipped && kind != kGap)
                 continue;
             const region_kind as = counted            ? region_kind::code
                                    : kind == kSkipped ? region_kind::skipped
@@ -128,7 +136,7 @@ class main_file_regions {
 
     const export_function& function_;
     std::int64_t file_;
-    std::vector<std::pair<std::int64_t, std::int64_t>> gap_ends_; ///< ascending
+    std::vector<std::uint64_t> gap_ends_; ///< ascending
 };
 
 } // namespace
@@ -137,10 +145,12 @@ class main_file_regions {
 /// twice.
 static void sort_and_join(std::vector<source_region>* regions) {
     const auto extent = [](const source_region& r) {
-        return std::tuple(r.start, ~r.end_line, kLargestColumn - r.end_column, r.kind());
+        return std::pair(one_number(r.start.line, r.start.column),
+                         one_number(~r.end_line, (kLargestColumn - r.end_column) << 2 | r.kind_bits));
     };
-    std::stable_sort(regions->begin(), regions->end(),
-                     [&](const source_region& a, const source_region& b) { return extent(a) < extent(b); });
+    const auto before = [&](const source_region& a, const source_region& b) { return extent(a) < extent(b); };
+    if (!std::is_sorted(regions->begin(), regions->end(), before)) // they often are
+        std::sort(regions->begin(), regions->end(), before);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < regions->size(); ++i) {
         const source_region region = (*regions)[i];
@@ -152,19 +162,34 @@ static void sort_and_join(std::vector<source_region>* regions) {
     regions->resize(kept);
 }
 
+/// `regions` are in order, and one of them is counted.
+static source_extent function_extent(const std::vector<source_region>& regions) {
+    source_extent extent = {};
+    bool first = true;
+    for (const source_region& region : regions) {
+        if (region.kind() != region_kind::code)
+            continue;
+        if (first)
+            extent = {region.start, region.end()};
+        extent.end = std::max(extent.end, region.end());
+        first = false;
+    }
+    return extent;
+}
+
 bool extract_main_file(const export_function& function, const std::string& input,
                        main_file_function* result) {
     const message_place place = {input, function};
     check_range(place, "an entry count of", function.count, kLargestCount);
-    for (const export_region& region : function.regions)
-        check_region(place, region);
     if (function.regions.empty())
         return false;
     const std::int64_t file = main_file_number(place);
     result->file = function.filenames.at(static_cast<std::size_t>(file));
     result->count = static_cast<std::uint64_t>(function.count);
     result->regions.clear();
-    const bool found = main_file_regions(function, file).collect(&result->regions);
+    if (!main_file_regions(function, file).collect(&result->regions))
+        return false;
     sort_and_join(&result->regions);
-    return found;
+    result->extent = function_extent(result->regions);
+    return true;
 }

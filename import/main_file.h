@@ -13,6 +13,7 @@ struct main_file_function {
     std::string file;                   ///< as the export names it
     std::uint64_t count;                ///< entries of the function
     std::vector<source_region> regions; ///< ascending by start; at one start the longer comes first
+    source_extent extent;               ///< from the start of the first counted region to the end of the last
 };
 
 /// Checks every number of `function` and extracts its main file's regions. Regions with the same extent

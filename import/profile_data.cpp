@@ -59,7 +59,7 @@ static file_extents find_nested(const record_store& store, const std::vector<std
                                 const source_text& source) {
     file_extents result;
     for (const std::uint32_t index : indices)
-        result.extents.push_back(function_extent(store.functions()[index].regions));
+        result.extents.push_back(store.functions()[index].extent);
     std::vector<source_extent>& extents = result.extents;
     std::sort(extents.begin(), extents.end(), longer_first);
     extents.erase(std::unique(extents.begin(), extents.end()), extents.end());
@@ -117,7 +117,7 @@ class file_builder {
         std::uint64_t count;
     };
 
-    candidate lay_out(stored_function* function) const;
+    candidate lay_out(stored_function* function);
     void merge(candidate* best, candidate other);
     void add_record(const std::string& name, candidate function);
     std::size_t extent_index(const source_extent& extent) const;
@@ -128,6 +128,7 @@ class file_builder {
     profile_data& profile_;
     source_text source_;
     file_extents extents_;
+    block_builder block_builder_{source_};
 };
 
 std::size_t file_builder::extent_index(const source_extent& extent) const {
@@ -137,13 +138,12 @@ std::size_t file_builder::extent_index(const source_extent& extent) const {
 }
 
 /// The regions are released: the blocks replace them.
-file_builder::candidate file_builder::lay_out(stored_function* function) const {
+file_builder::candidate file_builder::lay_out(stored_function* function) {
     const std::vector<source_region> regions = std::move(function->regions);
     function->regions = {};
-    const source_extent extent = function_extent(regions);
-    const std::size_t index = extent_index(extent);
-    return {build_blocks(regions, extents_.nested[index], extents_.marks[index], source_), extent,
-            function->count};
+    const std::size_t index = extent_index(function->extent);
+    return {block_builder_.build(regions, function->extent, extents_.nested[index], extents_.marks[index]),
+            function->extent, function->count};
 }
 
 void file_builder::merge(candidate* best, candidate other) {

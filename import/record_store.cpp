@@ -50,8 +50,8 @@ void record_store::add(const std::string& file, std::string_view name, const mai
         if (entry.file == index && entry.name == name && same_regions(entry.regions, function.regions))
             return add_up(&entry, function);
     }
-    stored_function entry = {index, head->second, std::string(name), function.count, function.regions};
-    entry.regions.shrink_to_fit();
+    stored_function entry = {index,          head->second,    std::string(name),
+                             function.count, function.extent, function.regions};
     head->second = static_cast<std::uint32_t>(functions_.size());
     functions_.push_back(std::move(entry));
 }

@@ -16,6 +16,7 @@ struct stored_function {
     std::uint32_t next; ///< next entry with the same hash; for the store only
     std::string name;
     std::uint64_t count; ///< entries, of all inputs
+    source_extent extent;
     std::vector<source_region> regions;
 };
 

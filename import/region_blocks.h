@@ -22,21 +22,51 @@ struct nested_function {
     std::uint32_t first_line; ///< line from which vexcov marks it when it was never called
 };
 
-/// From the start of the first counted region to the end of the last. `regions` as main_file_function has
-/// them, with at least one counted region; the same below.
-source_extent function_extent(const std::vector<source_region>& regions);
-
 /// The first code inside a function's braces; the opening brace for one without.
 source_position first_code_inside(const source_extent& function, code_cursor* cursor);
 
-/// The blocks in ascending order of their positions, at least two: the first is the function's entry, the
-/// last stands at its closing brace and has no count yet. `nested`: what is defined directly inside,
-/// ascending. `own_mark`: for a function that lies inside another one itself, its first code, where vexcov
-/// marks it when it was never called.
-std::vector<profile_block> build_blocks(const std::vector<source_region>& regions,
-                                        const std::vector<nested_function>& nested,
-                                        const std::optional<source_position>& own_mark,
-                                        const source_text& source);
+/// Makes the blocks of the functions of one source file.
+class block_builder {
+  public:
+    /// `source` must outlive this.
+    explicit block_builder(const source_text& source) : source_(source) {}
+
+    /// The blocks in ascending order of their positions, at least two: the first is the function's entry, the
+    /// last stands at its closing brace and has no count yet. `regions` and `extent` as main_file_function
+    /// has them, with at least one counted region. `nested`: what is defined directly inside, ascending.
+    /// `own_mark`: for a function that lies inside another one itself, its first code, where vexcov marks it
+    /// when it was never called.
+    std::vector<profile_block> build(const std::vector<source_region>& regions, const source_extent& extent,
+                                     const std::vector<nested_function>& nested,
+                                     const std::optional<source_position>& own_mark);
+
+  private:
+    /// A place where code goes on after something inside it has ended.
+    struct continuation {
+        source_position from;  ///< end of the inner region
+        source_position limit; ///< end of the region that encloses it
+    };
+
+    void split_by_kind(const std::vector<source_region>& regions);
+    void find_continuations(const std::vector<nested_function>& nested);
+    std::optional<source_position> place_without_source(const continuation& place) const;
+    void add_joins();
+    void add_returns(const std::vector<nested_function>& nested);
+    void merge_positions();
+    std::vector<profile_block> count_positions();
+
+    const source_text& source_;
+
+    // The function that is being built; kept for their memory.
+    std::vector<source_region> code_;         ///< ascending by start, the longer first
+    std::vector<source_extent> gaps_;         ///< ascending by start
+    std::vector<source_extent> skipped_;      ///< ascending by start
+    std::vector<continuation> continuations_; ///< ascending
+    std::vector<source_position> found_;      ///< positions that are no starts of code regions
+    std::vector<source_position> positions_;  ///< of all blocks but the last; ascending, each once
+    std::vector<source_position> open_ends_;  ///< of the regions around a place, the innermost last
+    std::vector<const source_region*> open_;  ///< the regions around a place, the innermost last
+};
 
 /// Counts the last block: `entries` when every other block was executed, else 0. vexcov counts one block more
 /// of each function that has blocks left, so the percentage is 100 exactly when everything was executed.

@@ -8,6 +8,7 @@
 source_text::source_text(const std::string& path) : readable_(load_source(path.c_str(), &text_)) {
     if (!readable_)
         return;
+    line_starts_.reserve(text_.size() / 32); // enough for most sources
     line_starts_.push_back(0);
     for (std::size_t i = text_.find('\n'); i != std::string_view::npos; i = text_.find('\n', i + 1))
         line_starts_.push_back(i + 1);
