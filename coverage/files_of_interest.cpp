@@ -118,14 +118,15 @@ int getModuleNames(const char* path) {
     char line[4096]; // a longer line counts as several
     while (std::fgets(line, sizeof line, file))
         read_line(line, path);
-    if (std::ferror(file)) {
-        std::fprintf(stderr, "ERROR: cannot read %s\n", path);
-        pgt_Exit(1);
-    }
+    const bool failed = std::ferror(file) != 0;
     if (std::fclose(file) != 0)
         std::fprintf(stderr, "WARNING: couldn't close the component file %s\n", path);
     patterns_prepared = 0;
     check_component_file(path);
+    if (failed) { // some of it may be missing
+        std::fprintf(stderr, "ERROR: cannot read %s\n", path);
+        pgt_Exit(1);
+    }
     return 0;
 }
 
