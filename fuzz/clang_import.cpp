@@ -26,7 +26,7 @@ static std::string_view next_part(std::string_view* input) {
 static std::vector<std::string> arguments(std::string_view choices, bool below_root) {
     std::vector<std::string> result = {"vexcov-import", "clang", "-spi", "s", "-dpi", "d", "-runs", "3"};
     if (below_root)
-        result.insert(result.end(), {"-root", scratch_directory()});
+        result.insert(result.end(), {"-root", scratch().path().string() + "/"});
     byte_script script(reinterpret_cast<const std::uint8_t*>(choices.data()), choices.size());
     while (!script.empty())
         result.emplace_back(
@@ -36,17 +36,12 @@ static std::vector<std::string> arguments(std::string_view choices, bool below_r
     return result;
 }
 
-static outcome run_importer(std::vector<std::string> arguments) {
-    std::vector<char*> argv;
-    for (std::string& argument : arguments)
-        argv.push_back(argument.data());
-    argv.push_back(nullptr);
+static outcome run_importer(const std::vector<std::string>& arguments) {
     std::FILE* const real_input = stdin;
-    std::FILE* const input = std::fopen((scratch_directory() + "j").c_str(), "r");
-    stdin = input;
-    outcome end = run_product([&] { import_main(static_cast<int>(argv.size()) - 1, argv.data()); });
+    stdin = std::fopen((scratch().path() / "j").c_str(), "r");
+    outcome end = run_in_scratch([&] { call_main(import_main, arguments); });
+    std::fclose(stdin);
     stdin = real_input;
-    std::fclose(input);
     return end;
 }
 
@@ -85,10 +80,10 @@ static void check_pair() {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view input(reinterpret_cast<const char*>(data), size);
     clear_scratch();
-    write_scratch("j", next_part(&input));
+    scratch().put("j", next_part(&input));
     const std::string_view source = next_part(&input);
     for (const char* name : {"flow.cpp", "features.cpp", "features.h", "src/a.c"})
-        write_scratch(name, source);
+        scratch().put(name, source);
     const std::vector<std::string> command = arguments(input, size % 2 != 0);
     const outcome end = run_importer(command);
     const std::string dynamic_profile = read_scratch("d");
@@ -99,7 +94,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             "a profile appears when all is well, and only then");
     if (dynamic_profile.empty() || static_profile.empty())
         return 0;
-    require(!run_product(check_pair).ended, "the readers accept what was written");
+    require(!run_in_scratch(check_pair).ended, "the readers accept what was written");
     require(run_importer(command).status == 0 && read_scratch("d") == dynamic_profile &&
                 read_scratch("s") == static_profile,
             "the same again in the place of the profiles");

@@ -170,9 +170,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         functions[i].next = i + 1 < lines.size() ? &functions[i + 1] : nullptr;
     }
     const std::string_view source = script.rest();
-    write_scratch("source", source);
+    scratch().put("source", source);
     bool stray_end = false;
-    const outcome end = run_product([&] {
+    const outcome end = run_in_scratch([&] {
         choose_markers(choice);
         if (!functions.empty())
             order_func(functions.data());

@@ -94,9 +94,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::size_t end_of_list = std::min(input.find('\1'), input.size());
     const std::string_view list = input.substr(0, end_of_list);
     const std::string_view names = input.substr(std::min(end_of_list + 1, size));
-    write_scratch("list", list);
+    scratch().put("list", list);
     const plain_list plain = read_plainly(list);
-    const outcome end = run_product([&] {
+    const outcome end = run_in_scratch([&] {
         getModuleNames("list");
         check_answers(plain, names);
     });

@@ -114,10 +114,10 @@ static void check_segments(DPI_FILE* file, std::string_view bytes, bool one_widt
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    write_scratch("p", bytes);
+    scratch().put("p", bytes);
     DPI_FILE* file = nullptr;
     bool one_width = false;
-    const outcome end = run_product([&] {
+    const outcome end = run_in_scratch([&] {
         file = PGOPTI_Open_Dpi_File("p");
         if (!file)
             return;

@@ -1,10 +1,12 @@
 // What the fuzz targets share.
 //
 // A target is one LLVMFuzzerTestOneInput, linked with libFuzzer or with replay_main.cpp. It gives its input
-// to the program's own code inside run_product, which turns the end of a run into an outcome and afterwards
-// puts every process-wide variable back to where a fresh process has it. A property that does not hold ends
-// the process, which the engine reports with the input.
+// to the program's own code inside run_in_scratch. A property that does not hold ends the process, which the
+// engine reports with the input.
 #pragma once
+
+#include "tests/tools/product.h"
+#include "tests/tools/scratch.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,30 +17,20 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-/// How a call of the program's code ended, and what it wrote to the two standard streams.
-struct outcome {
-    bool ended = false; ///< by pgt_Exit; false when the call came back
-    int status = 0;     ///< the exit status, when it ended
-    std::string output;
-    std::string errors;
-};
-
-/// Runs `call` in the scratch directory. The end of a run with another status than 0 and 1, or with status 1
+/// run_product in the scratch directory. The end of a run with another status than 0 and 1, or with status 1
 /// and without a message, does not hold as a property.
-outcome run_product(const std::function<void()>& call);
+outcome run_in_scratch(const std::function<void()>& call);
 
 /// Reports `property` and aborts unless it holds.
 void require(bool holds, const char* property);
 
-/// A directory of this process below /dev/shm or /tmp, with a slash at its end; removed when the process ends
-/// normally.
-const std::string& scratch_directory();
+/// The directory of this process's files; removed when the process ends normally.
+const scratch_directory& scratch();
 
 /// Removes everything in the scratch directory.
 void clear_scratch();
 
-/// Writes or reads a file of the scratch directory. A file that is not there reads as empty.
-void write_scratch(const std::string& name, std::string_view bytes);
+/// Reads a file of the scratch directory. A file that is not there reads as empty.
 std::string read_scratch(const std::string& name);
 
 /// The words between the separators.

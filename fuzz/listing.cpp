@@ -119,8 +119,7 @@ static std::size_t size_bound(std::string_view source, const plain_positions& pl
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool directory_made =
-        std::filesystem::create_directories(scratch_directory() + "CodeCoverage");
+    static const bool directory_made = std::filesystem::create_directories(scratch().path() / "CodeCoverage");
     require(directory_made, "a directory for the pages can be made");
     const std::string_view input(reinterpret_cast<const char*>(data), size);
     byte_script head(data, std::min<std::size_t>(size, 2));
@@ -132,12 +131,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view source = input.substr(std::min<std::size_t>(size, 2) + positions_size);
     std::size_t newlines = static_cast<std::size_t>(std::count(source.begin(), source.end(), '\n'));
     newlines += !source.empty() && source.back() != '\n' ? 1 : 0;
-    write_scratch("s.c", source);
+    scratch().put("s.c", source);
     bool written = false;
     COMP routine = {};
     routine.fileName = "s.c";
     plain_positions plain = {static_cast<std::uint32_t>(newlines + 1), {}};
-    const outcome end = run_product([&] {
+    const outcome end = run_in_scratch([&] {
         set_options(choice);
         const parser markers("s.c", one_line_disable, start_disable_block, end_disable_block);
         pars = &const_cast<parser&>(markers);

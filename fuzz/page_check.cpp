@@ -79,7 +79,8 @@ void check_page(std::string_view page, const std::string& directory) {
             target = target.substr(0, target.find('#'));
             if (target.empty() || target.starts_with("https:") || target.starts_with("mailto:"))
                 continue;
-            require(std::filesystem::is_regular_file(scratch_directory() + directory + std::string(target)),
+            require(std::filesystem::is_regular_file(scratch().path().string() + "/" + directory +
+                                                     std::string(target)),
                     "a link leads to a page");
         }
     }

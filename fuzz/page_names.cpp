@@ -136,7 +136,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (!number.empty())
         std::memcpy(&value, number.data(), number.size());
     const bool text = script.flag();
-    run_product([&] {
+    run_in_scratch([&] {
         if (text) {
             check_text(script);
             check_numbers(value == INT64_MIN ? 0 : value);

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -27,8 +25,7 @@ int main(int argc, char** argv) {
     std::sort(inputs.begin(), inputs.end());
     LLVMFuzzerTestOneInput(nullptr, 0);
     for (const fs::path& input : inputs) {
-        std::ifstream stream(input, std::ios::binary);
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
+        const std::string bytes = read_file(input);
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     }
     std::printf("%zu inputs replayed\n", inputs.size());

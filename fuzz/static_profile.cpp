@@ -128,11 +128,11 @@ static void check_list(COMP* head, int count, const plain_profile* plain) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    write_scratch("s", text);
+    scratch().put("s", text);
     const std::string name = size == 0 ? "absent" : "s";
     const bool comparable = numbers_are_small(text);
-    const plain_profile plain = read_plainly(scratch_directory() + name);
-    const outcome end = run_product([&] {
+    const plain_profile plain = read_plainly(scratch().path() / name);
+    const outcome end = run_in_scratch([&] {
         int count = -1;
         COMP* head = GetComponentList(name.c_str(), &count);
         check_list(head, count, comparable ? &plain : nullptr);

@@ -80,7 +80,7 @@ static void add_record(scenario& run, std::size_t profile, const std::string& fi
 }
 
 static void add_source(scenario& run, const std::string& name, std::string_view text) {
-    write_scratch(name, text);
+    scratch().put(name, text);
     run.sources.insert(name);
 }
 
@@ -102,7 +102,7 @@ static void read_options(byte_script& script, scenario& run) {
         const std::vector<std::string_view> pages = split(blocked_pages);
         const unsigned int page = script.below(24);
         if (page < pages.size())
-            fs::create_directories(scratch_directory() + std::string(pages[page]));
+            fs::create_directories(scratch().path() / std::string(pages[page]));
         run.html = !script.flag();
         if (!run.html)
             add_options(run, "-txtfcvrg f.txt -xmlfcvrg f.xml");
@@ -235,12 +235,12 @@ static void write_files(byte_script& script, const scenario& run) {
             text += record;
         std::string bytes = compile_profile_text(text);
         damage(script, bytes);
-        write_scratch(profile == 0 ? "pgopti.dpi" : "ref.dpi", bytes);
+        scratch().put(profile == 0 ? "pgopti.dpi" : "ref.dpi", bytes);
     }
     std::string static_profile = run.static_profile;
     damage(script, static_profile);
-    write_scratch("pgopti.spi", static_profile);
-    write_scratch("list", run.component_list);
+    scratch().put("pgopti.spi", static_profile);
+    scratch().put("list", run.component_list);
 }
 
 /// Checks the pages of a run that ended well. Returns all output.
@@ -253,7 +253,7 @@ static std::string check_report(const scenario& run) {
     all += read_scratch("CODE_COVERAGE.HTML");
     check_page(read_scratch("CODE_COVERAGE.HTML"), "");
     std::set<std::string> pages;
-    for (const fs::directory_entry& entry : fs::directory_iterator(scratch_directory() + "CodeCoverage"))
+    for (const fs::directory_entry& entry : fs::directory_iterator(scratch().path() / "CodeCoverage"))
         if (entry.is_regular_file())
             pages.insert(entry.path().filename().string());
     for (const std::string& name : pages) {
@@ -274,11 +274,7 @@ static std::string run_once(const std::uint8_t* data, std::size_t size) {
     read_options(script, run);
     read_files(script, run);
     write_files(script, run);
-    std::vector<char*> argv;
-    for (std::string& option : run.options)
-        argv.push_back(option.data());
-    argv.push_back(nullptr);
-    const outcome end = run_product([&] { vexcov_main(static_cast<int>(argv.size()) - 1, argv.data()); });
+    const outcome end = run_in_scratch([&] { call_main(vexcov_main, run.options); });
     require(end.ended, "the program ends through its one exit");
     require(end.status != 0 || end.errors.find("ERROR") == std::string::npos,
             "exit status 0 comes without an error");

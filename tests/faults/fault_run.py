@@ -16,7 +16,6 @@ import re
 import resource
 import shutil
 import signal
-import struct
 import subprocess
 import sys
 import tempfile
@@ -27,7 +26,6 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 BUILD = os.path.abspath(os.environ.get("VEXCOV_BUILD", os.path.join(ROOT, "build", "release")))
 JOBS = int(os.environ.get("VEXCOV_JOBS", os.cpu_count() or 1))
 CASES = os.path.join(ROOT, "tests", "golden", "cases")
-IMPORTS = os.path.join(ROOT, "tests", "data", "import")
 MIB = 1 << 20
 TIMEOUT = 30  # seconds after which a run is a hang
 PEAK = 96 * MIB  # no small run may need more
@@ -50,42 +48,6 @@ class Scenario:
 
 def case(name, folder, *arguments):
     return os.path.join(CASES, name, "input"), folder, arguments
-
-
-def profile_of(functions):
-    """A profile of 64-bit records with one block each. `functions`: file and name, in key order."""
-    size = 80 + 8 + 8 + 8 + 8
-    strings = 528 + size * len(functions)
-    records, texts = bytearray(), bytearray()
-    for file, name in functions:
-        file_at = strings + len(texts)
-        texts += file.encode() + b"\0"
-        name_at = strings + len(texts)
-        texts += name.encode() + b"\0"
-        records += struct.pack("<BBHIIIIIIIII", 0x50, 3, 0, 0, size, 1, 1, 0, 0, 0, 0, 0)
-        records += struct.pack("<QQQQQ", file_at, name_at, 0, 0, 0)
-        records += struct.pack("<QQIIII", 1, name_at, 0, 0, 1, 1)
-    return struct.pack("<IIII512x", 0xDC0B, 1, len(functions), 0) + records + texts
-
-
-SCENARIOS = {
-    s.name: s
-    for s in (
-        Scenario("html", *case("block-exports", ".", "-counts", "-nopartial", "-onelinedsbl", "OFF", "-prj", "Blocks",
-                               "-txtbcvrgfull", "blocks.txt", "-xmlbcvrgfull", "blocks.xml")),
-        Scenario("components", *case("component-list", ".", "-comp", "list.txt")),
-        Scenario("markers", *case("markers", ".", "-onelinedsbl", "NEVER", "-beginblkdsbl", "BEGIN", "-endblkdsbl",
-                                  "END", "-counts")),
-        Scenario("reference", *case("differential", ".", "-ref", "old.dpi", "-dpi", "new.dpi")),
-        Scenario("narrow", *case("widths", "narrow", "-counts", "-spi", "../pgopti.spi")),
-        Scenario("wide", *case("widths", "wide", "-counts", "-spi", "../pgopti.spi")),
-        Scenario("exports", *case("function-exports", "full", "-txtfcvrg", "out.txt", "-xmlfcvrg", "out.xml")),
-        # A page that is written in several pieces.
-        Scenario("large", {"a.c": b"int f; /* and a comment that makes it long */\n" * 6000,
-                           "pgopti.spi": b"a.c - f 1 1 C\n", "pgopti.dpi": profile_of([("a.c", "f")])}, ".", ()),
-        Scenario("import", IMPORTS, ".", ("clang", "-root", ".", "flow.json"), "vexcov-import"),
-    )
-}
 
 
 def read(path):
@@ -117,9 +79,35 @@ def read_tree(folder):
 
 def compiled_profile(text):
     scratch = os.path.join(SCRATCH, f"profile-{os.getpid()}")
-    write(scratch, text)
-    subprocess.run([os.path.join(BUILD, "tests", "vexcov-profile-text"), scratch, scratch], check=True)
+    write(scratch, text if isinstance(text, bytes) else text.encode())
+    subprocess.run([os.path.join(BUILD, "tests", "tools", "vexcov-profile-text"), scratch, scratch], check=True)
     return read(scratch)
+
+
+def profile_of(functions):
+    """A profile with one covered block each, of 112 bytes. `functions`: file and name, in key order."""
+    return compiled_profile("header runs 1\n" + "".join(
+        f"record 64\nfile {file}\nfunction {name}\nblocks 1:1=1\n" for file, name in functions))
+
+
+SCENARIOS = {
+    s.name: s
+    for s in (
+        Scenario("html", *case("block-exports", ".", "-counts", "-nopartial", "-onelinedsbl", "OFF", "-prj", "Blocks",
+                               "-txtbcvrgfull", "blocks.txt", "-xmlbcvrgfull", "blocks.xml")),
+        Scenario("components", *case("component-list", ".", "-comp", "list.txt")),
+        Scenario("markers", *case("markers", ".", "-onelinedsbl", "NEVER", "-beginblkdsbl", "BEGIN", "-endblkdsbl",
+                                  "END", "-counts")),
+        Scenario("reference", *case("differential", ".", "-ref", "old.dpi", "-dpi", "new.dpi")),
+        Scenario("narrow", *case("widths", "narrow", "-counts", "-spi", "../pgopti.spi")),
+        Scenario("wide", *case("widths", "wide", "-counts", "-spi", "../pgopti.spi")),
+        Scenario("exports", *case("function-exports", "full", "-txtfcvrg", "out.txt", "-xmlfcvrg", "out.xml")),
+        # A page that is written in several pieces.
+        Scenario("large", {"a.c": b"int f; /* and a comment that makes it long */\n" * 6000,
+                           "pgopti.spi": b"a.c - f 1 1 C\n", "pgopti.dpi": profile_of([("a.c", "f")])}, ".", ()),
+        Scenario("import", *case("import-recorded", ".", "clang", "-root", ".", "flow.json"), "vexcov-import"),
+    )
+}
 
 
 class Sandbox:

@@ -3,10 +3,9 @@
 // A case is a directory below cases/:
 //   input/     what lies in the scratch directory before the first command. A file NAME.dpitext is compiled
 //              to NAME.dpi (tools/profile_text.h). A directory input/bin becomes the program search path.
-//   command    one command a line: "vexcov ARGUMENTS..." or "vexcov-import ARGUMENTS..." (words may be
-//              quoted; "< FILE" at the end is the standard input) runs the program, "cd DIRECTORY" sets the
-//              directory of the runs that follow, relative to the scratch directory. Lines that begin with
-//              "#" are comments.
+//   command    one command a line: "vexcov ARGUMENTS..." or "vexcov-import ARGUMENTS..." is run by a shell,
+//              "cd DIRECTORY" sets the directory of the runs that follow, relative to the scratch directory.
+//              Lines that begin with "#" are comments.
 //   expected/  every file that the commands made or changed, and "console": for each run the command, what it
 //              wrote to its standard streams and its exit status.
 // Files that are the same in every report are symbolic links to shared/.
@@ -59,29 +58,6 @@ static file_tree place_input(const fs::path& input, const fs::path& scratch) {
     return placed;
 }
 
-/// The words of a command line; a word may hold parts in single or double quotes.
-static std::vector<std::string> words_of(const std::string& line) {
-    std::vector<std::string> words;
-    char quote = 0;
-    bool in_word = false;
-    for (const char c : line) {
-        if (quote == 0 && c == ' ') {
-            in_word = false;
-            continue;
-        }
-        if (!in_word)
-            words.emplace_back();
-        in_word = true;
-        if (c == quote)
-            quote = 0;
-        else if (quote == 0 && (c == '\'' || c == '"'))
-            quote = c;
-        else
-            words.back() += c;
-    }
-    return words;
-}
-
 static std::string console_section(const std::string& head, const std::string& text) {
     if (text.empty())
         return "";
@@ -95,22 +71,14 @@ static std::string run_commands(const fs::path& command_file, const fs::path& sc
     fs::path directory = scratch;
     std::istringstream commands(read_file(command_file));
     for (std::string line; std::getline(commands, line);) {
-        std::vector<std::string> words = words_of(line);
-        if (words.empty() || words[0][0] == '#')
+        if (line.empty() || line[0] == '#')
             continue;
         console += "$ " + line + "\n";
-        if (words[0] == "cd") {
-            directory = scratch / words.at(1);
+        if (line.starts_with("cd ")) {
+            directory = scratch / line.substr(3);
             continue;
         }
-        std::string input = "/dev/null";
-        if (words.size() > 2 && words[words.size() - 2] == "<") {
-            input = directory / words.back();
-            words.resize(words.size() - 2);
-        }
-        const program_result result =
-            run_program(words[0] == "vexcov" ? VEXCOV_PROGRAM : VEXCOV_IMPORT_PROGRAM, words, directory,
-                        (scratch / "bin").string(), input);
+        const program_result result = run_command(line, directory, (scratch / "bin").string());
         console += console_section("stdout", result.standard_output) +
                    console_section("stderr", result.standard_error) + "[status " +
                    std::to_string(result.status) + "]\n";
@@ -133,17 +101,15 @@ static file_tree collect_output(const fs::path& scratch, const file_tree& placed
 
 /// Says where two texts begin to differ.
 static std::string first_difference(const std::string& expected, const std::string& actual) {
-    const auto place = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end()).first;
-    const auto line = std::count(expected.begin(), place, '\n');
-    const auto line_of = [line](const std::string& text) {
-        std::istringstream lines(text);
-        std::string shown = "[end of file]";
-        for (auto i = line; i >= 0 && std::getline(lines, shown); --i) {
-        }
-        return lines ? shown : "[end of file]";
+    const auto place = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end()).first -
+                       expected.begin();
+    const std::string same = expected.substr(0, static_cast<std::size_t>(place));
+    const std::size_t start = same.rfind('\n') + 1;
+    const auto line_of = [start](const std::string& text) {
+        return text.substr(start, text.find('\n', start) - start);
     };
-    return "line " + std::to_string(line + 1) + "\n  expected: " + line_of(expected) +
-           "\n  actual:   " + line_of(actual);
+    return "line " + std::to_string(std::count(same.begin(), same.end(), '\n') + 1) +
+           "\n  expected: " + line_of(expected) + "\n  actual:   " + line_of(actual);
 }
 
 static void compare(const file_tree& expected, const file_tree& actual) {

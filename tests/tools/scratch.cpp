@@ -1,22 +1,22 @@
 #include "tests/tools/scratch.h"
 
-#include <cerrno>
 #include <cstdlib>
-#include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 scratch_directory::scratch_directory() {
-    std::string name = (fs::temp_directory_path() / "vexcov-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("cannot make a scratch directory");
-    path_ = name;
+    for (const fs::path& parent : {fs::path("/dev/shm"), fs::temp_directory_path()}) {
+        std::string name = (parent / "vexcov-test-XXXXXX").string();
+        if (mkdtemp(name.data())) {
+            path_ = name;
+            return;
+        }
+    }
+    throw std::runtime_error("cannot make a scratch directory");
 }
 
 scratch_directory::~scratch_directory() {
@@ -24,7 +24,7 @@ scratch_directory::~scratch_directory() {
     fs::remove_all(path_, ignored);
 }
 
-std::string scratch_directory::put(const std::string& name, const std::string& bytes) const {
+std::string scratch_directory::put(const std::string& name, std::string_view bytes) const {
     write_file(path_ / name, bytes);
     return (path_ / name).string();
 }
@@ -37,7 +37,7 @@ std::string read_file(const fs::path& path) {
     return bytes;
 }
 
-void write_file(const fs::path& path, const std::string& bytes) {
+void write_file(const fs::path& path, std::string_view bytes) {
     fs::create_directories(path.parent_path());
     std::ofstream output(path, std::ios::binary);
     output << bytes;
@@ -46,59 +46,20 @@ void write_file(const fs::path& path, const std::string& bytes) {
         throw std::runtime_error("cannot write " + path.string());
 }
 
-static std::vector<std::string> clean_environment(const std::string& search_path) {
-    std::vector<std::string> environment = {"LC_ALL=C", "TZ=UTC", "PATH=" + search_path};
-    for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"})
-        if (const char* value = std::getenv(name))
-            environment.push_back(std::string(name) + "=" + value);
-    // An instrumented program would otherwise leave its counters in the scratch directory.
-    const char* profile = std::getenv("LLVM_PROFILE_FILE");
-    environment.push_back(std::string("LLVM_PROFILE_FILE=") + (profile ? profile : "/dev/null"));
-    return environment;
-}
-
-static std::vector<char*> pointers(std::vector<std::string>& strings) {
-    std::vector<char*> result;
-    for (std::string& text : strings)
-        result.push_back(text.data());
-    result.push_back(nullptr);
-    return result;
-}
-
-static void redirect(int descriptor, const std::string& path, int flags) {
-    const int file = open(path.c_str(), flags, 0600);
-    if (file < 0 || dup2(file, descriptor) < 0)
-        _exit(126);
-    close(file);
-}
-
-program_result run_program(const std::string& program, const std::vector<std::string>& arguments,
-                           const fs::path& directory, const std::string& search_path,
-                           const std::string& input) {
+program_result run_command(const std::string& command, const fs::path& directory,
+                           const std::string& search_path) {
     const scratch_directory streams;
-    const std::string output = (streams.path() / "stdout").string(),
-                      error = (streams.path() / "stderr").string();
-    std::vector<std::string> words = arguments, environment = clean_environment(search_path);
-    const std::vector<char*> argv = pointers(words), envp = pointers(environment);
-
-    const pid_t child = fork();
-    if (child == 0) {
-        umask(022);
-        redirect(STDIN_FILENO, input, O_RDONLY);
-        redirect(STDOUT_FILENO, output, O_WRONLY | O_CREAT | O_TRUNC);
-        redirect(STDERR_FILENO, error, O_WRONLY | O_CREAT | O_TRUNC);
-        alarm(60);
-        if (chdir(directory.c_str()) == 0)
-            execve(program.c_str(), argv.data(), envp.data());
-        _exit(127);
-    }
-    int status = 0;
-    while (child > 0 && waitpid(child, &status, 0) < 0)
-        if (errno != EINTR)
-            break;
-    if (child < 0)
-        throw std::runtime_error("cannot start " + program);
-    return {read_file(output), read_file(error),
+    // An instrumented program would otherwise leave its counters in the directory.
+    const std::string line =
+        "cd " + directory.string() +
+        " && set -f && umask 022 && exec env -i LC_ALL=C TZ=UTC PATH=" VEXCOV_PROGRAMS ":" + search_path +
+        " LLVM_PROFILE_FILE=\"${LLVM_PROFILE_FILE-/dev/null}\""
+        " ASAN_OPTIONS=\"$ASAN_OPTIONS\" LSAN_OPTIONS=\"$LSAN_OPTIONS\""
+        " UBSAN_OPTIONS=\"$UBSAN_OPTIONS\" </dev/null >" +
+        streams.path().string() + "/output 2>" + streams.path().string() + "/errors /usr/bin/timeout 60 " +
+        command;
+    const int status = std::system(line.c_str());
+    return {read_file(streams.path() / "output"), read_file(streams.path() / "errors"),
             WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
 }
 

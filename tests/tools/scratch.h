@@ -5,9 +5,10 @@
 #include <filesystem>
 #include <functional>
 #include <string>
-#include <vector>
+#include <string_view>
 
-/// A fresh directory, removed with everything in it at the end of the object's life.
+/// A fresh directory, in memory where there is room for one, removed with everything in it at the end of the
+/// object's life.
 class scratch_directory {
   public:
     scratch_directory();
@@ -18,7 +19,7 @@ class scratch_directory {
     const std::filesystem::path& path() const { return path_; }
 
     /// Writes a file of this name into the directory and returns its path.
-    std::string put(const std::string& name, const std::string& bytes) const;
+    std::string put(const std::string& name, std::string_view bytes) const;
 
   private:
     std::filesystem::path path_;
@@ -30,19 +31,18 @@ struct program_result {
     int status = -1; ///< exit status, or 128 + the signal that ended it
 };
 
-/// Runs `program` in `directory` with `arguments` (argv[0] included), PATH set to `search_path`, the C
-/// locale, UTC, umask 022 and the file `input` as its standard input. Nothing else of the environment is
-/// passed on but the settings of the sanitizers and of the coverage runtime. A process that runs for a minute
-/// is killed.
-program_result run_program(const std::string& program, const std::vector<std::string>& arguments,
-                           const std::filesystem::path& directory, const std::string& search_path,
-                           const std::string& input = "/dev/null");
+/// Runs a line as a shell would, without patterns, in `directory`: with both programs and `search_path` on
+/// PATH, the C locale, UTC, umask 022 and no input unless the line says otherwise. Nothing else of the
+/// environment is passed on but the settings of the sanitizers and of the coverage runtime. A process that
+/// runs for a minute is ended.
+program_result run_command(const std::string& command, const std::filesystem::path& directory,
+                           const std::string& search_path);
 
 /// The bytes of a file. Throws std::runtime_error when it cannot be read.
 std::string read_file(const std::filesystem::path& path);
 
 /// Writes a file anew, with the directories above it. Throws std::runtime_error when it cannot be written.
-void write_file(const std::filesystem::path& path, const std::string& bytes);
+void write_file(const std::filesystem::path& path, std::string_view bytes);
 
 /// What `write` writes to the stream that it is given.
 std::string written(const std::function<void(std::FILE*)>& write);

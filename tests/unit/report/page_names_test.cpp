@@ -3,20 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <malloc.h>
-#include <string>
-
-TEST(PageNames, Rewriting) {
-    EXPECT_STREQ(getHTMLname("src/foo.c", "html"), "SRC_FOO_C.HTML");
-    EXPECT_STREQ(getHTMLname("a.b/c", "htm"), "A_B_C.HTM") << "the last dot may be a directory's";
-    EXPECT_STREQ(getHTMLname("ends.", "html"), "ENDS_.HTML");
-    EXPECT_STREQ(getHTMLname("", "html"), ".HTML");
-    EXPECT_STREQ(getHTMLname("\xc3\xa4z@[`{.c", "html"), "\xc3\xa4Z@[`{_C.HTML") << "only ASCII";
-    EXPECT_STREQ(getSrcHTMLname("C:\\src\\a.b.cpp", "html"), "C__SRC_A.B_CPP_SRC.HTML");
-    EXPECT_STREQ(getVerHTMLname("x.y", -3, "html"), "X_Y_-3.HTML");
-    EXPECT_STREQ(getDirHTMLname("__Code_Coverage", "html"), "CodeCoverage/__CODE_COVERAGE.HTML");
-    EXPECT_STREQ(getDirSlashHTMLname("a.c", "html"), "CodeCoverage/A_C.HTML");
-    EXPECT_STREQ(getDirSlashVerHTMLname("a.c", 6, "html"), "CodeCoverage/A_C_4.HTML") << "always page 4";
-}
 
 TEST(PageNames, NoNames) {
     for (const char* name :
@@ -29,16 +15,6 @@ TEST(PageNames, NoNames) {
     EXPECT_EQ(revPos(nullptr, '.'), nullptr);
     hyphenize(nullptr);
     capitalize(nullptr);
-}
-
-TEST(PageNames, AnyLength) {
-    for (const std::size_t length : {4079u, 4080u, 4095u, 4096u, 100000u}) {
-        const std::string name(length, 'n'), upper(length, 'N');
-        EXPECT_EQ(getHTMLname(name.c_str(), "html"), upper + ".HTML");
-        EXPECT_EQ(getDirSrcHTMLname(name.c_str(), "html"), "CodeCoverage/" + upper + "_SRC.HTML");
-        EXPECT_EQ(getDirVerHTMLname(name.c_str(), -2147483647, "html"),
-                  "CodeCoverage/" + upper + "_-2147483647.HTML");
-    }
 }
 
 TEST(PageNames, BufferGrowsToPowersOfTwo) {

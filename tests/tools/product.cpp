@@ -1,0 +1,180 @@
+#include "tests/tools/product.h"
+
+#include "common/fatal.h"
+#include "common/output_file.h"
+#include "common/source_file.h"
+#include "coverage/coverage_list.h"
+#include "coverage/files_of_interest.h"
+#include "coverage/function_table.h"
+#include "coverage/run_totals.h"
+#include "driver/color_table.h"
+#include "driver/run_config.h"
+#include "driver/run_state.h"
+#include "profile/dpi_file.h"
+#include "profile/dpi_message.h"
+#include "profile/dpi_record.h"
+#include "profile/module_list.h"
+#include "tests/tools/scratch.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <unordered_set>
+
+namespace {
+
+/// Thrown out of pgt_Exit. Not a std::exception, so that no handler of the program takes it.
+struct run_ended {
+    int status;
+};
+
+} // namespace
+
+static bool running = false; ///< inside run_product
+
+// ---- memory and streams that a process keeps to its end ----
+
+// The linker leads the program's calls of these functions here (CMakeLists.txt). The records of the module
+// list live until the process ends, and a run that ends early leaves streams open; both are released after
+// each run.
+static std::unordered_set<void*> kept_memory;
+static std::unordered_set<std::FILE*> open_streams;
+
+extern "C" {
+void* __real__Z6zallocmPKc(std::size_t size, const char* what);
+void* __wrap__Z6zallocmPKc(std::size_t size, const char* what);
+char* __real__Z11copy_stringPKcS0_(const char* text, const char* what);
+char* __wrap__Z11copy_stringPKcS0_(const char* text, const char* what);
+std::FILE* __real_fopen(const char* path, const char* mode);
+std::FILE* __wrap_fopen(const char* path, const char* mode);
+int __real_fclose(std::FILE* stream);
+int __wrap_fclose(std::FILE* stream);
+}
+
+void* __wrap__Z6zallocmPKc(std::size_t size, const char* what) {
+    void* memory = __real__Z6zallocmPKc(size, what);
+    if (running && std::strcmp(what, "Components SPI") == 0)
+        kept_memory.insert(memory);
+    return memory;
+}
+
+char* __wrap__Z11copy_stringPKcS0_(const char* text, const char* what) {
+    char* memory = __real__Z11copy_stringPKcS0_(text, what);
+    if (running && std::strncmp(what, "comp->", 6) == 0)
+        kept_memory.insert(memory);
+    return memory;
+}
+
+std::FILE* __wrap_fopen(const char* path, const char* mode) {
+    std::FILE* stream = __real_fopen(path, mode);
+    if (running && stream)
+        open_streams.insert(stream);
+    return stream;
+}
+
+int __wrap_fclose(std::FILE* stream) {
+    open_streams.erase(stream);
+    return __real_fclose(stream);
+}
+
+// ---- back to the state of a fresh process ----
+
+filename_list_node*& head_of(coverage_list& list);
+
+/// Access to the head of the file list, whose entries live until the process ends.
+template <auto Member> struct file_list_head {
+    friend filename_list_node*& head_of(coverage_list& list) { return list.*Member; }
+};
+template struct file_list_head<&coverage_list::fileListHead_>;
+
+static void reset_coverage_list() {
+    g_cl->vPrepareForNewSrcFile();
+    for (filename_list_node* entry = head_of(*g_cl); entry;) {
+        filename_list_node* next = entry->next;
+        std::free(entry->name);
+        std::free(entry);
+        entry = next;
+    }
+    std::destroy_at(g_cl);
+    std::construct_at(g_cl);
+}
+
+static void reset_configuration() {
+    for (char** setting : {&g_lpszSPIFileName, &g_lpszDPIFileName, &g_lpszRefDPIFileName, &g_lpszProjName,
+                           &g_lpszMailName, &g_lpszMailAddr, &g_lpszOutFileExt})
+        release_setting(*setting);
+    for (const char** setting :
+         {&moduleListName, &g_lpszTextOut, &g_lpszXMLOut, &g_lpszbfullTextOut, &g_lpszbfullXMLOut})
+        *setting = nullptr;
+    html_output = bProgressMeter = true;
+    compWithRef = g_bXCOUNTS = g_bNoPartial = Infeasible_markers_specified = false;
+    g_iDemangFlag = 0;
+    for (std::vector<std::string>* list :
+         {&one_line_disable, &start_disable_block, &end_disable_block, &moduleName})
+        list->clear();
+    static const std::array<const char*, 7> colors = std::to_array(BGColor);
+    std::copy(colors.begin(), colors.end(), BGColor);
+}
+
+static void reset_profiles() {
+    PGOPTI_Close_Dpi_File(pgofDPIFile);
+    PGOPTI_Close_Dpi_File(pgofRefDPIFile);
+    pgofDPIFile = pgofRefDPIFile = nullptr;
+    PGOPTI_Tool_Set_Name(nullptr);
+    is_pgo_64 = false;
+    componentList = first_func_line = nullptr;
+    numComponents = 0;
+    funcs_by_line.clear();
+    for (void* memory : kept_memory)
+        std::free(memory);
+    kept_memory.clear();
+}
+
+static void reset_product() {
+    pars = nullptr;
+    outtxt = outxml = nullptr;
+    close_open_outputs();
+    for (std::FILE* stream : open_streams)
+        __real_fclose(stream);
+    open_streams.clear();
+    reset_coverage_list();
+    release_source();
+    free_function_table();
+    reset_configuration();
+    reset_profiles();
+    totalNumberOfFiles = totalNumberOfFilesCovered = totalNumberOfProcs = totalNumberOfProcsCovered = 0;
+    totalNumberOfBlocks = totalNumberOfBlocksCovered = 0;
+    functionCoverage = blockCoverage = 0.0;
+}
+
+// ---- one call ----
+
+outcome run_product(const std::function<void()>& call) {
+    outcome result;
+    std::FILE* const real_output = stdout;
+    std::FILE* const real_errors = stderr;
+    reset_configuration(); // the first call must not differ from the others
+    pgt_ExitHook = [](int status) { throw run_ended{status}; };
+    running = true;
+    result.errors = written([&](std::FILE* errors) {
+        result.output = written([&](std::FILE* output) {
+            stdout = output;
+            stderr = errors;
+            try {
+                call();
+            } catch (const run_ended& end) {
+                result.ended = true;
+                result.status = end.status;
+            }
+            reset_product();
+        });
+    });
+    stdout = real_output;
+    stderr = real_errors;
+    running = false;
+    pgt_ExitHook = nullptr;
+    return result;
+}

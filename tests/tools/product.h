@@ -1,0 +1,26 @@
+// Calls of the program's own code inside a test or a fuzz target.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// How a call of the program's code ended, and what it wrote to the two standard streams.
+struct outcome {
+    bool ended = false; ///< by pgt_Exit; false when the call came back
+    int status = 0;     ///< the exit status, when it ended
+    std::string output;
+    std::string errors;
+};
+
+/// Runs `call` from the state of a fresh process and afterwards puts every process-wide variable back to it.
+outcome run_product(const std::function<void()>& call);
+
+/// Calls `main` with these arguments, the program's name first. They are gone when it comes back.
+template <typename Main> auto call_main(Main main, std::vector<std::string> arguments) {
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    return main(static_cast<int>(arguments.size()), argv.data());
+}
