@@ -27,7 +27,7 @@ static std::vector<std::string> arguments(std::string_view choices, bool below_r
     std::vector<std::string> result = {"vexcov-import", "clang", "-spi", "s", "-dpi", "d", "-runs", "3"};
     if (below_root)
         result.insert(result.end(), {"-root", scratch().path().string() + "/"});
-    byte_script script(reinterpret_cast<const std::uint8_t*>(choices.data()), choices.size());
+    byte_script script(choices);
     while (!script.empty())
         result.emplace_back(
             script.one_of("j - none . -root .. -runs 0 7 -spi d -help -version -unknown clang src"));

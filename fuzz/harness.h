@@ -42,6 +42,7 @@ std::string escaped(std::string_view text);
 /// The input as a series of small decisions. Behind the end every decision is 0.
 class byte_script {
   public:
+    explicit byte_script(std::string_view bytes) : bytes_(bytes) {}
     byte_script(const std::uint8_t* data, std::size_t size)
         : bytes_(reinterpret_cast<const char*>(data), size) {}
 

@@ -121,14 +121,11 @@ static std::size_t size_bound(std::string_view source, const plain_positions& pl
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const bool directory_made = std::filesystem::create_directories(scratch().path() / "CodeCoverage");
     require(directory_made, "a directory for the pages can be made");
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
-    byte_script head(data, std::min<std::size_t>(size, 2));
-    const unsigned int choice = head.byte();
     // The bytes of the positions come first, the source is what remains.
-    const std::size_t positions_size =
-        std::min(std::size_t{head.byte()} * 4, size - std::min<std::size_t>(size, 2));
-    byte_script script(data + std::min<std::size_t>(size, 2), positions_size);
-    const std::string_view source = input.substr(std::min<std::size_t>(size, 2) + positions_size);
+    byte_script input(data, size);
+    const unsigned int choice = input.byte();
+    byte_script script(input.take(std::size_t{input.byte()} * 4));
+    const std::string_view source = input.rest();
     std::size_t newlines = static_cast<std::size_t>(std::count(source.begin(), source.end(), '\n'));
     newlines += !source.empty() && source.back() != '\n' ? 1 : 0;
     scratch().put("s.c", source);

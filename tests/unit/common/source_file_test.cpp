@@ -2,9 +2,8 @@
 
 #include "common/fatal.h"
 #include "common/source_file.h"
+#include "tests/tools/scratch.h"
 
-#include <cstdio>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
@@ -25,12 +24,11 @@ namespace {
 }
 
 TEST(SourceFileDeathTest, OnlyAMissingFileIsPassedOver) {
-    const std::string there = ::testing::TempDir() + "vexcov_source_file_test.c";
-    std::ofstream(there) << "int a;\n";
+    const scratch_directory scratch;
+    const std::string there = scratch.put("there.c", "int a;\n");
     EXPECT_EXIT(look_without_descriptors("missing.c"), ::testing::ExitedWithCode(0), "^$");
     EXPECT_EXIT(look_without_descriptors(there.c_str()), ::testing::ExitedWithCode(1),
-                "^ERROR: cannot read .*test.c\n$");
-    std::remove(there.c_str());
+                "^ERROR: cannot read .*there.c\n$");
 }
 
 } // namespace
