@@ -60,11 +60,9 @@ static int type_of(const std::string& text) {
 /// True for a one-line marker.
 bool plain_markers::register_comment() {
     std::string& text = open_.text;
-    const auto trimmed = [](char c) { return c == ' ' || c == '/' || c == '*' || c == '\t' || c == '\n'; };
-    while (!text.empty() && trimmed(text.back()))
-        text.pop_back();
-    while (!text.empty() && trimmed(text.front()))
-        text.erase(text.begin());
+    const char* const trimmed = " /*\t\n";
+    text.erase(text.find_last_not_of(trimmed) + 1);
+    text.erase(0, text.find_first_not_of(trimmed));
     open_.type = type_of(text);
     if (open_.type != kNone)
         found_.push_back(open_);

@@ -139,6 +139,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         pars = &const_cast<parser&>(markers);
         g_cl->bAddFilename("s.c");
         require(g_cl->bSetName("s.c"), "the source is found");
+        require(g_cl->bSetName("absent") && g_cl->lpszGetSrcFilename() == std::string("s.c"),
+                "one table until the next source file");
         while (!script.empty())
             record(script, plain);
         check_positions(plain);

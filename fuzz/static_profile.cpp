@@ -3,13 +3,12 @@
 #include "fuzz/harness.h"
 #include "profile/module_list.h"
 
-#include <cctype>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <list>
 #include <map>
-#include <set>
 #include <tuple>
 
 namespace {
@@ -20,7 +19,7 @@ using record_key = std::tuple<std::string, std::string, int>;
 /// What fscanf finds in a static profile.
 struct plain_profile {
     bool corrupt = false;
-    std::multiset<record_key> records;
+    std::multimap<record_key, std::pair<int, char>> records; ///< with their blocks and flags
 };
 
 } // namespace
@@ -37,7 +36,7 @@ static bool read_plain_record(std::FILE* file, plain_profile* profile) {
     const int fields =
         std::fscanf(file, "%ms %ms %ms %d %d %c", &texts[0], &texts[1], &texts[2], &line, &blocks, &flag);
     if (fields == 6)
-        profile->records.emplace(texts[0], texts[2], line);
+        profile->records.emplace(record_key(texts[0], texts[2], line), std::pair(blocks, flag));
     for (char* text : texts)
         std::free(text);
     return fields == 6;
@@ -101,8 +100,7 @@ static void check_list(COMP* head, int count, const plain_profile* plain) {
         ++kept[{comp->fileName, comp->procName, comp->line}];
         require(std::strlen(comp->fileName) <= 1 << 20, "a name from the input");
         require(!comp->next || compareComponets(comp, comp->next) <= 0, "the order of the list");
-        const bool first = comp == head || comp->isFirstOfFile == 1;
-        require(comp == head ? comp->isFirstOfFile == 1 : true, "the first record begins a file");
+        require(comp != head || comp->isFirstOfFile == 1, "the first record begins a file");
         require(!comp->next || (comp->next->isFirstOfFile == 1) == !same_file(comp, comp->next),
                 "the first record of each file");
         if (comp->next && same_file(comp, comp->next) && comp->line == comp->next->line &&
@@ -110,14 +108,21 @@ static void check_list(COMP* head, int count, const plain_profile* plain) {
             require(std::strcmp(comp->procName, comp->next->procName) != 0 && comp->isAmbiguous == 1 &&
                         comp->next->isAmbiguous == 1,
                     "neighbours of one name are ambiguous, not duplicates");
-        if (first)
+        if (comp->isFirstOfFile == 1)
             check_chain(comp);
     }
     if (!plain)
         return;
     require(!plain->corrupt, "a corrupt profile is refused");
+    for (const COMP* comp = head; comp; comp = comp->next) {
+        const auto [first, last] = plain->records.equal_range({comp->fileName, comp->procName, comp->line});
+        const auto is_kept = [comp](const auto& record) {
+            return record.second == std::pair(comp->blockCount, comp->spiFlag);
+        };
+        require(std::any_of(first, last, is_kept), "blocks and flag of a record");
+    }
     std::size_t records = 0;
-    for (const record_key& key : plain->records)
+    for (const auto& [key, fields] : plain->records)
         require(kept.count(key) == 1, "no record is lost");
     for (const auto& [key, times] : kept) {
         records += static_cast<std::size_t>(times);

@@ -1,25 +1,9 @@
 // vexcov-profile-text: turns a dynamic profile written as text into the binary file.
 #include "tests/tools/profile_text.h"
+#include "tests/tools/scratch.h"
 
 #include <cstdio>
 #include <exception>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-#include <string>
-
-static void convert(const char* text_name, const char* dpi_name) {
-    std::ifstream input(text_name, std::ios::binary);
-    if (!input)
-        throw std::runtime_error("cannot be read");
-    // The two may be the same file.
-    const std::string profile = compile_profile_text(std::string(std::istreambuf_iterator<char>(input), {}));
-    std::ofstream output(dpi_name, std::ios::binary);
-    output << profile;
-    output.close();
-    if (!output)
-        throw std::runtime_error("cannot write " + std::string(dpi_name));
-}
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -27,7 +11,9 @@ int main(int argc, char** argv) {
         return 1;
     }
     try {
-        convert(argv[1], argv[2]);
+        // The two may be the same file.
+        const std::string profile = compile_profile_text(read_file(argv[1]));
+        write_file(argv[2], profile);
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "ERROR: %s: %s\n", argv[1], error.what());

@@ -38,7 +38,7 @@ std::string read_file(const fs::path& path) {
 }
 
 void write_file(const fs::path& path, std::string_view bytes) {
-    fs::create_directories(path.parent_path());
+    fs::create_directories(fs::absolute(path).parent_path());
     std::ofstream output(path, std::ios::binary);
     output << bytes;
     output.close();

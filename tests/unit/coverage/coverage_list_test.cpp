@@ -21,17 +21,3 @@ TEST(PositionTable, PositionsInOrder) {
                       std::pair(positions[i].line, positions[i].column));
     });
 }
-
-TEST(PositionTable, OneTableUntilTheNextSourceFile) {
-    const scratch_directory scratch;
-    const std::string name = scratch.put("source.c", "one\n");
-    const outcome end = run_product([&] {
-        EXPECT_TRUE(g_cl->bSetName(name.c_str()));
-        EXPECT_TRUE(g_cl->bSetName("another name"));
-        EXPECT_STREQ(g_cl->lpszGetSrcFilename(), name.c_str());
-        g_cl->vPrepareForNewSrcFile();
-        EXPECT_EQ(g_cl->lpszGetSrcFilename(), nullptr);
-        EXPECT_FALSE(g_cl->bSetName("no such file"));
-    });
-    EXPECT_EQ(end.output, "\nWarning - File no such file not found!\n");
-}
