@@ -48,33 +48,38 @@ static std::uint64_t count_of(byte_script& script) {
     return kind < 100 ? 0 : kind - 100;
 }
 
+/// Records a block in both ways.
+static void record_block(plain_positions& plain, std::uint32_t line, std::uint32_t column,
+                         std::uint64_t count, bool not_in_reference) {
+    plain_position& place = plain.place(line, column);
+    unsigned int* unexecuted = nullptr;
+    require(g_cl->bAddBlockCount("s.c", line, column, count, not_in_reference, &unexecuted),
+            "a block is taken");
+    if (count == NEVER_ENTERED)
+        place.count = place.count == 0 ? NEVER_ENTERED : place.count;
+    else
+        place.count = place.count == NEVER_ENTERED ? count : place.count + count;
+    place.not_in_reference = place.not_in_reference || not_in_reference;
+    ++place.blocks;
+    ++(count == 0 ? place.unexecuted : place.executed);
+    require((unexecuted != nullptr) == (place.executed > 0), "unexecuted blocks of an executed position");
+    require(!unexecuted || *unexecuted == place.unexecuted, "number of unexecuted blocks");
+}
+
 /// Records one block or adjustment in both ways.
 static void record(byte_script& script, plain_positions& plain) {
     const std::uint32_t line = std::max(script.number(), 1U);
     const std::uint32_t column = std::max(script.number(), 1U);
     const unsigned int kind = script.byte();
+    if (kind >= 32)
+        return record_block(plain, line, column, count_of(script), kind > 200);
     plain_position& place = plain.place(line, column);
-    if (kind < 32) {
-        require(g_cl->bAdjustLastBlock("s.c", line, column), "an adjustment is taken");
-        ++place.count;
-        ++place.blocks;
-        ++place.executed;
-        place.unexecuted = 0;
-        place.adjusted = true;
-        return;
-    }
-    const std::uint64_t count = count_of(script);
-    unsigned int* unexecuted = nullptr;
-    require(g_cl->bAddBlockCount("s.c", line, column, count, kind > 200, &unexecuted), "a block is taken");
-    if (count == NEVER_ENTERED)
-        place.count = place.count == 0 ? NEVER_ENTERED : place.count;
-    else
-        place.count = place.count == NEVER_ENTERED ? count : place.count + count;
-    place.not_in_reference = place.not_in_reference || kind > 200;
+    require(g_cl->bAdjustLastBlock("s.c", line, column), "an adjustment is taken");
+    ++place.count;
     ++place.blocks;
-    ++(count == 0 ? place.unexecuted : place.executed);
-    require((unexecuted != nullptr) == (place.executed > 0), "unexecuted blocks of an executed position");
-    require(!unexecuted || *unexecuted == place.unexecuted, "number of unexecuted blocks");
+    ++place.executed;
+    place.unexecuted = 0;
+    place.adjusted = true;
 }
 
 static void check_positions(const plain_positions& plain) {
@@ -141,6 +146,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         require(g_cl->bSetName("s.c"), "the source is found");
         require(g_cl->bSetName("absent") && g_cl->lpszGetSrcFilename() == std::string("s.c"),
                 "one table until the next source file");
+        // More positions than the table has room for at first, the last one first.
+        for (std::uint32_t column = (choice & 8) != 0 ? 700 : 0; column != 0; --column)
+            record_block(plain, 2, column, column % 3, false);
         while (!script.empty())
             record(script, plain);
         check_positions(plain);
