@@ -1,5 +1,5 @@
-// Runs a fuzz target over files and the files of directories, for builds without a fuzzing engine. Options of
-// an engine (arguments that begin with "-") are passed over.
+// Runs a fuzz target over files and the files of directories, for builds without a fuzzing engine; the status
+// is 1 where there are none. Options of an engine (arguments that begin with "-") are passed over.
 #include "fuzz/harness.h"
 
 #include <algorithm>
@@ -29,5 +29,5 @@ int main(int argc, char** argv) {
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     }
     std::printf("%zu inputs replayed\n", inputs.size());
-    return 0;
+    return inputs.empty() ? 1 : 0;
 }
