@@ -51,12 +51,12 @@ program_result run_command(const std::string& command, const fs::path& directory
     const scratch_directory streams;
     // An instrumented program would otherwise leave its counters in the directory.
     const std::string line =
-        "cd " + directory.string() +
-        " && set -f && umask 022 && exec env -i LC_ALL=C TZ=UTC PATH=" VEXCOV_PROGRAMS ":" + search_path +
-        " LLVM_PROFILE_FILE=\"${LLVM_PROFILE_FILE-/dev/null}\""
+        "cd '" + directory.string() +
+        "' && set -f && umask 022 && exec env -i LC_ALL=C TZ=UTC PATH='" VEXCOV_PROGRAMS ":" + search_path +
+        "' LLVM_PROFILE_FILE=\"${LLVM_PROFILE_FILE-/dev/null}\""
         " ASAN_OPTIONS=\"$ASAN_OPTIONS\" LSAN_OPTIONS=\"$LSAN_OPTIONS\""
-        " UBSAN_OPTIONS=\"$UBSAN_OPTIONS\" </dev/null >" +
-        streams.path().string() + "/output 2>" + streams.path().string() + "/errors /usr/bin/timeout 60 " +
+        " UBSAN_OPTIONS=\"$UBSAN_OPTIONS\" </dev/null >'" +
+        streams.path().string() + "/output' 2>'" + streams.path().string() + "/errors' /usr/bin/timeout 60 " +
         command;
     const int status = std::system(line.c_str());
     return {read_file(streams.path() / "output"), read_file(streams.path() / "errors"),
