@@ -1,5 +1,6 @@
 // The join of a source file with its counters, and the writer of its listing.
 #include "bench/scratch.h"
+#include "common/source_file.h"
 #include "coverage/block_marking.h"
 #include "coverage/coverage_list.h"
 #include "driver/run_config.h"
@@ -13,7 +14,8 @@
 static const tree_sizes LONG_FILE = {.files = 1, .functions = 500, .blocks = 24, .lines = 40};
 
 static void mark_file() {
-    pars = new parser(componentList->fileName, one_line_disable, start_disable_block, end_disable_block);
+    pars = new parser(componentList->fileName, one_line_disable, start_disable_block, end_disable_block, {},
+                      run_sources());
     markBlocks(componentList);
 }
 

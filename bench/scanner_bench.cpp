@@ -1,5 +1,6 @@
 // The scanner of comments with the interpretation of the markers.
 #include "bench/scratch.h"
+#include "common/source_file.h"
 #include "driver/run_state.h"
 #include "markers/parser.h"
 #include "profile/module_list.h"
@@ -19,9 +20,8 @@ static void scan(benchmark::State& state, std::uint64_t tree_sizes::*shape) {
     const std::vector<std::string> none;
     const std::vector<std::string> begin = {"begin-dead"};
     const std::vector<std::string> end = {"end-dead"};
-    order_func(componentList);
     for ([[maybe_unused]] auto _ : state) {
-        const parser marks(componentList->fileName, none, begin, end);
+        const parser marks(componentList->fileName, none, begin, end, {}, run_sources());
         benchmark::DoNotOptimize(marks.is_disabled_line(1));
     }
     const auto size = static_cast<std::int64_t>(std::filesystem::file_size(componentList->fileName));

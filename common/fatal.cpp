@@ -10,8 +10,6 @@
 #include <new>
 #include <unistd.h>
 
-void (*pgt_ExitHook)(int status) = nullptr;
-
 static bool out_of_memory = false; ///< something is missing in the output for lack of memory
 static bool incomplete = false;    ///< something else is missing, which was said when it was noticed
 
@@ -28,8 +26,11 @@ bool pgt_IsIncomplete() {
 }
 
 void pgt_Exit(int status) {
-    if (pgt_ExitHook)
-        pgt_ExitHook(status);
+    throw run_end{status};
+}
+
+/// Closes what is open and returns the exit status: `status`, or 1 when some output is not complete.
+static int close_run(int status) {
     bool complete = close_open_outputs() && !incomplete;
     if (status == 0 && out_of_memory) {
         std::fputs("ERROR: out of memory, the output is not complete\n", stderr);
@@ -44,7 +45,25 @@ void pgt_Exit(int status) {
         std::fputs("ERROR: cannot write standard error\n", stderr);
         complete = false;
     }
-    std::exit(complete ? status : 1);
+    return complete ? status : 1;
+}
+
+/// Runs the body and returns the exit status that it asks for.
+static int status_of(void (*body)(int argc, char** argv), int argc, char** argv) {
+    try {
+        body(argc, argv);
+        return 0;
+    } catch (const run_end& end) {
+        return end.status;
+    } catch (const std::bad_alloc&) { // infeasible: begin
+        std::fputs("ERROR: out of memory\n", stderr);
+        return 1;
+        // infeasible: end
+    }
+}
+
+int run_program(void (*body)(int argc, char** argv), int argc, char** argv) {
+    return close_run(status_of(body, argc, argv));
 }
 
 /// An exception needs memory itself. Where there is none left, the language ends the program without looking
@@ -59,7 +78,7 @@ void pgt_Exit(int status) {
         std::abort();
     }
     std::fputs("ERROR: out of memory\n", stderr);
-    pgt_Exit(1);
+    std::exit(close_run(1));
 }
 
 /// Set before the first global variable is made, since some of them need memory.

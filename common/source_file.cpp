@@ -13,13 +13,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-static std::string loaded_path; ///< path of the text below
-static bool loaded = false;     ///< loaded_path was looked at
-static bool found = false;      ///< it is a regular file, and its text is below
-static char* text_bytes = nullptr;
-static std::size_t text_size = 0;
-static std::size_t text_capacity = 0;
-
 static void report_unreadable(const char* path) {
     std::fprintf(stderr, "ERROR: cannot read %s\n", path);
 }
@@ -59,37 +52,41 @@ static int open_regular(const char* path, std::size_t* size) {
     return descriptor;
 }
 
+source_loader::~source_loader() {
+    std::free(bytes_);
+}
+
 /// Makes room for `size` bytes in all.
-static void reserve_text(std::size_t size) {
-    if (size <= text_capacity)
+void source_loader::reserve(std::size_t size) {
+    if (size <= capacity_)
         return;
-    char* bytes = static_cast<char*>(std::realloc(text_bytes, size));
+    char* bytes = static_cast<char*>(std::realloc(bytes_, size));
     if (!bytes)
         throw std::bad_alloc(); // infeasible
-    text_bytes = bytes;
-    text_capacity = size;
+    bytes_ = bytes;
+    capacity_ = size;
 }
 
 /// Reads to the end of the file; false on a read error.
-static bool read_all(int descriptor, std::size_t expected) {
-    reserve_text(expected + 1); // one more than the file has, so that its end is seen without growing
-    for (text_size = 0;;) {
-        if (text_size == text_capacity)
-            reserve_text(text_capacity * 2);
-        const ssize_t count = read(descriptor, text_bytes + text_size, text_capacity - text_size);
+bool source_loader::read_all(int descriptor, std::size_t expected) {
+    reserve(expected + 1); // one more than the file has, so that its end is seen without growing
+    for (size_ = 0;;) {
+        if (size_ == capacity_)
+            reserve(capacity_ * 2);
+        const ssize_t count = read(descriptor, bytes_ + size_, capacity_ - size_);
         if (count == 0)
             return true;
         if (count > 0)
-            text_size += static_cast<std::size_t>(count);
+            size_ += static_cast<std::size_t>(count);
         else if (errno != EINTR)
             return false;
     }
 }
 
-bool load_source(const char* path, std::string_view* text) {
-    if (!loaded || loaded_path != path) {
-        release_source();
-        loaded_path = path;
+bool source_loader::load(const char* path, std::string_view* text) {
+    if (!loaded_ || path_ != path) {
+        release();
+        path_ = path;
         std::size_t size = 0;
         const int descriptor = open_regular(path, &size);
         if (descriptor != -1) {
@@ -99,15 +96,28 @@ bool load_source(const char* path, std::string_view* text) {
                 report_unreadable(path);
                 pgt_Exit(1);
             }
-            found = true;
+            found_ = true;
         }
-        loaded = true;
+        loaded_ = true;
     }
-    *text = found ? std::string_view(text_bytes, text_size) : std::string_view();
-    return found;
+    *text = found_ ? std::string_view(bytes_, size_) : std::string_view();
+    return found_;
+}
+
+void source_loader::release() {
+    loaded_ = false;
+    found_ = false;
+}
+
+source_loader& run_sources() {
+    static source_loader loader;
+    return loader;
+}
+
+bool load_source(const char* path, std::string_view* text) {
+    return run_sources().load(path, text);
 }
 
 void release_source() {
-    loaded = false;
-    found = false;
+    run_sources().release();
 }

@@ -22,9 +22,6 @@ std::int32_t numFileFuncsUncovered = 0;
 
 static std::size_t slot_count = 0; ///< slots of fileFuncs
 
-/// Routines of the compiler's own start-up code, by the beginnings of their names.
-static const char* const ExcludedFunctions[] = {"___sti__", "__$U"};
-
 namespace {
 
 /// Name and line, which make two functions duplicates.
@@ -93,19 +90,6 @@ void free_function_table() {
     covered_index = slot_index();
     uncovered_index = slot_index();
     indexed = false;
-}
-
-bool isSubstring(const char* prefix, const char* text) {
-    return prefix && text && std::strncmp(prefix, text, std::strlen(prefix)) == 0;
-}
-
-bool excludeFunc(const char* name, std::int32_t line) {
-    if (!name || line == 0)
-        return true;
-    for (const char* prefix : ExcludedFunctions)
-        if (isSubstring(prefix, name))
-            return true;
-    return false;
 }
 
 /// True when a half of the table holds a function with this name and line; `*slot` receives its first slot.

@@ -34,12 +34,5 @@ void allocFuncsTable(const COMP* first);
 void addFunc(const char* name, bool checkDuplicates, std::int32_t line, std::int32_t blocks,
              std::int32_t covered, bool newInReference);
 
-/// True for a function that is left out of every count but numFileFuncs: no name, line 0, or one of the
-/// compiler's own start-up routines.
-bool excludeFunc(const char* name, std::int32_t line);
-
-/// True when `text` begins with `prefix`; false for a null argument.
-bool isSubstring(const char* prefix, const char* text);
-
 /// Frees the table and sets all of it to zero.
 void free_function_table();

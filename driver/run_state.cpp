@@ -7,3 +7,4 @@ int numComponents = 0;
 parser* pars = nullptr;
 std::FILE* outtxt = nullptr;
 std::FILE* outxml = nullptr;
+const block_sink* block_exports = nullptr;

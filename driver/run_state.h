@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+struct block_sink;
 struct COMP;
 struct DPI_FILE;
 class parser;
@@ -14,3 +15,4 @@ extern int numComponents;        ///< its length
 extern parser* pars;             ///< markers of the source file being processed; null between files
 extern std::FILE* outtxt;        ///< text block export, or null
 extern std::FILE* outxml;        ///< XML block export, or null
+extern const block_sink* block_exports; ///< what writes the block exports; null when none was asked for

@@ -1,14 +1,12 @@
 #include "export/block_coverage.h"
 
+#include "common/number_format.h"
 #include "common/text_buffer.h"
+#include "driver/run_state.h"
 #include "profile/dpi_record.h"
 
 #include <algorithm>
 #include <cmath>
-
-void add_block_cov(std::int32_t line, std::int32_t column, block_buffer& buffer, double count) {
-    buffer.push_back({line, column, count});
-}
 
 bool block_compare(const blocks& a, const blocks& b) {
     return a.line != b.line ? a.line < b.line : a.column < b.column;
@@ -70,3 +68,43 @@ bool printXML_bcov_full(std::FILE* stream, const block_buffer& buffer) {
     }
     return true;
 }
+
+static void begin_file(const char* path) {
+    if (outxml)
+        std::fprintf(outxml, "<MODULE name=\"%s\">\n", path);
+    if (outtxt)
+        std::fprintf(outtxt, "file - %s\n", path);
+}
+
+static void begin_function(const char* name, std::uint64_t entry_count) {
+    char freq[kNumberTextSize];
+    u64_to_ascii_no_sep(freq, entry_count);
+    if (outtxt)
+        std::fprintf(outtxt, "function - %s\t%s\n", name, freq);
+    if (outxml)
+        std::fprintf(outxml, "<FUNCTION name=\"%s\" freq=\"%s\">\n", name, freq);
+}
+
+static void end_function(block_buffer& buffer) {
+    sort_blocks(buffer);
+    if (outtxt)
+        printTXT_bcov_full(outtxt, buffer);
+    if (outxml) {
+        printXML_bcov_full(outxml, buffer);
+        std::fputs("</FUNCTION>\n", outxml);
+    }
+}
+
+static void write_missing_function(const char* name, std::int32_t line) {
+    if (outtxt)
+        std::fprintf(outtxt, "function - %s\t0\n", name);
+    if (outxml)
+        std::fprintf(outxml, "<FUNCTION name=\"%s\" freq=\"0\" line=\"%d\"></FUNCTION>\n", name, line);
+}
+
+static void end_file() {
+    if (outxml)
+        std::fputs("</MODULE>\n", outxml);
+}
+
+const block_sink block_export = {begin_file, begin_function, end_function, write_missing_function, end_file};

@@ -10,27 +10,15 @@
 //                                                 </FUNCTION>
 //                                                 </MODULE>
 //
-// Blocks of one line form a group in which INSTANCE counts from 1. Names are written as they are. The heads
-// and tails of modules and functions are written by markBlocks.
+// Blocks of one line form a group in which INSTANCE counts from 1. Names are written as they are.
 #pragma once
 
-#include <cstdint>
+#include "analysis/block_sink.h"
+
 #include <cstdio>
-#include <vector>
 
-/// One block of the function being written.
-struct blocks {
-    std::int32_t line;
-    std::int32_t column;
-    double count; ///< executions
-};
-
-/// The blocks of one function. Entered from the function's last block to its first; sort_blocks puts them in
-/// order.
-using block_buffer = std::vector<blocks>;
-
-/// Enters one block.
-void add_block_cov(std::int32_t line, std::int32_t column, block_buffer& buffer, double count);
+/// Writes both exports, to outtxt and outxml, while the source files are analysed; one of them may be null.
+extern const block_sink block_export;
 
 /// True when `a` lies before `b`: by line, then column.
 bool block_compare(const blocks& a, const blocks& b);

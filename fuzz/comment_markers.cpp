@@ -1,10 +1,10 @@
 // Input: which markers there are, the first lines of the file's functions, and a source file. Every line's
 // answer is compared with a plain scan that collects comments character by character and expands each block
 // into its lines.
+#include "common/source_file.h"
 #include "driver/run_config.h"
 #include "fuzz/harness.h"
 #include "markers/parser.h"
-#include "profile/module_list.h"
 
 #include <algorithm>
 #include <cstring>
@@ -161,20 +161,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<std::int32_t> lines(script.below(8));
     for (std::int32_t& line : lines)
         line = static_cast<std::int32_t>(script.byte()) - 2;
-    std::vector<COMP> functions(lines.size());
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        functions[i].line = lines[i];
-        functions[i].fileName = "source";
-        functions[i].next = i + 1 < lines.size() ? &functions[i + 1] : nullptr;
-    }
+    std::sort(lines.begin(), lines.end());
     const std::string_view source = script.rest();
     scratch().put("source", source);
     bool stray_end = false;
     const outcome end = run_in_scratch([&] {
         choose_markers(choice);
-        if (!functions.empty())
-            order_func(functions.data());
-        const parser markers("source", one_line_disable, start_disable_block, end_disable_block);
+        const parser markers("source", one_line_disable, start_disable_block, end_disable_block, lines,
+                             run_sources());
         plain_markers plain(source, lines);
         if (!one_line_disable.empty() || (!start_disable_block.empty() && !end_disable_block.empty()))
             plain.scan();

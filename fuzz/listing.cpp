@@ -2,6 +2,7 @@
 // listing made of them is taken apart again.
 #include "report/listing.h"
 
+#include "common/source_file.h"
 #include "coverage/block_marking.h"
 #include "coverage/coverage_list.h"
 #include "driver/run_config.h"
@@ -101,7 +102,7 @@ static void check_positions(const plain_positions& plain) {
     require(!g_cl->bFetchHitCount(3, 70000, &count, nullptr, nullptr, nullptr, nullptr) ||
                 plain.at.count({3, 70000}),
             "a position without a block");
-    require(g_cl->sorted_positions().size() == plain.at.size(), "the number of positions");
+    require(g_cl->current_analysis().positions.positions().size() == plain.at.size(), "the number of positions");
 }
 
 static void set_options(unsigned int choice) {
@@ -140,12 +141,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     plain_positions plain = {static_cast<std::uint32_t>(newlines + 1), {}};
     const outcome end = run_in_scratch([&] {
         set_options(choice);
-        const parser markers("s.c", one_line_disable, start_disable_block, end_disable_block);
-        pars = &const_cast<parser&>(markers);
+        parser markers("s.c", one_line_disable, start_disable_block, end_disable_block, {}, run_sources());
+        pars = &markers;
         g_cl->bAddFilename("s.c");
         require(g_cl->bSetName("s.c"), "the source is found");
         require(g_cl->bSetName("absent") && g_cl->lpszGetSrcFilename() == std::string("s.c"),
                 "one table until the next source file");
+        g_cl->current_analysis().disabled = markers.all_disabled_lines();
+        g_cl->current_analysis().differential = compWithRef;
         // More positions than the table has room for at first, the last one first.
         for (std::uint32_t column = (choice & 8) != 0 ? 700 : 0; column != 0; --column)
             record_block(plain, 2, column, column % 3, false);

@@ -3,6 +3,7 @@
 #include "common/fatal.h"
 #include "import/clang_export.h"
 #include "import/import_message.h"
+#include "import/import_options.h"
 #include "import/main_file.h"
 #include "import/profile_data.h"
 #include "import/profile_writer.h"
@@ -101,7 +102,9 @@ static void print_warnings(const collected& all, const profile_data& profile) {
             static_cast<unsigned long long>(profile.misplaced));
 }
 
-void run_import(const import_options& options) {
+void run_importer(int argc, char** argv) {
+    import_options options;
+    parse_import_options(argc, argv, &options);
     const source_names names(options.root);
     collected all;
     read_inputs(options, names, &all);

@@ -4,8 +4,9 @@
 // counts, so that the profiles of two runs of one program can be compared block by block.
 #pragma once
 
+#include "common/code_cursor.h"
+#include "common/source_text.h"
 #include "import/source_region.h"
-#include "import/source_text.h"
 
 #include <optional>
 #include <vector>

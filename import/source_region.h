@@ -1,7 +1,8 @@
-// Places in a source file and the regions that the compiler maps to counters.
+// The regions of a source file that the compiler maps to counters.
 #pragma once
 
-#include <compare>
+#include "common/source_position.h"
+
 #include <cstdint>
 
 /// Lines, columns and their sums fit 32 bits with room to spare; the static profile holds signed numbers.
@@ -15,20 +16,6 @@ constexpr std::uint64_t kLargestCount = 0x7fffffffffffffff;
 inline std::uint64_t add_counts(std::uint64_t a, std::uint64_t b) {
     return a > kLargestCount - b ? kLargestCount : a + b;
 }
-
-/// A character of a source file: line and column (in bytes) count from 1.
-struct source_position {
-    std::uint32_t line;
-    std::uint32_t column;
-    auto operator<=>(const source_position&) const = default;
-};
-
-/// A stretch of source text; `end` is the position behind its last character.
-struct source_extent {
-    source_position start;
-    source_position end;
-    auto operator<=>(const source_extent&) const = default;
-};
 
 enum class region_kind : std::uint32_t {
     code,    ///< counted code

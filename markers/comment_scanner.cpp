@@ -7,12 +7,13 @@
 #include <cstdio>
 
 parser::parser(const char* name, const std::vector<std::string>& one_line,
-               const std::vector<std::string>& begin, const std::vector<std::string>& end)
-    : file_name(name) {
+               const std::vector<std::string>& begin, const std::vector<std::string>& end,
+               std::span<const std::int32_t> first_lines, source_loader& sources)
+    : function_lines(first_lines), file_name(name) {
     if (one_line.empty() && (begin.empty() || end.empty()))
         return;
     try {
-        if (!load_source(name, &source))
+        if (!sources.load(name, &source))
             return;
         active = true;
         one_line_marks = marker_set(one_line.begin(), one_line.end());
@@ -20,7 +21,7 @@ parser::parser(const char* name, const std::vector<std::string>& one_line,
         end_marks = marker_set(end.begin(), end.end());
         parse_for_cpp_comments();
         process_comments();
-        sort_disabled_lines();
+        disabled_lines.finish();
     } catch (const std::exception&) {
         std::fputs("Unexpected issue, please contact developers\n", stderr);
         pgt_Exit(1);

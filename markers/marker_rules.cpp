@@ -1,7 +1,6 @@
 // Turns marker comments into disabled lines.
 
 #include "markers/parser.h"
-#include "profile/module_list.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -35,19 +34,18 @@ int parser::registry_comment(comment_t& comment) {
     return type;
 }
 
-bool is_func_bound(unsigned long line, unsigned long* last) {
-    const auto before = [](const COMP* function, unsigned long wanted) {
-        return function->line < 0 || static_cast<unsigned long>(function->line) < wanted;
+bool is_func_bound(std::span<const std::int32_t> function_lines, unsigned long line, unsigned long* last) {
+    const auto before = [](std::int32_t function, unsigned long wanted) {
+        return function < 0 || static_cast<unsigned long>(function) < wanted;
     };
-    const auto found = std::lower_bound(funcs_by_line.begin(), funcs_by_line.end(), line, before);
-    if (found == funcs_by_line.end() || static_cast<unsigned long>((*found)->line) != line)
+    const auto found = std::lower_bound(function_lines.begin(), function_lines.end(), line, before);
+    if (found == function_lines.end() || static_cast<unsigned long>(*found) != line)
         return false;
-    const COMP* next = (*found)->nextByLine;
-    if (!next) {
+    if (found + 1 == function_lines.end()) {
         *last = 0;
         return true;
     }
-    const unsigned long next_line = static_cast<unsigned long>(next->line);
+    const unsigned long next_line = static_cast<unsigned long>(*(found + 1));
     *last = next_line > line ? next_line - 1 : next_line;
     return true;
 }
@@ -56,7 +54,7 @@ bool is_func_bound(unsigned long line, unsigned long* last) {
 void parser::proceed_last_single_line_mark_as_function_block(unsigned long brace_line) {
     const auto mark = std::find_if(comments.rbegin(), comments.rend(), comment_t::is_simple_comment);
     unsigned long last = 0;
-    if (mark == comments.rend() || !is_func_bound(brace_line, &last))
+    if (mark == comments.rend() || !is_func_bound(function_lines, brace_line, &last))
         return;
     mark->type = comment_t::begin_mark;
     if (last != 0)
@@ -68,7 +66,7 @@ void parser::process_comments() {
     std::vector<unsigned long> open_begins; // start lines of the begin markers not yet closed
     for (const comment_t& comment : comments) {
         if (comment.type == comment_t::simple_mark) {
-            mark_lines(comment.start_line, comment.start_line);
+            disabled_lines.add(comment.start_line, comment.start_line);
         } else if (comment.type == comment_t::begin_mark) {
             open_begins.push_back(comment.start_line);
         } else if (open_begins.empty()) {
@@ -78,37 +76,10 @@ void parser::process_comments() {
                          file_name.c_str());
             return;
         } else {
-            mark_lines(open_begins.back(), comment.start_line);
+            disabled_lines.add(open_begins.back(), comment.start_line);
             open_begins.pop_back();
         }
     }
     for (; !open_begins.empty(); open_begins.pop_back())
-        mark_lines(open_begins.back(), last_line);
-}
-
-/// Disables the lines from `first` to `last`; none when `first` is greater.
-void parser::mark_lines(unsigned long first, unsigned long last) {
-    if (first <= last)
-        disabled_lines.push_back({first, last});
-}
-
-/// Sorts the ranges and joins those that overlap, so that nested blocks cost no more than flat ones.
-void parser::sort_disabled_lines() {
-    std::sort(disabled_lines.begin(), disabled_lines.end(),
-              [](const line_range& a, const line_range& b) { return a.first < b.first; });
-    std::size_t kept = 0;
-    for (const line_range& range : disabled_lines) {
-        if (kept != 0 && range.first <= disabled_lines[kept - 1].last)
-            disabled_lines[kept - 1].last = std::max(disabled_lines[kept - 1].last, range.last);
-        else
-            disabled_lines[kept++] = range;
-    }
-    disabled_lines.resize(kept);
-}
-
-bool parser::is_disabled_line(unsigned long wanted) const {
-    const auto after =
-        std::upper_bound(disabled_lines.begin(), disabled_lines.end(), wanted,
-                         [](unsigned long l, const line_range& range) { return l < range.first; });
-    return after != disabled_lines.begin() && wanted <= (after - 1)->last;
+        disabled_lines.add(open_begins.back(), last_line);
 }

@@ -6,34 +6,38 @@
 #pragma once
 
 #include "markers/comment.h"
+#include "markers/line_set.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
 
+class source_loader;
+
 class parser {
   public:
-    /// Scans `file_name` when there are one-line markers, or both begin and end markers. A file that cannot
-    /// be opened has no disabled lines. The marker lists must outlive the parser. Where the markers may
-    /// disable whole functions, order_func must have been called for the file.
+    /// Scans `file_name`, read through `sources`, when there are one-line markers, or both begin and end markers. A
+    /// file that cannot be opened has no disabled lines. `function_lines`: the first lines of the file's functions,
+    /// ascending; a marker in front of one of them can disable the whole function. The marker lists must outlive
+    /// the parser, the lines only the construction.
     parser(const char* file_name, const std::vector<std::string>& one_line,
-           const std::vector<std::string>& begin, const std::vector<std::string>& end);
+           const std::vector<std::string>& begin, const std::vector<std::string>& end,
+           std::span<const std::int32_t> function_lines, source_loader& sources);
 
     /// True when the line is disabled.
-    bool is_disabled_line(unsigned long line) const;
+    bool is_disabled_line(unsigned long wanted) const { return disabled_lines.contains(wanted); }
+
+    /// All disabled lines.
+    const line_set& all_disabled_lines() const { return disabled_lines; }
 
     /// Trims spaces, tabs, newlines, slashes and stars from both ends; returns its argument.
     static std::string& strip_comment(std::string& text);
 
   private:
-    /// Lines first to last, both included.
-    struct line_range {
-        unsigned long first;
-        unsigned long last;
-    };
-
     /// The texts of one role, for look-up.
     using marker_set = std::unordered_set<std::string_view>;
 
@@ -47,14 +51,13 @@ class parser {
     bool is_end_mark(const std::string& text) const;
     void proceed_last_single_line_mark_as_function_block(unsigned long brace_line);
     void process_comments();
-    void mark_lines(unsigned long first, unsigned long last);
-    void sort_disabled_lines();
 
-    std::string_view source;                ///< text of the file; valid during construction only
-    std::size_t cursor = 0;                 ///< reading position in it
-    unsigned long line = 1;                 ///< line of the character being examined
-    std::vector<line_range> disabled_lines; ///< sorted and disjoint once construction is over
-    marker_set one_line_marks;              ///< views of the texts given to the constructor
+    std::string_view source;                      ///< text of the file; valid during construction only
+    std::span<const std::int32_t> function_lines; ///< likewise
+    std::size_t cursor = 0;                       ///< reading position in the text
+    unsigned long line = 1;                       ///< line of the character being examined
+    line_set disabled_lines;
+    marker_set one_line_marks; ///< views of the texts given to the constructor
     marker_set begin_marks;
     marker_set end_marks;
     std::vector<comment_t> comments; ///< the markers, in order of their end in the file
@@ -63,7 +66,7 @@ class parser {
     unsigned long last_line = 0;     ///< the last line that the scan reached
 };
 
-/// True when a function of the current file (order_func) starts on `line`. Then `*last` is the line before
-/// the next function's first line (that line itself when both start on the same one), or 0 for the last
+/// True when one of the functions whose first lines are given, ascending, starts on `line`. Then `*last` is the line
+/// before the next function's first line (that line itself when both start on the same one), or 0 for the last
 /// function.
-bool is_func_bound(unsigned long line, unsigned long* last);
+bool is_func_bound(std::span<const std::int32_t> function_lines, unsigned long line, unsigned long* last);

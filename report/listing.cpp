@@ -1,5 +1,6 @@
 #include "report/listing.h"
 
+#include "analysis/line_walk.h"
 #include "common/number_format.h"
 #include "common/output_file.h"
 #include "common/source_file.h"
@@ -8,10 +9,7 @@
 #include "coverage/run_totals.h"
 #include "driver/color_table.h"
 #include "driver/run_config.h"
-#include "driver/run_state.h"
-#include "markers/parser.h"
 #include "report/function_lists.h"
-#include "report/listing_color.h"
 #include "report/page_names.h"
 #include "report/page_pieces.h"
 
@@ -21,25 +19,6 @@
 #include <new>
 #include <string>
 #include <string_view>
-
-/// At most this many blanks at the start of a line take the colour of what follows them.
-constexpr std::size_t kMostLookAhead = 255;
-
-Color getColor(std::uint64_t count, bool bNotInRef, unsigned int numBlocks, unsigned int numExecuted,
-               bool bAdjusted) {
-    if (compWithRef) {
-        // The counts are differences against the reference: none means that nothing is new here.
-        if (count == 0)
-            return clrCovered;
-        return bNotInRef || count == NEVER_ENTERED ? clrUncoveredFunc : clrUncoveredBlock;
-    }
-    if (count == 0)
-        return clrUncoveredBlock;
-    if (count == NEVER_ENTERED)
-        return clrUncoveredFunc;
-    const bool all = numBlocks == numExecuted || (bAdjusted && numBlocks == numExecuted + 1);
-    return all ? clrCovered : clrPartial;
-}
 
 const char* posNextMarker(const char* p) {
     if (!p)
@@ -113,69 +92,43 @@ static void WriteSrcFileFooter(std::FILE* stream) {
 
 namespace {
 
-/// The recorded positions of one line, by column.
-struct line_positions {
-    const block_list_node* begin;
-    const block_list_node* end;
-
-    /// The position at a column, or null.
-    const block_list_node* at(std::size_t column) const {
-        const block_list_node* found =
-            std::lower_bound(begin, end, column, [](const block_list_node& node, std::size_t wanted) {
-                return node.column < wanted;
-            });
-        return found != end && found->column == column ? found : nullptr;
-    }
-};
-
-/// Writes the lines of one source file. Instead of looking every character up, it steps from one recorded
-/// position of the line to the next.
+/// Writes the lines of one source file. Instead of looking every character up, it steps from one stretch of the line
+/// to the next.
 class listing_writer {
   public:
     explicit listing_writer(std::FILE* stream) : out_(stream) {}
 
-    /// Writes one line. `text` is without its newline; `newline` is false for a last line that has none.
-    void write_line(unsigned int line, std::string_view text, bool newline, line_positions positions);
+    /// Writes the line that the walk is at.
+    void write_line(const line_walk& walk);
 
   private:
-    void look_ahead(std::string_view text, bool newline, line_positions positions);
-    void enter_position(const block_list_node& position);
+    void write_text(const line_walk& walk);
     void start_markers(std::string_view text);
-    void write_count_lines(line_positions positions);
+    void mark_counts(const line_walk& walk);
+    void write_count_lines(const line_walk& walk);
     std::size_t write_count(const block_list_node& position);
 
     text_buffer out_;
-    Color color_ = clrUnknown; ///< in force
-    bool disabled_ = false;    ///< the line is
+    Color color_ = clrUnknown; ///< in force behind the line
     std::string markers_;      ///< one character a column, '^' where a count belongs; only with -counts
 };
 
 } // namespace
 
-static Color color_of(const block_list_node& position) {
-    return getColor(position.count, position.bNotInRef, position.numBlocks, position.numExecuted,
-                    position.bAdjusted);
-}
-
-/// Takes the colour of a position. On a disabled line it is not shown but still counts for the lines that
-/// follow.
-void listing_writer::enter_position(const block_list_node& position) {
-    const Color color = color_of(position);
-    if (color != color_ && !disabled_)
-        changeColor(out_, color);
-    color_ = color;
-}
-
-/// Gives the indentation of a line the colour of its first statement.
-void listing_writer::look_ahead(std::string_view text, bool newline, line_positions positions) {
-    std::size_t blanks = 0;
-    while (blanks < text.size() && blanks < kMostLookAhead && (text[blanks] == ' ' || text[blanks] == '\t'))
-        ++blanks;
-    const bool at_end = blanks == text.size() && !newline && blanks < kMostLookAhead;
-    if (blanks == 0 || at_end)
-        return;
-    if (const block_list_node* position = positions.at(blanks + 1))
-        enter_position(*position);
+/// Writes the text of a line with its colours.
+void listing_writer::write_text(const line_walk& walk) {
+    const source_line& line = walk.line();
+    color_ = line.color;
+    std::size_t written = 0;
+    for (const line_stretch& stretch : walk.stretches()) {
+        out_.put_escaped(line.text.substr(written, stretch.offset - written));
+        written = stretch.offset;
+        // On a disabled line a colour is not shown but still counts for the lines that follow.
+        if (stretch.color != color_ && !line.disabled)
+            changeColor(out_, stretch.color);
+        color_ = stretch.color;
+    }
+    out_.put_escaped(line.text.substr(written));
 }
 
 /// Fills the markers of a line: tabs and carriage returns stay, so that a count lands under its column.
@@ -186,36 +139,32 @@ void listing_writer::start_markers(std::string_view text) {
     markers_ += '\n';
 }
 
-void listing_writer::write_line(unsigned int line, std::string_view text, bool newline,
-                                line_positions positions) {
-    disabled_ = pars->is_disabled_line(line);
-    WriteSrcFileLineHeader(out_, line, disabled_ ? clrNotFeasible : color_);
-    if (positions.begin != positions.end)
-        look_ahead(text, newline, positions);
-    const bool counts = g_bXCOUNTS && !disabled_ && newline && positions.begin != positions.end;
-    if (counts)
-        start_markers(text);
-    bool marked = false;
-    std::size_t written = 0;
-    const std::size_t columns = text.size() + (newline ? 1 : 0);
-    for (const block_list_node* p = positions.begin; p != positions.end && p->column <= columns; ++p) {
-        const std::size_t index = p->column - 1;
-        out_.put_escaped(text.substr(written, index - written));
-        written = index;
-        enter_position(*p);
-        if (counts) {
-            markers_[index] = p->bAdjusted ? ' ' : '^';
-            marked = marked || !p->bAdjusted;
-        }
-    }
-    out_.put_escaped(text.substr(written));
+/// Writes the counts of the blocks that begin on the line, unless all of them are closing adjustments.
+void listing_writer::mark_counts(const line_walk& walk) {
+    const auto is_marked = [](const line_stretch& stretch) {
+        return stretch.position && !stretch.position->bAdjusted();
+    };
+    const auto stretches = walk.stretches();
+    if (std::none_of(stretches.begin(), stretches.end(), is_marked))
+        return;
+    start_markers(walk.line().text);
+    for (const line_stretch& stretch : stretches)
+        if (stretch.position)
+            markers_[stretch.offset] = is_marked(stretch) ? '^' : ' ';
+    write_count_lines(walk);
+}
+
+void listing_writer::write_line(const line_walk& walk) {
+    const source_line& line = walk.line();
+    WriteSrcFileLineHeader(out_, line.number, line.disabled ? clrNotFeasible : line.color);
+    write_text(walk);
     // Deliberate: a last line without newline stays open and has no counts, which follow the newline of a
     // line.
-    if (!newline)
+    if (!line.has_newline)
         return;
     WriteSrcFileLineFooter(out_);
-    if (marked)
-        write_count_lines(positions);
+    if (g_bXCOUNTS && !line.disabled && !walk.stretches().empty())
+        mark_counts(walk);
 }
 
 /// Writes the count of a position and returns its width.
@@ -237,17 +186,25 @@ std::size_t listing_writer::write_count(const block_list_node& position) {
     return shown.size();
 }
 
+/// The position recorded at an offset of the line; there is one.
+static const block_list_node& position_at(const line_walk& walk, std::size_t offset) {
+    const auto positions = walk.positions();
+    return *std::lower_bound(
+        positions.begin(), positions.end(), offset + 1,
+        [](const block_list_node& node, std::size_t column) { return node.column < column; });
+}
+
 /// Writes the counts of one source line, on as many lines as it takes to put each under its column.
-void listing_writer::write_count_lines(line_positions positions) {
+void listing_writer::write_count_lines(const line_walk& walk) {
     const char* const start = markers_.data();
     const char* from = start;
     while (const char* caret = posNextMarker(from)) {
         if (from == start)
             WriteCovLineHeader(out_, color_);
         out_.put(std::string_view(from, static_cast<std::size_t>(caret - from)));
-        const std::size_t index = static_cast<std::size_t>(caret - start);
-        const std::size_t width = write_count(*positions.at(index + 1));
-        markers_[index] = ' ';
+        const std::size_t offset = static_cast<std::size_t>(caret - start);
+        const std::size_t width = write_count(position_at(walk, offset));
+        markers_[offset] = ' ';
         const char* next = posNextMarker(caret);
         if (next && static_cast<std::size_t>(next - caret) >= width) {
             from = caret + width;
@@ -258,32 +215,17 @@ void listing_writer::write_count_lines(line_positions positions) {
     }
 }
 
-/// Writes all lines of a source text. `positions` are those of the file by line and column.
-static void write_lines(std::FILE* page, std::string_view text,
-                        const std::vector<block_list_node>& positions) {
+/// Writes all lines of the current source file.
+static void write_lines(std::FILE* page, const source_analysis& analysis) {
     listing_writer writer(page);
-    const block_list_node* next = positions.data();
-    const block_list_node* const end = next + positions.size();
-    unsigned int line = 1;
-    for (std::size_t at = 0; at < text.size(); ++line) {
-        while (next != end && next->line < line)
-            ++next;
-        line_positions of_line = {next, next};
-        while (of_line.end != end && of_line.end->line == line)
-            ++of_line.end;
-        const std::size_t newline = text.find('\n', at);
-        const bool complete = newline != std::string_view::npos;
-        const std::size_t length = (complete ? newline : text.size()) - at;
-        writer.write_line(line, text.substr(at, length), complete, of_line);
-        at += length + 1;
-        next = of_line.end;
-    }
+    for (line_walk walk(analysis); walk.next();)
+        writer.write_line(walk);
 }
 
 bool bOutputLineCoverage(const char* ext) {
     const char* file = g_cl->lpszGetSrcFilename();
-    std::string_view text;
-    if (!load_source(file, &text)) {
+    source_analysis& analysis = g_cl->current_analysis();
+    if (!load_source(file, &analysis.text)) {
         std::fprintf(stderr, "Error - Cannot open %s!\n", file);
         return false;
     }
@@ -295,14 +237,15 @@ bool bOutputLineCoverage(const char* ext) {
     }
     WriteSrcFileHeader(page, brief(file), functionCoverage, blockCoverage);
     try {
-        write_lines(page, text, g_cl->sorted_positions());
+        analysis.positions.sort();
+        write_lines(page, analysis);
     } catch (const std::bad_alloc&) { // infeasible: begin
         std::printf("Error - Not enough memory!! (bOutputLineCoverage)\n");
         return false;
         // infeasible: end
     }
     // Deliberate: the page of an empty source is its head alone.
-    if (!text.empty())
+    if (!analysis.text.empty())
         WriteSrcFileFooter(page);
     close_output(page);
     return bOutputFunctionCoverage(file, ext);

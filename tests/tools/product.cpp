@@ -19,85 +19,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <unordered_set>
-
-namespace {
-
-/// Thrown out of pgt_Exit. Not a std::exception, so that no handler of the program takes it.
-struct run_ended {
-    int status;
-};
-
-} // namespace
-
-static bool running = false; ///< inside run_product
-
-// ---- memory and streams that a process keeps to its end ----
-
-// The linker leads the program's calls of these functions here (CMakeLists.txt). The records of the module
-// list live until the process ends, and a run that ends early leaves streams open; both are released after
-// each run.
-static std::unordered_set<void*> kept_memory;
-static std::unordered_set<std::FILE*> open_streams;
-
-extern "C" {
-void* __real__Z6zallocmPKc(std::size_t size, const char* what);
-void* __wrap__Z6zallocmPKc(std::size_t size, const char* what);
-char* __real__Z11copy_stringPKcS0_(const char* text, const char* what);
-char* __wrap__Z11copy_stringPKcS0_(const char* text, const char* what);
-std::FILE* __real_fopen(const char* path, const char* mode);
-std::FILE* __wrap_fopen(const char* path, const char* mode);
-int __real_fclose(std::FILE* stream);
-int __wrap_fclose(std::FILE* stream);
-}
-
-void* __wrap__Z6zallocmPKc(std::size_t size, const char* what) {
-    void* memory = __real__Z6zallocmPKc(size, what);
-    if (running && std::strcmp(what, "Components SPI") == 0)
-        kept_memory.insert(memory);
-    return memory;
-}
-
-char* __wrap__Z11copy_stringPKcS0_(const char* text, const char* what) {
-    char* memory = __real__Z11copy_stringPKcS0_(text, what);
-    if (running && std::strncmp(what, "comp->", 6) == 0)
-        kept_memory.insert(memory);
-    return memory;
-}
-
-std::FILE* __wrap_fopen(const char* path, const char* mode) {
-    std::FILE* stream = __real_fopen(path, mode);
-    if (running && stream)
-        open_streams.insert(stream);
-    return stream;
-}
-
-int __wrap_fclose(std::FILE* stream) {
-    open_streams.erase(stream);
-    return __real_fclose(stream);
-}
 
 // ---- back to the state of a fresh process ----
 
-filename_list_node*& head_of(coverage_list& list);
-
-/// Access to the head of the file list, whose entries live until the process ends.
-template <auto Member> struct file_list_head {
-    friend filename_list_node*& head_of(coverage_list& list) { return list.*Member; }
-};
-template struct file_list_head<&coverage_list::fileListHead_>;
-
 static void reset_coverage_list() {
     g_cl->vPrepareForNewSrcFile();
-    for (filename_list_node* entry = head_of(*g_cl); entry;) {
-        filename_list_node* next = entry->next;
-        std::free(entry->name);
-        std::free(entry);
-        entry = next;
-    }
     std::destroy_at(g_cl);
     std::construct_at(g_cl);
 }
@@ -128,18 +55,13 @@ static void reset_profiles() {
     componentList = first_func_line = nullptr;
     numComponents = 0;
     funcs_by_line.clear();
-    for (void* memory : kept_memory)
-        std::free(memory);
-    kept_memory.clear();
 }
 
 static void reset_product() {
     pars = nullptr;
     outtxt = outxml = nullptr;
+    block_exports = nullptr;
     close_open_outputs();
-    for (std::FILE* stream : open_streams)
-        __real_fclose(stream);
-    open_streams.clear();
     reset_coverage_list();
     release_source();
     free_function_table();
@@ -157,15 +79,13 @@ outcome run_product(const std::function<void()>& call) {
     std::FILE* const real_output = stdout;
     std::FILE* const real_errors = stderr;
     reset_configuration(); // the first call must not differ from the others
-    pgt_ExitHook = [](int status) { throw run_ended{status}; };
-    running = true;
     result.errors = written([&](std::FILE* errors) {
         result.output = written([&](std::FILE* output) {
             stdout = output;
             stderr = errors;
             try {
                 call();
-            } catch (const run_ended& end) {
+            } catch (const run_end& end) {
                 result.ended = true;
                 result.status = end.status;
             }
@@ -174,7 +94,5 @@ outcome run_product(const std::function<void()>& call) {
     });
     stdout = real_output;
     stderr = real_errors;
-    running = false;
-    pgt_ExitHook = nullptr;
     return result;
 }

@@ -16,11 +16,11 @@ struct outcome {
 /// Runs `call` from the state of a fresh process and afterwards puts every process-wide variable back to it.
 outcome run_product(const std::function<void()>& call);
 
-/// Calls `main` with these arguments, the program's name first. They are gone when it comes back.
-template <typename Main> auto call_main(Main main, std::vector<std::string> arguments) {
+/// Calls what a program does with its arguments, the program's name first. They are gone when it comes back.
+template <typename Body> auto call_main(Body body, std::vector<std::string> arguments) {
     std::vector<char*> argv;
     for (std::string& argument : arguments)
         argv.push_back(argument.data());
     argv.push_back(nullptr);
-    return main(static_cast<int>(arguments.size()), argv.data());
+    return body(static_cast<int>(arguments.size()), argv.data());
 }

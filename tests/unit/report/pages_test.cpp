@@ -1,8 +1,6 @@
 // Pages of the report, where whole runs do not reach.
 #include "common/output_file.h"
 #include "coverage/coverage_list.h"
-#include "driver/run_state.h"
-#include "markers/parser.h"
 #include "report/file_index.h"
 #include "report/function_lists.h"
 #include "report/images.h"
@@ -43,8 +41,6 @@ TEST_F(Pages, OrdersThatDoNotExist) {
 TEST_F(Pages, LinesBeyondSixDigits) {
     scratch_.put("a.c", std::string(1000001, '\n'));
     run_product([] {
-        parser no_markers("a.c", {}, {}, {});
-        pars = &no_markers;
         ASSERT_TRUE(g_cl->bSetName("a.c"));
         ASSERT_TRUE(bOutputLineCoverage("html"));
     });

@@ -1,0 +1,52 @@
+// Which lines of an analysed source file hold code. The whole text is read once, when the object is made.
+#pragma once
+
+#include "analysis/source_analysis.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+/// What a line holds.
+struct code_line {
+    bool in_function;     ///< code, on a line that a function reaches
+    bool inside;          ///< its first code lies inside a function, not in front of its first block
+    std::uint32_t column; ///< of its first code, 1-based; 0 for none
+};
+
+class code_lines {
+  public:
+    /// `analysis` must outlive this.
+    explicit code_lines(const source_analysis& analysis);
+
+    /// About a line; to be asked in ascending order.
+    code_line examine(std::uint32_t line);
+
+  private:
+    /// A brace, parenthesis or semicolon of the code.
+    struct mark {
+        source_position position;
+        char kind;
+        char next;           ///< first character of the code behind it, 0 at the end
+        std::uint32_t match; ///< index of the mark that closes it, or kNone
+    };
+
+    void read_text();
+    void note_code(std::size_t from, std::size_t to);
+    void note_mark(std::size_t offset);
+    void match_marks();
+    void find_bodies();
+    void find_extents();
+    source_extent uncalled_extent(std::uint32_t line) const;
+
+    const source_analysis& analysis_;
+    bool needs_marks_;                      ///< some function was never called
+    std::vector<std::uint32_t> first_code_; ///< column of the first code of each line, from line 1; 0: none
+    std::uint32_t line_ = 1;                ///< while reading: that of the text at hand
+    std::size_t line_start_ = 0;            ///< offset at which it begins
+    std::vector<mark> marks_;               ///< in order
+    std::vector<std::uint32_t> bodies_;     ///< for each mark: the one that closes the body of a function whose
+                                            ///< head goes on there, kNone, or kOpen for a body without end
+    std::vector<source_extent> functions_;  ///< what the functions reach, joined where they overlap; ascending
+    std::size_t next_ = 0;                  ///< the first of them that ends on the line asked about, or behind it
+};
