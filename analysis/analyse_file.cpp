@@ -56,8 +56,7 @@ class file_analyser {
 static segment_ptr find_segment(const named_profile& profile, const COMP* routine) {
     if (!profile.file)
         return nullptr;
-    return segment_ptr(
-        PGOPTI_Get_Segment(profile.file, profile.name, routine->fileName, routine->procName));
+    return segment_ptr(PGOPTI_Get_Segment(profile.file, profile.name, routine->fileName, routine->procName));
 }
 
 /// Where a block starts: line and column, each at least 1.
@@ -224,8 +223,8 @@ void file_analyser::finish_figures() {
     }
     figures_.functions_covered = figures_.functions_with_new;
     if (figures_.functions_with_new != 0)
-        figures_.status = figures_.functions_new == figures_.functions ? file_status::uncovered
-                                                                       : file_status::covered;
+        figures_.status =
+            figures_.functions_new == figures_.functions ? file_status::uncovered : file_status::covered;
 }
 
 source_analysis file_analyser::run() {

@@ -22,8 +22,8 @@ inline void add_block_cov(std::int32_t line, std::int32_t column, block_buffer& 
     buffer.push_back({line, column, count});
 }
 
-/// What takes the blocks, in this order: a file begins; each of its functions begins and ends, or is missing from the
-/// profile; the file ends. `name` is the function's display name.
+/// What takes the blocks, in this order: a file begins; each of its functions begins and ends, or is missing
+/// from the profile; the file ends. `name` is the function's display name.
 struct block_sink {
     void (*file_begins)(const char* path);
     void (*function_begins)(const char* name, std::uint64_t entry_count);

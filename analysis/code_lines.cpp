@@ -47,8 +47,7 @@ void code_lines::note_mark(std::size_t offset) {
     if (!marks_.empty() && marks_.back().next == '\0')
         marks_.back().next = c;
     if (c == '{' || c == '}' || c == '(' || c == ')' || c == ';')
-        marks_.push_back(
-            {{line_, static_cast<std::uint32_t>(offset - line_start_ + 1)}, c, '\0', kNone});
+        marks_.push_back({{line_, static_cast<std::uint32_t>(offset - line_start_ + 1)}, c, '\0', kNone});
 }
 
 void code_lines::read_text() {
@@ -81,15 +80,17 @@ void code_lines::match_marks() {
         const char kind = marks_[i].kind;
         if (kind == '{' || kind == '(') {
             open.push_back(i);
-        } else if (!open.empty() && marks_[open.back()].kind == (kind == '}' ? '{' : kind == ')' ? '(' : '?')) {
+        } else if (!open.empty() && marks_[open.back()].kind == (kind == '}'   ? '{'
+                                                                 : kind == ')' ? '('
+                                                                               : '?')) {
             marks_[open.back()].match = i;
             open.pop_back();
         }
     }
 }
 
-/// From each mark on: where the head of a function goes on there, its parameters are passed over, and so are the
-/// initialisers in braces of a constructor's members; the next brace opens its body.
+/// From each mark on: where the head of a function goes on there, its parameters are passed over, and so are
+/// the initialisers in braces of a constructor's members; the next brace opens its body.
 void code_lines::find_bodies() {
     bodies_.assign(marks_.size() + 1, kNone);
     for (std::size_t i = marks_.size(); i-- > 0;) {
@@ -100,7 +101,8 @@ void code_lines::find_bodies() {
             bodies_[i] = bodies_[i + 1];
         else if (current.kind == '{' && current.match == kNone)
             bodies_[i] = kOpen;
-        else if (current.kind == '{' && (marks_[current.match].next == ',' || marks_[current.match].next == '{'))
+        else if (current.kind == '{' &&
+                 (marks_[current.match].next == ',' || marks_[current.match].next == '{'))
             bodies_[i] = bodies_[current.match + 1];
         else if (current.kind == '{')
             bodies_[i] = current.match;

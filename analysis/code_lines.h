@@ -45,8 +45,8 @@ class code_lines {
     std::uint32_t line_ = 1;                ///< while reading: that of the text at hand
     std::size_t line_start_ = 0;            ///< offset at which it begins
     std::vector<mark> marks_;               ///< in order
-    std::vector<std::uint32_t> bodies_;     ///< for each mark: the one that closes the body of a function whose
-                                            ///< head goes on there, kNone, or kOpen for a body without end
-    std::vector<source_extent> functions_;  ///< what the functions reach, joined where they overlap; ascending
-    std::size_t next_ = 0;                  ///< the first of them that ends on the line asked about, or behind it
+    std::vector<std::uint32_t> bodies_; ///< for each mark: the one that closes the body of a function whose
+                                        ///< head goes on there, kNone, or kOpen for a body without end
+    std::vector<source_extent> functions_; ///< what the functions reach, joined where they overlap; ascending
+    std::size_t next_ = 0; ///< the first of them that ends on the line asked about, or behind it
 };

@@ -3,6 +3,7 @@
 #include "analysis/code_lines.h"
 
 #include <algorithm>
+#include <cstring>
 
 /// At most this many blanks at the start of a line take the colour of what follows them.
 constexpr std::size_t kMostLookAhead = 255;
@@ -22,7 +23,8 @@ Color getColor(std::uint64_t count, bool bNotInRef, unsigned int numBlocks, unsi
     return all ? clrCovered : clrPartial;
 }
 
-line_walk::line_walk(const source_analysis& analysis) : analysis_(analysis) {}
+line_walk::line_walk(const source_analysis& analysis)
+    : analysis_(analysis), all_(analysis.positions.positions()), positions_(all_.first(0)) {}
 
 line_walk::~line_walk() = default;
 
@@ -30,9 +32,11 @@ bool line_walk::next() {
     const std::string_view text = analysis_.text;
     if (at_ >= text.size())
         return false;
-    const std::size_t newline = text.find('\n', at_);
-    const bool has_newline = newline != std::string_view::npos;
-    const std::size_t length = (has_newline ? newline : text.size()) - at_;
+    const void* const newline = std::memchr(text.data() + at_, '\n', text.size() - at_);
+    const bool has_newline = newline != nullptr;
+    const std::size_t length =
+        has_newline ? static_cast<std::size_t>(static_cast<const char*>(newline) - text.data()) - at_
+                    : text.size() - at_;
     ++line_.number;
     line_.text = text.substr(at_, length);
     line_.has_newline = has_newline;
@@ -50,43 +54,36 @@ static Color class_of(const block_list_node& position, bool differential) {
 }
 
 void line_walk::find_stretches() {
-    const std::vector<block_list_node>& all = analysis_.positions.positions();
-    std::size_t begin = passed_ + positions_.size();
-    while (begin < all.size() && all[begin].line < line_.number)
-        ++begin;
-    std::size_t end = begin;
-    while (end < all.size() && all[end].line == line_.number)
-        ++end;
-    passed_ = begin;
-    positions_ = std::span(all).subspan(begin, end - begin);
+    const block_list_node* const end = all_.data() + all_.size();
+    const block_list_node* first = positions_.data() + positions_.size();
+    while (first != end && first->line < line_.number)
+        ++first;
+    const block_list_node* last = first;
+    while (last != end && last->line == line_.number)
+        ++last;
+    positions_ = {first, last};
     stretches_.clear();
-    if (positions_.empty())
+    if (first == last)
         return;
-    look_ahead();
+    const std::size_t ahead = look_ahead();
     const std::size_t columns = line_.text.size() + (line_.has_newline ? 1 : 0);
-    for (const block_list_node& position : positions_) {
-        if (position.column > columns)
-            break;
-        stretches_.push_back({position.column - 1, class_of(position, analysis_.differential), &position});
+    for (; first != last && first->column <= std::max(columns, ahead); ++first) {
+        color_ = class_of(*first, analysis_.differential);
+        if (first->column == ahead)
+            stretches_.insert(stretches_.begin(), {0, color_, nullptr});
+        if (first->column <= columns)
+            stretches_.push_back({first->column - 1, color_, first});
     }
-    if (!stretches_.empty())
-        color_ = stretches_.back().color;
 }
 
-/// Gives the indentation of a line the class of its first statement.
-void line_walk::look_ahead() {
+/// The column of the first statement behind the line's indentation, which takes its class; 0 for none.
+std::size_t line_walk::look_ahead() const {
     const std::string_view text = line_.text;
     std::size_t blanks = 0;
     while (blanks < text.size() && blanks < kMostLookAhead && (text[blanks] == ' ' || text[blanks] == '\t'))
         ++blanks;
     const bool at_end = blanks == text.size() && !line_.has_newline && blanks < kMostLookAhead;
-    if (blanks == 0 || at_end)
-        return;
-    const auto found =
-        std::find_if(positions_.begin(), positions_.end(),
-                     [blanks](const block_list_node& position) { return position.column > blanks; });
-    if (found != positions_.end() && found->column == blanks + 1)
-        stretches_.push_back({0, class_of(*found, analysis_.differential), nullptr});
+    return blanks == 0 || at_end ? 0 : blanks + 1;
 }
 
 /// How often the code at a position was executed; `before`: the count in force in front of it.
@@ -94,8 +91,8 @@ static std::uint64_t executions(const block_list_node& position, std::uint64_t b
     if (position.count == NEVER_ENTERED || position.count < position.numAdjusted)
         return 0;
     const std::uint64_t count = position.count - position.numAdjusted;
-    // A function's last block is mostly not counted, but credited: it is taken for reached as often as the code in
-    // front of it.
+    // A function's last block is mostly not counted, but credited: it is taken for reached as often as the
+    // code in front of it.
     return count == 0 && position.bAdjusted() ? std::max<std::uint64_t>(before, 1) : count;
 }
 
@@ -105,9 +102,9 @@ void line_walk::examine_code() {
     if (!code_)
         code_ = std::make_unique<code_lines>(analysis_);
     examined_ = line_.number;
-    const std::vector<block_list_node>& all = analysis_.positions.positions();
-    for (; counted_ < passed_; ++counted_)
-        in_force_ = executions(all[counted_], in_force_);
+    const std::size_t passed = static_cast<std::size_t>(positions_.data() - all_.data());
+    for (; counted_ < passed; ++counted_)
+        in_force_ = executions(all_[counted_], in_force_);
     const code_line code = code_->examine(line_.number);
     holds_code_ = code.in_function;
     count_ = 0;

@@ -4,8 +4,8 @@
 //   while (walk.next())
 //       ... walk.line(), walk.stretches(), walk.holds_code(), walk.count() ...
 //
-// A line falls into stretches of one coverage class. A class is in force from the position where it begins to the
-// next position, beyond the end of the line; what a line begins with is its class at the start.
+// A line falls into stretches of one coverage class. A class is in force from the position where it begins to
+// the next position, beyond the end of the line; what a line begins with is its class at the start.
 #pragma once
 
 #include "analysis/source_analysis.h"
@@ -35,8 +35,9 @@ struct line_stretch {
                                      ///< first statement behind it
 };
 
-/// Coverage class of a position from its count, its numbers of blocks and of executed blocks, and its flags (see
-/// block_list_node). In differential mode the counts are differences: none means that nothing is new here.
+/// Coverage class of a position from its count, its numbers of blocks and of executed blocks, and its flags
+/// (see block_list_node). In differential mode the counts are differences: none means that nothing is new
+/// here.
 Color getColor(std::uint64_t count, bool bNotInRef, unsigned int numBlocks, unsigned int numExecuted,
                bool bAdjusted, bool differential);
 
@@ -56,37 +57,37 @@ class line_walk {
     /// The positions recorded on the line, ascending; some may lie behind its end.
     std::span<const block_list_node> positions() const { return positions_; }
 
-    /// The stretches behind the line's start, ascending; none where no position begins. A stretch may have the class
-    /// of the one before.
+    /// The stretches behind the line's start, ascending; none where no position begins. A stretch may have
+    /// the class of the one before.
     std::span<const line_stretch> stretches() const { return stretches_; }
 
-    /// True when the line holds code: not only blanks, comments and preprocessor lines, and inside a function. A
-    /// called function reaches from its first to its last block, one that was never called from its first line to
-    /// the brace that closes its body.
+    /// True when the line holds code: not only blanks, comments and preprocessor lines, and inside a
+    /// function. A called function reaches from its first to its last block, one that was never called from
+    /// its first line to the brace that closes its body.
     bool holds_code();
 
-    /// How often the line was executed: the largest of the count in force at its first code and of those of the
-    /// blocks that begin on it; 0 for a line without code. A closing adjustment is no execution; a block that has
-    /// no other count goes on with the one before.
+    /// How often the line was executed: the largest of the count in force at its first code and of those of
+    /// the blocks that begin on it; 0 for a line without code. A closing adjustment is no execution; a block
+    /// that has no other count goes on with the one before.
     std::uint64_t count();
 
   private:
     void find_stretches();
-    void look_ahead();
+    std::size_t look_ahead() const;
     void examine_code();
 
     const source_analysis& analysis_;
-    std::size_t at_ = 0; ///< offset of the next line in the text
+    std::span<const block_list_node> all_;       ///< positions of the file
+    std::span<const block_list_node> positions_; ///< those of the line
+    std::size_t at_ = 0;                         ///< offset of the next line in the text
     source_line line_ = {};
     Color color_ = clrUnknown; ///< in force at the end of the line
-    std::span<const block_list_node> positions_;
-    std::size_t passed_ = 0; ///< positions before the line
     std::vector<line_stretch> stretches_;
 
     std::unique_ptr<code_lines> code_; ///< made at the first question
     std::uint32_t examined_ = 0;       ///< line that the two below belong to
     bool holds_code_ = false;
     std::uint64_t count_ = 0;
-    std::size_t counted_ = 0;     ///< positions whose counts went into the next
+    std::size_t counted_ = 0;    ///< positions whose counts went into the next
     std::uint64_t in_force_ = 0; ///< count of the last position before the line
 };

@@ -1,8 +1,8 @@
 // What one source file came to: the result of the analysis, as a value.
 //
-// analyse_file fills it from its arguments alone; nothing below it reads or writes a process-wide record. Everything
-// that shows coverage is a writer of it: the report through the records of coverage/, every other one by walking its
-// lines (line_walk.h).
+// analyse_file fills it from its arguments alone; nothing below it reads or writes a process-wide record.
+// Everything that shows coverage is a writer of it: the report through the records of coverage/, every other
+// one by walking its lines (line_walk.h).
 #pragma once
 
 #include "analysis/block_sink.h"
@@ -55,13 +55,13 @@ struct source_figures {
 };
 
 struct source_analysis {
-    std::string path;                       ///< as the static profile gives it
-    std::string_view text;                  ///< borrowed: valid as long as the loader keeps the file
-    bool differential = false;              ///< there was a reference: the counts are what is new
-    bool complete = true;                   ///< false when it was given up for lack of memory; figures are not right then
-    bool out_of_memory = false;             ///< some of it is missing for lack of memory
-    line_set disabled;                      ///< lines that markers take out
-    position_table positions;               ///< in order
+    std::string path;           ///< as the static profile gives it
+    std::string_view text;      ///< borrowed: valid as long as the loader keeps the file
+    bool differential = false;  ///< there was a reference: the counts are what is new
+    bool complete = true;       ///< false when it was given up for lack of memory; figures are not right then
+    bool out_of_memory = false; ///< some of it is missing for lack of memory
+    line_set disabled;          ///< lines that markers take out
+    position_table positions;   ///< in order
     std::vector<source_function> functions; ///< in the order of the static profile's list
     source_figures figures;
 };
@@ -93,8 +93,8 @@ struct analysis_options {
     count_precision counts = count_precision::single;
 };
 
-/// Joins every routine of the file with its counters. The blocks of each function go to `sink`, unless it is null; the
-/// file's beginning and end are told to it by the caller. Warnings go to the standard streams. What is wrong with a
-/// profile ends the run (dpi_file.h).
+/// Joins every routine of the file with its counters. The blocks of each function go to `sink`, unless it is
+/// null; the file's beginning and end are told to it by the caller. Warnings go to the standard streams. What
+/// is wrong with a profile ends the run (dpi_file.h).
 source_analysis analyse_file(const analysis_inputs& inputs, const analysis_options& options,
                              const block_sink* sink);

@@ -2,7 +2,8 @@
 
 #include <string>
 
-constexpr std::size_t kLongestRawMark = 16; ///< characters between the quote and the parenthesis of a raw string
+constexpr std::size_t kLongestRawMark =
+    16; ///< characters between the quote and the parenthesis of a raw string
 
 bool is_word_character(char c) {
     return c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');

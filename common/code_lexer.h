@@ -1,5 +1,5 @@
-// The pieces of C and C++ source text that matter for telling code from what is none. All take and give offsets into
-// a text; none reads beyond its end.
+// The pieces of C and C++ source text that matter for telling code from what is none. All take and give
+// offsets into a text; none reads beyond its end.
 #pragma once
 
 #include <cstddef>
@@ -11,15 +11,17 @@ bool is_word_character(char c);
 /// The offset behind the line that `offset` lies in, and behind those that it continues with a backslash.
 std::size_t behind_line(std::string_view text, std::size_t offset);
 
-/// The offset behind the block comment that begins at `offset`; the end of the text for one that is not closed.
+/// The offset behind the block comment that begins at `offset`; the end of the text for one that is not
+/// closed.
 std::size_t behind_comment(std::string_view text, std::size_t offset);
 
 /// True when a string or character literal begins at `offset`, which is at its quote.
 bool begins_literal(std::string_view text, std::size_t offset);
 
-/// The offset behind the literal whose quote is at `offset`: at most the end of its line, except for a raw string.
+/// The offset behind the literal whose quote is at `offset`: at most the end of its line, except for a raw
+/// string.
 std::size_t behind_literal(std::string_view text, std::size_t offset);
 
-/// The offset behind the blanks, newlines, comments and preprocessor lines from `offset` on. `*line_begin`: whether
-/// only such lie in front of `offset` on its line; kept up to date.
+/// The offset behind the blanks, newlines, comments and preprocessor lines from `offset` on. `*line_begin`:
+/// whether only such lie in front of `offset` on its line; kept up to date.
 std::size_t behind_no_code(std::string_view text, std::size_t offset, bool* line_begin);

@@ -1,8 +1,9 @@
 // The one way out of a run.
 //
 // Every fatal condition leaves through pgt_Exit. It unwinds to whoever started the run, so that everything in
-// between lets go of what it holds; in the programs that is main, through run_program, which also closes what is
-// open, so that pages and exports written so far are whole up to that point and no failed write goes unnoticed.
+// between lets go of what it holds; in the programs that is main, through run_program, which also closes what
+// is open, so that pages and exports written so far are whole up to that point and no failed write goes
+// unnoticed.
 #pragma once
 
 /// What pgt_Exit throws. Not a std::exception, so that no handler of the program takes it for a fault.
@@ -14,9 +15,9 @@ struct run_end {
 [[noreturn]] void pgt_Exit(int status);
 
 /// Runs `body`, closes every stream of output_file.h that is still open, flushes the standard streams and
-/// returns the exit status: 0 when the body came back, that of pgt_Exit when it did not, and 1 after a message when
-/// memory ran out. Where an output could not be written in full, "ERROR: cannot write %s" goes to standard error and
-/// the status is 1 whatever was asked for. For main, once.
+/// returns the exit status: 0 when the body came back, that of pgt_Exit when it did not, and 1 after a
+/// message when memory ran out. Where an output could not be written in full, "ERROR: cannot write %s" goes
+/// to standard error and the status is 1 whatever was asked for. For main, once.
 int run_program(void (*body)(int argc, char** argv), int argc, char** argv);
 
 /// Remembers that a part of the output was given up for lack of memory, so that the run, which goes on, does

@@ -11,8 +11,8 @@
 
 class source_text {
   public:
-    /// Reads `path` through the loader of the run, so that one file at a time is in memory. The text is valid until
-    /// another one is read there.
+    /// Reads `path` through the loader of the run, so that one file at a time is in memory. The text is valid
+    /// until another one is read there.
     explicit source_text(const std::string& path);
 
     /// False when there is no such regular file; then no position is in it.

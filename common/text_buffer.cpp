@@ -31,15 +31,20 @@ void text_buffer::fill(char c, std::size_t count) {
 }
 
 void text_buffer::put_padded(unsigned int value, std::size_t width) {
-    char text[kLongestNumber];
-    std::memset(text, ' ', sizeof text);
-    std::size_t start = sizeof text;
+    if (kCapacity - used_ < kLongestNumber)
+        flush();
+    std::size_t digits = 1;
+    for (unsigned int rest = value / 10; rest != 0; rest /= 10)
+        ++digits;
+    char* const start = bytes_ + used_;
+    char* at = start + std::max(digits, width);
+    used_ += std::max(digits, width);
     do {
-        text[--start] = static_cast<char>('0' + value % 10);
+        *--at = static_cast<char>('0' + value % 10);
         value /= 10;
     } while (value != 0);
-    start = std::min(start, sizeof text - width);
-    put(std::string_view(text + start, sizeof text - start));
+    while (at != start)
+        *--at = ' ';
 }
 
 void text_buffer::put_percent(double value) {

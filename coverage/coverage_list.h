@@ -1,8 +1,8 @@
 // The store that joins block data with source positions.
 //
-// It has two halves: the position table of the source file being processed (filled by markBlocks, read by the listing,
-// emptied by vPrepareForNewSrcFile), which is part of that file's analysis, and the list of every source file met in
-// the run (file_list.h). There is one instance, g_cl. Messages go to standard output.
+// It has two halves: the position table of the source file being processed (filled by markBlocks, read by the
+// listing, emptied by vPrepareForNewSrcFile), which is part of that file's analysis, and the list of every
+// source file met in the run (file_list.h). There is one instance, g_cl. Messages go to standard output.
 #pragma once
 
 #include "analysis/source_analysis.h"

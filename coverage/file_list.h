@@ -47,7 +47,8 @@ class file_list {
     std::unordered_map<std::string_view, filename_list_node*> by_name_; ///< keys point into the entries
 };
 
-/// Collects the entries from `head` on with any bit of `flag` in an array that the caller owns (release with free()),
-/// null when there are none. Returns their number, also through `pNum`, or -1 after a message on standard output.
+/// Collects the entries from `head` on with any bit of `flag` in an array that the caller owns (release with
+/// free()), null when there are none. Returns their number, also through `pNum`, or -1 after a message on
+/// standard output.
 int uiGetFilenamesForFlag(filename_list_node* head, std::uint32_t flag, int* pNum,
                           filename_list_node*** pArray);

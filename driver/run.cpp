@@ -28,8 +28,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <vector>
 #include <sys/stat.h>
+#include <vector>
 
 static std::FILE* function_text = nullptr; ///< -txtfcvrg
 static std::FILE* function_xml = nullptr;  ///< -xmlfcvrg

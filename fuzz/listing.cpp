@@ -102,7 +102,8 @@ static void check_positions(const plain_positions& plain) {
     require(!g_cl->bFetchHitCount(3, 70000, &count, nullptr, nullptr, nullptr, nullptr) ||
                 plain.at.count({3, 70000}),
             "a position without a block");
-    require(g_cl->current_analysis().positions.positions().size() == plain.at.size(), "the number of positions");
+    require(g_cl->current_analysis().positions.positions().size() == plain.at.size(),
+            "the number of positions");
 }
 
 static void set_options(unsigned int choice) {

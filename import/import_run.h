@@ -1,6 +1,6 @@
 // A whole run of the importer.
 #pragma once
 
-/// Parses the command line, reads every input, merges them and writes the two profiles. Any failure ends the run with
-/// a message and status 1, with both profiles as they were. main calls it through run_program.
+/// Parses the command line, reads every input, merges them and writes the two profiles. Any failure ends the
+/// run with a message and status 1, with both profiles as they were. main calls it through run_program.
 void run_importer(int argc, char** argv);

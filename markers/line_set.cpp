@@ -21,7 +21,7 @@ void line_set::finish() {
     ranges_.resize(kept);
 }
 
-bool line_set::contains(unsigned long line) const {
+bool line_set::is_in_range(unsigned long line) const {
     const auto after = std::upper_bound(ranges_.begin(), ranges_.end(), line,
                                         [](unsigned long l, const range& lines) { return l < lines.first; });
     return after != ranges_.begin() && line <= (after - 1)->last;

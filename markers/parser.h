@@ -20,10 +20,10 @@ class source_loader;
 
 class parser {
   public:
-    /// Scans `file_name`, read through `sources`, when there are one-line markers, or both begin and end markers. A
-    /// file that cannot be opened has no disabled lines. `function_lines`: the first lines of the file's functions,
-    /// ascending; a marker in front of one of them can disable the whole function. The marker lists must outlive
-    /// the parser, the lines only the construction.
+    /// Scans `file_name`, read through `sources`, when there are one-line markers, or both begin and end
+    /// markers. A file that cannot be opened has no disabled lines. `function_lines`: the first lines of the
+    /// file's functions, ascending; a marker in front of one of them can disable the whole function. The
+    /// marker lists must outlive the parser, the lines only the construction.
     parser(const char* file_name, const std::vector<std::string>& one_line,
            const std::vector<std::string>& begin, const std::vector<std::string>& end,
            std::span<const std::int32_t> function_lines, source_loader& sources);
@@ -66,7 +66,7 @@ class parser {
     unsigned long last_line = 0;     ///< the last line that the scan reached
 };
 
-/// True when one of the functions whose first lines are given, ascending, starts on `line`. Then `*last` is the line
-/// before the next function's first line (that line itself when both start on the same one), or 0 for the last
-/// function.
+/// True when one of the functions whose first lines are given, ascending, starts on `line`. Then `*last` is
+/// the line before the next function's first line (that line itself when both start on the same one), or 0
+/// for the last function.
 bool is_func_bound(std::span<const std::int32_t> function_lines, unsigned long line, unsigned long* last);

@@ -92,8 +92,8 @@ static void WriteSrcFileFooter(std::FILE* stream) {
 
 namespace {
 
-/// Writes the lines of one source file. Instead of looking every character up, it steps from one stretch of the line
-/// to the next.
+/// Writes the lines of one source file. Instead of looking every character up, it steps from one stretch of
+/// the line to the next.
 class listing_writer {
   public:
     explicit listing_writer(std::FILE* stream) : out_(stream) {}
@@ -121,7 +121,8 @@ void listing_writer::write_text(const line_walk& walk) {
     color_ = line.color;
     std::size_t written = 0;
     for (const line_stretch& stretch : walk.stretches()) {
-        out_.put_escaped(line.text.substr(written, stretch.offset - written));
+        if (stretch.offset > written)
+            out_.put_escaped(line.text.substr(written, stretch.offset - written));
         written = stretch.offset;
         // On a disabled line a colour is not shown but still counts for the lines that follow.
         if (stretch.color != color_ && !line.disabled)

@@ -1,0 +1,128 @@
+// Lines of an analysed file: classes, code and counts. The expected lines are typed by hand.
+#include "analysis/line_walk.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+/// An analysis put together by hand.
+class LineWalk : public testing::Test {
+  protected:
+    void set_text(const std::string& text) {
+        text_ = text;
+        analysis_.text = text_;
+        analysis_.positions = position_table(count_lines(text_) + 1);
+    }
+
+    /// A function with blocks at these places; without any it was never called.
+    struct block {
+        std::uint32_t line;
+        std::uint32_t column;
+        std::uint64_t count;
+    };
+    void add_function(std::int32_t line, const std::vector<block>& blocks) {
+        source_function function = {};
+        function.line = line;
+        function.called = !blocks.empty();
+        for (const block& b : blocks)
+            analysis_.positions.add_block(b.line, b.column, b.count, false, nullptr);
+        if (function.called) {
+            function.first = {blocks.front().line, blocks.front().column};
+            function.last = {blocks.back().line, blocks.back().column};
+            analysis_.positions.adjust(function.last.line, function.last.column);
+        } else {
+            analysis_.positions.add_block(static_cast<std::uint32_t>(line), 1, NEVER_ENTERED, false, nullptr);
+        }
+        analysis_.functions.push_back(function);
+    }
+
+    /// The counts of the lines that hold code, as LINE:COUNT.
+    std::string counts() {
+        analysis_.positions.sort();
+        std::string result;
+        for (line_walk walk(analysis_); walk.next();)
+            if (walk.holds_code())
+                result += std::to_string(walk.line().number) + ":" + std::to_string(walk.count()) + " ";
+        return result;
+    }
+
+    /// The classes of each line: the one at its start, then OFFSET=CLASS of each stretch.
+    std::string classes() {
+        analysis_.positions.sort();
+        std::string result;
+        for (line_walk walk(analysis_); walk.next(); result += '\n') {
+            result += std::to_string(walk.line().color);
+            for (const line_stretch& stretch : walk.stretches())
+                result += " " + std::to_string(stretch.offset) + "=" + std::to_string(stretch.color);
+        }
+        return result;
+    }
+
+    std::string text_;
+    source_analysis analysis_;
+};
+
+TEST_F(LineWalk, CalledFunction) {
+    set_text("#include <stdio.h>\n"   // 1
+             "int global = 1;\n"      // 2
+             "int f(int a) {\n"       // 3
+             "    /* a comment\n"     // 4
+             "       { } */ a++;\n"   // 5
+             "\n"                     // 6
+             "    if (a) // really\n" // 7
+             "        a = 2;\n"       // 8
+             "#define X {\n"          // 9
+             "    // only this\n"     // 10
+             "    return a;\n"        // 11
+             "}\n"                    // 12
+             "int other;\n");         // 13
+    add_function(3, {{3, 14, 7}, {5, 16, 7}, {8, 9, 0}, {11, 5, 7}, {12, 1, 0}});
+    // The head begins in front of the entry block, whose count it has; the closing brace goes on with the
+    // count before.
+    EXPECT_EQ(counts(), "3:7 5:7 7:7 8:0 11:7 12:7 ");
+    EXPECT_EQ(classes(), "2\n2\n2 13=3\n3\n3 15=3\n3\n3\n3 0=5 8=5\n5\n5\n5 0=3 4=3\n3 0=3\n3\n");
+}
+
+TEST_F(LineWalk, LargestCountOfTheLine) {
+    set_text(
+        "int f(int a) { for (int i = 0; i < a; ++i) a += i; return a; }\n" // blocks inside of other counts
+        "int g() {\n"
+        "    return 1;\n"
+        "}\n");
+    add_function(1, {{1, 14, 2}, {1, 44, 30}, {1, 52, 2}, {1, 62, 2}});
+    // The code in front of the entry of the second function belongs to none: it does not have the first one's
+    // count.
+    add_function(2, {{2, 9, 1}, {4, 1, 1}});
+    EXPECT_EQ(counts(), "1:30 2:1 3:1 4:1 ");
+}
+
+TEST_F(LineWalk, NeverCalledFunctionsEndAtTheirBodies) {
+    set_text("struct S {\n"                       // 1
+             "    S(int a = f({1}))\n"            // 2
+             "        : a_{a}, b_{'{'} {\n"       // 3
+             "        use(\"}\", R\"x(}\n"        // 4
+             "            { )\" )x\");\n"         // 5
+             "    }\n"                            // 6
+             "    int a_, b_;\n"                  // 7
+             "};\n"                               // 8
+             "int declared(int);\n"               // 9
+             "int x;\n"                           // 10
+             "int g() { return 1'000; } int y;\n" // 11
+             "int open() {\n"                     // 12
+             "    if (x) {\n"                     // 13
+             "}\n");                              // 14
+    for (const int line : {2, 9, 11, 12})
+        add_function(line, {});
+    EXPECT_EQ(counts(), "2:0 3:0 4:0 5:0 6:0 9:0 11:0 12:0 13:0 14:0 ");
+}
+
+TEST_F(LineWalk, LookAheadEndsAt255Blanks) {
+    const std::string blanks(255, ' ');
+    set_text(blanks + "x\n" + " " + blanks + "x\n" + blanks.substr(1) + "\n" + blanks);
+    add_function(1, {{1, 256, 1}, {2, 257, 0}, {3, 255, 1}, {4, 256, 0}, {4, 257, 0}});
+    // In the last line, which has no newline, the blank in front of the end is looked at all the same.
+    EXPECT_EQ(classes(), "2 0=3 255=3\n3 256=5\n5 0=3 254=3\n3 0=5\n");
+}
+
+} // namespace
