@@ -73,7 +73,7 @@ static void check_profile() {
     }
 }
 
-static void export_function_head(const COMP* comp, const unsigned char* record) {
+static void export_function_head(const COMP* comp, DPI_RECORD record) {
     char freq[kNumberTextSize];
     u64_to_ascii_no_sep(freq, DPI_entry_frequency(record));
     if (g_lpszbfullTextOut)
@@ -102,7 +102,7 @@ static void export_missing_function(const COMP* comp) {
 }
 
 /// Where a block starts: line and column, each at least 1.
-static DPI_POSITION block_position(const unsigned char* record, std::uint32_t block) {
+static DPI_POSITION block_position(DPI_RECORD record, std::uint32_t block) {
     if (!DPI_has_line_info(record))
         return {1, 1};
     const DPI_POSITION stored = DPI_block_position_get(record, block);
@@ -110,8 +110,8 @@ static DPI_POSITION block_position(const unsigned char* record, std::uint32_t bl
 }
 
 /// Marks one block of a function. False when the coverage list refuses it.
-static bool mark_block(file_figures& file, function_figures& function, const unsigned char* record,
-                       const unsigned char* reference, std::uint32_t block) {
+static bool mark_block(file_figures& file, function_figures& function, DPI_RECORD record,
+                       DPI_RECORD reference, std::uint32_t block) {
     const DPI_POSITION position = block_position(record, block);
     if (position.line > function.lastLine ||
         (position.line == function.lastLine && position.column > function.lastColumn)) {
@@ -127,7 +127,8 @@ static bool mark_block(file_figures& file, function_figures& function, const uns
     if (!disabled && exporting())
         add_block_cov(static_cast<std::int32_t>(position.line), static_cast<std::int32_t>(position.column),
                       export_blocks, count);
-    if (reference && DPI_block_count_get(reference) > block && DPI_counter_get(reference, block) > 0.0F) {
+    if (reference.bytes && DPI_block_count_get(reference) > block &&
+        DPI_counter_get(reference, block) > 0.0F) {
         count = 0.0; // the reference run has it already
     } else if (!disabled && count > 0.0) {
         ++function.covered;
@@ -174,9 +175,9 @@ static void warn_no_line_info(const char* fileName) {
     std::fputs("...Assigning all exec counts to line 1 column 1.\n", stderr);
 }
 
-/// Marks a function that has a record. `reference` is its record of the reference run, or null.
-static bool mark_function(file_figures& file, function_figures& function, const COMP* comp,
-                          const unsigned char* record, const unsigned char* reference) {
+/// Marks a function that has a record. `reference` is its record of the reference run, or one without bytes.
+static bool mark_function(file_figures& file, function_figures& function, const COMP* comp, DPI_RECORD record,
+                          DPI_RECORD reference) {
     if (!DPI_has_line_info(record))
         warn_no_line_info(file.fileName);
     ++file.functionsFound;
@@ -230,8 +231,8 @@ static bool mark_component(file_figures& file, const COMP* comp) {
             ++file.functionsNew;
             function.newInReference = true;
         }
-        if (!mark_function(file, function, comp, segment->record.data(),
-                           reference ? reference->record.data() : nullptr))
+        if (!mark_function(file, function, comp, segment->view(),
+                           reference ? reference->view() : DPI_RECORD{}))
             return false;
     } else if (!compWithRef) {
         mark_missing_function(file, comp);

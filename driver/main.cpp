@@ -41,6 +41,15 @@ static DPI_FILE* open_dynamic_profile(const char* name) {
     return file;
 }
 
+/// Opens the profile of the reference run.
+static void open_reference_profile() {
+    pgofRefDPIFile = open_dynamic_profile(g_lpszRefDPIFileName);
+    // Deliberate: a run reads all its profiles in one width, that of the profile opened last, as only counts
+    // of one width can be compared.
+    if (pgofRefDPIFile->num_records != 0)
+        pgofDPIFile->layout = pgofRefDPIFile->layout;
+}
+
 /// Proves that the static profile exists before anything is written.
 static void probe_static_profile() {
     std::FILE* file = std::fopen(g_lpszSPIFileName, "r");
@@ -175,7 +184,7 @@ static void run(int argc, char** argv) {
         probe_static_profile();
     open_exports();
     if (compWithRef)
-        pgofRefDPIFile = open_dynamic_profile(g_lpszRefDPIFileName);
+        open_reference_profile();
     PGOPTI_Tool_Set_Name(argc > 0 ? argv[0] : nullptr);
     getModuleNames(moduleListName);
     if (Infeasible_markers_specified && check_NFmarkers_intersect() != 0)

@@ -46,7 +46,7 @@ static outcome run_importer(const std::vector<std::string>& arguments) {
 }
 
 static void check_record(const DPI_SEGMENT& segment, const COMP& routine) {
-    const unsigned char* record = segment.record.data();
+    const DPI_RECORD record = segment.view();
     const std::uint32_t blocks = DPI_block_count_get(record);
     require(static_cast<std::uint32_t>(routine.blockCount) == blocks && blocks >= 2,
             "both profiles have the same number of blocks");

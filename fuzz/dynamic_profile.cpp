@@ -34,7 +34,7 @@ static bool check_index(const DPI_FILE& file, std::string_view bytes) {
     std::size_t place = 528;
     for (const DPI_INDEX_ENTRY& entry : file.index) {
         const bool wide = (bytes[place] & 0x40) != 0;
-        one_width = one_width && wide == is_pgo_64;
+        one_width = one_width && wide == file.layout->is_pgo_64();
         const std::size_t width = wide ? 8 : 4;
         require(entry.position == place && entry.size == number_at(bytes, place + width, 4),
                 "place of a record");
@@ -55,14 +55,16 @@ static bool check_index(const DPI_FILE& file, std::string_view bytes) {
 
 /// Looks at every area of a record and compares the counters with the bytes.
 static void check_record(DPI_FILE* file, const DPI_SEGMENT& segment, std::string_view bytes) {
-    const unsigned char* record = segment.record.data();
+    const DPI_RECORD record = segment.view();
     const std::uint32_t blocks = DPI_block_count_get(record);
-    const std::size_t head = is_pgo_64 ? 80 : 60;
+    const bool wide = segment.layout->is_pgo_64();
+    const std::size_t head = wide ? 80 : 60;
     std::uint32_t covered = 0;
     for (std::uint32_t i = 0; i < blocks; ++i) {
         float count = 0.0F;
-        const std::string_view record_bytes(reinterpret_cast<const char*>(record), segment.record.size());
-        if (is_pgo_64)
+        const std::string_view record_bytes(reinterpret_cast<const char*>(record.bytes),
+                                            segment.record.size());
+        if (wide)
             count = static_cast<float>(number_at(record_bytes, head + 8 * std::size_t{i}, 8));
         else
             std::memcpy(&count, record_bytes.data() + head + 4 * std::size_t{i}, 4);

@@ -1,5 +1,6 @@
 #include "profile/dpi_file.h"
 
+#include "common/little_endian.h"
 #include "profile/checked_io.h"
 #include "profile/dpi_message.h"
 #include "profile/dpi_reader.h"
@@ -88,19 +89,21 @@ static void load_names(DPI_FILE* file, const char* fileName, std::vector<name_re
     }
 }
 
-/// Reads the whole record at `position` into `record`, which is reused from record to record.
+/// Reads the whole record at `position` into `record`, which is reused from record to record, and takes its
+/// layout for the file's.
 static void read_record(DPI_FILE* file, const char* fileName, std::uint64_t position,
                         std::vector<unsigned char>& record) {
     unsigned char head[PGOPTI_RECORD_HEAD_SIZE];
     file->reader->read(position, head, 4, fileName);
-    is_pgo_64 = (head[0] & PGOPTI_FLAG_64) != 0;
+    file->layout = &DPI_layout_of(head);
     file->reader->read(position, head, sizeof head, fileName);
-    const std::uint32_t size = DPI_record_size_get(head);
+    const std::uint32_t size = DPI_record_size_get({head, file->layout});
     if (size <= file->reader->size() - position) // otherwise the read below fails, before memory is asked for
         record.resize(size);
     // A file that ends within the record is told as such, whatever the record's version.
     file->reader->read(position, record.data(), size, fileName);
-    if (DPI_version_get(head) != DPI_layout().version || !DPI_record_is_sound(record.data(), size))
+    const DPI_RECORD view = {record.data(), file->layout};
+    if (DPI_version_get({head, file->layout}) != file->layout->version || !DPI_record_is_sound(view, size))
         fail_format(fileName);
 }
 
@@ -123,16 +126,16 @@ static void build_index(DPI_FILE* file, const char* fileName) {
     std::uint64_t position = PGOPTI_HEADER_SIZE;
     for (std::uint32_t i = 0; i < file->num_records; ++i) {
         read_record(file, fileName, position, record);
-        const unsigned char* bytes = record.data();
+        const DPI_RECORD view = {record.data(), file->layout};
         DPI_INDEX_ENTRY entry = {};
         entry.position = position;
-        entry.size = DPI_record_size_get(bytes);
-        entry.word = DPI_word_get(bytes);
-        entry.flags = static_cast<std::uint8_t>(DPI_flag_word_get(bytes) & 3);
+        entry.size = DPI_record_size_get(view);
+        entry.word = DPI_word_get(view);
+        entry.flags = static_cast<std::uint8_t>(DPI_flag_word_get(view) & 3);
         file->max_entry_count =
-            pgopti_Dpi_Max_Entry_Count(bytes, file->num_runs, &entry.max_entry_count, file->max_entry_count);
-        references.push_back({DPI_file_name_get(bytes), i, false});
-        references.push_back({DPI_key_func_name_get(bytes), i, true});
+            pgopti_Dpi_Max_Entry_Count(view, file->num_runs, &entry.max_entry_count, file->max_entry_count);
+        references.push_back({DPI_file_name_get(view), i, false});
+        references.push_back({DPI_key_func_name_get(view), i, true});
         file->index.push_back(entry);
         position += entry.size;
     }
@@ -149,13 +152,13 @@ DPI_FILE* PGOPTI_Open_Dpi_File(const char* fileName) {
     std::setvbuf(stream, nullptr, _IONBF, 0); // the reader's blocks are the buffer
     unsigned char header[PGOPTI_HEADER_SIZE];
     checked_fread(header, 1, sizeof header, stream, fileName);
-    if (pgopti_Read_U32(header + PGOPTI_HEADER_MAGIC) != PGOPTI_DPI_MAGIC) {
+    if (read_u32(header + PGOPTI_HEADER_MAGIC) != PGOPTI_DPI_MAGIC) {
         PGOPTI_Tool_Warning("%s has bad magic number", fileName);
         return nullptr;
     }
-    file->num_records = pgopti_Read_U32(header + PGOPTI_HEADER_RECORDS);
-    file->num_runs = pgopti_Read_U32(header + PGOPTI_HEADER_RUNS);
-    file->header_word = pgopti_Read_U32(header + PGOPTI_HEADER_WORD);
+    file->num_records = read_u32(header + PGOPTI_HEADER_RECORDS);
+    file->num_runs = read_u32(header + PGOPTI_HEADER_RUNS);
+    file->header_word = read_u32(header + PGOPTI_HEADER_WORD);
     file->header_text.assign(header + PGOPTI_HEADER_TEXT,
                              header + PGOPTI_HEADER_TEXT + PGOPTI_HEADER_TEXT_SIZE);
     file->reader = std::make_unique<DPI_READER>(stream, fileName);
@@ -167,8 +170,7 @@ void PGOPTI_Close_Dpi_File(DPI_FILE* file) {
     delete file;
 }
 
-float pgopti_Dpi_Max_Entry_Count(const unsigned char* record, std::uint32_t numRuns, float* recordMax,
-                                 float fileMax) {
+float pgopti_Dpi_Max_Entry_Count(DPI_RECORD record, std::uint32_t numRuns, float* recordMax, float fileMax) {
     const std::uint32_t routines = DPI_routine_count_get(record);
     for (std::uint32_t i = 0; i < routines; ++i) {
         const float count = DPI_entry_counter_get(record, i) / static_cast<float>(numRuns);
@@ -274,10 +276,10 @@ DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, std::strin
     segment->record.resize(entry->size);
     file->reader->read(entry->position, segment->record.data(), entry->size, fileName);
     segment->num_runs = file->num_runs;
-    // The record was sound in the layout it was opened with; a profile of the other width that was opened
-    // since has changed the layout. Its version is not looked at again, as it would be that of the old
-    // layout.
-    if (!DPI_record_is_sound(segment->record.data(), entry->size))
+    segment->layout = file->layout;
+    // The record was sound in its own layout, which need not be the one that the file is read in. Its version
+    // is not looked at again, as it is that of its own.
+    if (!DPI_record_is_sound(segment->view(), entry->size))
         fail_format(fileName);
     return segment.release();
 }

@@ -9,6 +9,8 @@
 // of the record and the file before memory is asked for.
 #pragma once
 
+#include "profile/dpi_record.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -34,7 +36,10 @@ class DPI_READER;
 
 /// An open dynamic profile; owned by the caller of PGOPTI_Open_Dpi_File.
 struct DPI_FILE {
-    std::FILE* stream = nullptr;                ///< holds the record lock
+    std::FILE* stream = nullptr; ///< holds the record lock
+    /// Layout in which its records are handed out: that of the record read last while opening. Profiles have
+    /// records of one width; in one that mixes widths, the last record decides how all of them are read.
+    const PGOPTI_RECORD_LAYOUT* layout = &PGOPTI_LAYOUT_32;
     std::uint32_t num_records = 0;              ///< N
     std::uint32_t num_runs = 0;                 ///< runs added up in the counters
     std::uint32_t cursor = 0;                   ///< of the iteration by file/function pair
@@ -55,8 +60,12 @@ struct DPI_FILE {
 
 /// One routine's record; owned by the caller of PGOPTI_Get_Segment.
 struct DPI_SEGMENT {
-    std::vector<unsigned char> record; ///< the whole record as stored, sound in the current layout
-    std::uint32_t num_runs;            ///< runs of the file
+    std::vector<unsigned char> record;            ///< the whole record as stored, sound in `layout`
+    std::uint32_t num_runs = 0;                   ///< runs of the file
+    const PGOPTI_RECORD_LAYOUT* layout = nullptr; ///< that of the file when the segment was asked for
+
+    /// The record for the accessors; valid as long as the segment.
+    DPI_RECORD view() const { return {record.data(), layout}; }
 };
 
 /// Opens and indexes a profile. Null when the file cannot be opened or, after the warning "%s has bad magic
@@ -91,5 +100,4 @@ std::string pgopti_Read_String(DPI_FILE* file, const char* fileName, std::uint64
 
 /// The largest entry count per run of a sound record (at least 0), also raising `*recordMax` to it, and the
 /// larger of it and `fileMax` as the result.
-float pgopti_Dpi_Max_Entry_Count(const unsigned char* record, std::uint32_t numRuns, float* recordMax,
-                                 float fileMax);
+float pgopti_Dpi_Max_Entry_Count(DPI_RECORD record, std::uint32_t numRuns, float* recordMax, float fileMax);

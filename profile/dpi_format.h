@@ -39,12 +39,6 @@
 
 #include <cstdint>
 
-/// The 4-byte integer at `p`.
-inline std::uint32_t pgopti_Read_U32(const unsigned char* p) {
-    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
-           std::uint32_t{p[3]} << 24;
-}
-
 constexpr std::uint32_t PGOPTI_DPI_MAGIC = 0xDC0B;
 constexpr std::uint32_t PGOPTI_HEADER_SIZE = 528;
 constexpr std::uint32_t PGOPTI_HEADER_TEXT_SIZE = 512;
@@ -80,7 +74,12 @@ struct PGOPTI_RECORD_LAYOUT {
     std::uint32_t func_address;
     std::uint32_t vtbl_address;
     std::uint32_t vtbl_name;
+
+    /// True for the 64-bit layout.
+    constexpr bool is_pgo_64() const { return width == 8; }
 };
 
-constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_32 = {4, 60, 2, 4, 8, 12, 16, 20, 24, 28, 32, 36, 40, 48, 56};
-constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_64 = {8, 80, 3, 8, 12, 16, 20, 24, 32, 28, 40, 48, 56, 64, 72};
+inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_32 = {4,  60, 2,  4,  8,  12, 16, 20,
+                                                          24, 28, 32, 36, 40, 48, 56};
+inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_64 = {8,  80, 3,  8,  12, 16, 20, 24,
+                                                          32, 28, 40, 48, 56, 64, 72};

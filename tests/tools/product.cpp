@@ -12,7 +12,6 @@
 #include "driver/run_state.h"
 #include "profile/dpi_file.h"
 #include "profile/dpi_message.h"
-#include "profile/dpi_record.h"
 #include "profile/module_list.h"
 #include "tests/tools/scratch.h"
 
@@ -124,7 +123,6 @@ static void reset_profiles() {
     PGOPTI_Close_Dpi_File(pgofRefDPIFile);
     pgofDPIFile = pgofRefDPIFile = nullptr;
     PGOPTI_Tool_Set_Name(nullptr);
-    is_pgo_64 = false;
     componentList = first_func_line = nullptr;
     numComponents = 0;
     funcs_by_line.clear();

@@ -90,7 +90,7 @@ static void expect_fields(const std::string& bytes) {
     EXPECT_STREQ(reinterpret_cast<const char*>(file->header_text.data()), "one");
     const segment_ptr segment(PGOPTI_Get_Segment(file.get(), name.c_str(), "a.c", "f"), PGOPTI_Free_Segment);
     ASSERT_TRUE(segment);
-    const unsigned char* record = segment->record.data();
+    const DPI_RECORD record = segment->view();
     EXPECT_EQ(DPI_counter_get(record, 3), 5.0F);
     EXPECT_EQ(DPI_entry_counter_get(record, 0), 6.0F);
     EXPECT_EQ(file->index[0].max_entry_count, 2.0F) << "in each of three runs";
@@ -121,11 +121,39 @@ TEST(DpiRecord, CountsThatNoIntegerHolds) {
     EXPECT_NE(most, ~std::uint64_t{0}) << "the value that marks a function never entered";
 }
 
+TEST(DpiRecord, ExactCounts) {
+    const auto entries_of = [](const char* width, const char* counters) {
+        const std::string bytes = compile_profile_text(
+            std::string("header runs 1\nrecord ") + width +
+            "\nfile a\nfunction f\nroutine f\nroutine g\nentry 0 1\n" + "blocks " + counters + "\n");
+        const auto* start = reinterpret_cast<const unsigned char*>(bytes.data()) + PGOPTI_HEADER_SIZE;
+        const DPI_RECORD record = {start, &DPI_layout_of(start)};
+        return std::to_string(DPI_exact_counter_get(record, 0)) + " " +
+               std::to_string(DPI_exact_entry_count(record));
+    };
+    EXPECT_EQ(entries_of("64", "0x1000003 0x8000000000000001"), "16777219 9223372036871553028");
+    EXPECT_EQ(entries_of("64", "0xfffffffffffffffe 2"), "18446744073709551614 18446744073709551615");
+    EXPECT_EQ(entries_of("32", "3.75 16777216"), "3 16777219") << "each truncated";
+}
+
+TEST(DpiFile, OpenProfilesOfBothWidthsAreIndependent) {
+    const scratch_directory scratch;
+    const auto put = [&](const char* name, const std::string& bytes) { return scratch.put(name, bytes); };
+    const std::string narrow = put("n", file_of(narrow_record())), wide = put("w", file_of(wide_record()));
+    const dpi_ptr first(PGOPTI_Open_Dpi_File(narrow.c_str()), PGOPTI_Close_Dpi_File);
+    const dpi_ptr second(PGOPTI_Open_Dpi_File(wide.c_str()), PGOPTI_Close_Dpi_File);
+    const segment_ptr a(PGOPTI_Get_Segment(first.get(), "n", "a.c", "f"), PGOPTI_Free_Segment);
+    const segment_ptr b(PGOPTI_Get_Segment(second.get(), "w", "a.c", "f"), PGOPTI_Free_Segment);
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(DPI_counter_get(a->view(), 0), 1.5F);
+    EXPECT_EQ(DPI_exact_counter_get(b->view(), 0), 0x1000003U);
+}
+
 TEST(DpiRecord, SoundRecordsFitTheirSize) {
-    is_pgo_64 = true;
-    std::string record = wide_record();
+    const std::string record = wide_record();
     const auto sound = [](const std::string& bytes) {
-        return DPI_record_is_sound(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+        const auto* start = reinterpret_cast<const unsigned char*>(bytes.data());
+        return DPI_record_is_sound({start, &PGOPTI_LAYOUT_64}, bytes.size());
     };
     const auto with = [&](std::size_t place, std::uint32_t value) {
         std::string changed = record;
