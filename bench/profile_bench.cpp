@@ -1,7 +1,7 @@
 // The two profile readers.
 #include "bench/scratch.h"
 #include "driver/run_state.h"
-#include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
 #include "profile/module_list.h"
 
 #include <benchmark/benchmark.h>

@@ -10,6 +10,7 @@
 #include "export/block_coverage.h"
 #include "markers/parser.h"
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
 #include "profile/dpi_record.h"
 #include "profile/module_list.h"
 

@@ -7,6 +7,7 @@
 #include "driver/run_config.h"
 #include "driver/run_state.h"
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
 #include "profile/dpi_record.h"
 
 #include <cstring>

@@ -3,6 +3,7 @@
 // and that agree with each other, and it must make the same of it again when it finds them.
 #include "fuzz/harness.h"
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
 #include "profile/dpi_record.h"
 #include "profile/module_list.h"
 

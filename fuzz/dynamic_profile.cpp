@@ -2,6 +2,8 @@
 // with the bytes.
 #include "fuzz/harness.h"
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
+#include "profile/dpi_names.h"
 #include "profile/dpi_record.h"
 
 #include <cstring>

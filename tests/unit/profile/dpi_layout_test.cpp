@@ -1,6 +1,8 @@
 // The byte layout of the dynamic profile. One record of each width is typed by hand: the writer of the test
 // profiles must produce it, and the reader must understand it.
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
+#include "profile/dpi_names.h"
 #include "profile/dpi_record.h"
 #include "tests/tools/profile_text.h"
 #include "tests/tools/scratch.h"
