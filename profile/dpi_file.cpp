@@ -39,6 +39,13 @@ static void read_record(DPI_FILE* file, const char* fileName, std::uint64_t posi
         pgopti_Fail_Format(fileName);
 }
 
+/// A name that cannot be sought ends the run before the next record is looked at.
+static void check_names(DPI_RECORD record, const char* fileName) {
+    for (const std::uint64_t name :
+         {DPI_file_name_get(record), DPI_key_func_name_get(record), DPI_vtbl_name_get(record)})
+        pgopti_Check_Offset(fileName, name);
+}
+
 /// Checks record after record and fills the index.
 static void build_index(DPI_FILE* file, const char* fileName) {
     std::vector<DPI_NAME_REFERENCE> references;
@@ -47,6 +54,7 @@ static void build_index(DPI_FILE* file, const char* fileName) {
     for (std::uint32_t i = 0; i < file->num_records; ++i) {
         read_record(file, fileName, position, record);
         const DPI_RECORD view = {record.data(), file->layout};
+        check_names(view, fileName);
         DPI_INDEX_ENTRY entry = {};
         entry.position = position;
         entry.size = DPI_record_size_get(view);

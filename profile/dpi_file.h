@@ -3,7 +3,8 @@
 //
 // An I/O failure ends the run (checked_io.h). So does a record whose version, size, areas or entry-counter
 // indices are wrong, with "%s has old or incompatible file format". Every count is checked against the size
-// of the record and the file before memory is asked for.
+// of the record and the file before memory is asked for. A name at an offset that no seek can reach, 2^63 or
+// more, is an I/O failure; names between the end of the file and there are empty.
 #pragma once
 
 #include "profile/dpi_record.h"

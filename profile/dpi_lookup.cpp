@@ -1,5 +1,6 @@
 #include "profile/dpi_lookup.h"
 
+#include "profile/dpi_names.h"
 #include "profile/dpi_reader.h"
 
 #include <algorithm>
@@ -87,6 +88,15 @@ static const DPI_INDEX_ENTRY* find_entry(DPI_FILE* file, std::string_view source
     return entry;
 }
 
+/// The names that stand in a record besides its key function name. Their text is not needed here.
+static void check_names(DPI_RECORD record, const char* fileName) {
+    pgopti_Check_Offset(fileName, DPI_file_name_get(record));
+    pgopti_Check_Offset(fileName, DPI_vtbl_name_get(record));
+    const std::uint32_t routines = DPI_routine_count_get(record);
+    for (std::uint32_t i = 0; i < routines; ++i)
+        pgopti_Check_Offset(fileName, DPI_routine_name_get(record, i));
+}
+
 DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, std::string_view sourceFile,
                                 std::string_view function) {
     const DPI_INDEX_ENTRY* entry = find_entry(file, sourceFile, function);
@@ -101,6 +111,7 @@ DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, std::strin
     // is not looked at again, as it is that of its own.
     if (!DPI_record_is_sound(segment->view(), entry->size))
         pgopti_Fail_Format(fileName);
+    check_names(segment->view(), fileName);
     return segment.release();
 }
 

@@ -22,7 +22,8 @@ struct DPI_SEGMENT {
 };
 
 /// The record of a routine, or null when the profile has none. `fileName` is the profile's, for messages. A
-/// record that is not sound in the layout of the file ends the run as it does when the file is opened.
+/// record that is not sound in the layout of the file ends the run as it does when the file is opened, and so
+/// does one with a name that no seek can reach, its routine names included.
 DPI_SEGMENT* PGOPTI_Get_Segment(DPI_FILE* file, const char* fileName, std::string_view sourceFile,
                                 std::string_view function);
 

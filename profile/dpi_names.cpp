@@ -1,5 +1,6 @@
 #include "profile/dpi_names.h"
 
+#include "profile/checked_io.h"
 #include "profile/dpi_reader.h"
 
 #include <algorithm>
@@ -65,7 +66,13 @@ bool pgopti_Load_Names(DPI_FILE* file, const char* fileName, std::vector<DPI_NAM
     return true;
 }
 
+void pgopti_Check_Offset(const char* fileName, std::uint64_t offset) {
+    if (offset > INT64_MAX)
+        checked_bad_seek(fileName);
+}
+
 std::string pgopti_Read_String(DPI_FILE* file, const char* fileName, std::uint64_t offset) {
+    pgopti_Check_Offset(fileName, offset);
     std::string text;
     while (offset < file->reader->size()) {
         std::size_t available = 0;

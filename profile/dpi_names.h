@@ -19,6 +19,9 @@ struct DPI_NAME_REFERENCE {
 /// references. False when a name is longer than an entry can say.
 bool pgopti_Load_Names(DPI_FILE* file, const char* fileName, std::vector<DPI_NAME_REFERENCE>& references);
 
+/// Ends the run with a failed seek when `offset` is a place that no seek can reach: 2^63 or more.
+void pgopti_Check_Offset(const char* fileName, std::uint64_t offset);
+
 /// The NUL-terminated string at an offset of the file; one without NUL ends with the file, one at or beyond
-/// the end is empty.
+/// the end is empty. The offset must be one that pgopti_Check_Offset accepts, or the run ends.
 std::string pgopti_Read_String(DPI_FILE* file, const char* fileName, std::uint64_t offset);

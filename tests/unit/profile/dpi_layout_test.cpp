@@ -4,6 +4,7 @@
 #include "profile/dpi_lookup.h"
 #include "profile/dpi_names.h"
 #include "profile/dpi_record.h"
+#include "tests/tools/product.h"
 #include "tests/tools/profile_text.h"
 #include "tests/tools/scratch.h"
 
@@ -169,6 +170,38 @@ TEST(DpiRecord, SoundRecordsFitTheirSize) {
     EXPECT_FALSE(sound(with(12, 0x80000000)));
     EXPECT_TRUE(sound(with(216, 3))) << "an entry index may name a counter of the other groups";
     EXPECT_FALSE(sound(with(216, 4)));
+}
+
+TEST(DpiFile, NamesThatNoSeekReaches) {
+    const scratch_directory scratch;
+    // What is said while a profile is opened and its record is asked for.
+    const auto said = [&](const std::string& changes) {
+        const std::string name = scratch.put("p.dpi", compile_profile_text(text_of("64", "1") + changes));
+        std::string step = "opening: ";
+        const outcome end = run_product([&] {
+            const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
+            step = "segment: ";
+            const DPI_INDEX_ENTRY& entry = file->index.at(0);
+            PGOPTI_Free_Segment(
+                PGOPTI_Get_Segment(file.get(), name.c_str(), entry.file_name, entry.key_func_name));
+        });
+        const std::string failure =
+            name + ": Invalid argument\nFATAL ERROR: fseek on file " + name + " failed\n";
+        EXPECT_EQ(end.ended, end.status == 1);
+        return step + (end.errors == failure ? "fseek" : end.errors);
+    };
+    for (const char* name : {"40 ", "48 ", "72 "}) {
+        const std::string set = std::string("set u64 r0+") + name;
+        EXPECT_EQ(said(set + "0x8000000000000000"), "opening: fseek") << name;
+        EXPECT_EQ(said(set + "0xffffffffffffffff\ncut 0x300"), "opening: fseek") << name;
+        EXPECT_EQ(said(set + "0x7fffffffffffffff"), "segment: ") << name;
+        EXPECT_EQ(said(set + "0"), "segment: ") << name;
+    }
+    EXPECT_EQ(said("set u64 r0+208 0x8000000000000000"), "segment: fseek") << "a routine name";
+    EXPECT_EQ(said("set u64 r0+208 0x7fffffffffffffff"), "segment: ");
+    EXPECT_EQ(said("record 64\n file b\n function g\n blocks 1\nset u64 r0+40 0x8000000000000000\ncut 0x310"),
+              "opening: fseek")
+        << "before the next record is looked at";
 }
 
 TEST(DpiFile, LongNamesStoredTwiceAreOne) {
