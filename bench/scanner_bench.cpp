@@ -2,6 +2,7 @@
 #include "bench/scratch.h"
 #include "driver/run_state.h"
 #include "markers/parser.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 
 #include <benchmark/benchmark.h>

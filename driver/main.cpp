@@ -17,6 +17,7 @@
 #include "markers/parser.h"
 #include "profile/dpi_file.h"
 #include "profile/dpi_message.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 #include "report/file_index.h"
 #include "report/listing.h"
@@ -154,8 +155,9 @@ static void write_overview() {
         pgt_Exit(1);
 }
 
-static void write_report() {
-    componentList = GetComponentList(g_lpszSPIFileName, &numComponents);
+/// `modules` receives the module list, which componentList points into.
+static void write_report(module_list& modules) {
+    componentList = GetComponentList(g_lpszSPIFileName, &numComponents, isInComponents, modules);
     // An existing directory is fine; where there can be none, creating the first page fails.
     mkdir("CodeCoverage", S_IFDIR | 0777);
     if (!createToolBar(g_lpszOutFileExt))
@@ -174,6 +176,7 @@ static void write_function_exports() {
 }
 
 static void run(int argc, char** argv) {
+    module_list modules;
     if (!bParseCommandLine(argc, argv)) {
         PrintVersion();
         print_usage(argc > 0 ? argv[0] : "vexcov");
@@ -190,7 +193,7 @@ static void run(int argc, char** argv) {
     if (Infeasible_markers_specified && check_NFmarkers_intersect() != 0)
         pgt_Exit(1);
     if (html_output)
-        write_report();
+        write_report(modules);
     else
         write_function_exports();
     release_setting(g_lpszOutFileExt);

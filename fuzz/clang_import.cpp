@@ -65,7 +65,8 @@ static void check_pair() {
     require(dpi != nullptr && dpi->num_runs != 0, "the dynamic profile can be opened");
     int count = 0;
     std::unordered_map<std::string, const COMP*> routines;
-    for (const COMP* comp = GetComponentList("s", &count); comp; comp = comp->next)
+    module_list list;
+    for (const COMP* comp = GetComponentList("s", &count, nullptr, list); comp; comp = comp->next)
         routines.emplace(std::string(comp->fileName) + "'" + comp->procName, comp);
     require(routines.size() == static_cast<std::size_t>(count), "each routine once");
     for (const DPI_INDEX_ENTRY& entry : dpi->index) {

@@ -4,6 +4,7 @@
 #include "driver/run_config.h"
 #include "fuzz/harness.h"
 #include "markers/parser.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 
 #include <algorithm>

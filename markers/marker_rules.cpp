@@ -1,6 +1,7 @@
 // Turns marker comments into disabled lines.
 
 #include "markers/parser.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 
 #include <algorithm>

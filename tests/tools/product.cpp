@@ -12,14 +12,13 @@
 #include "driver/run_state.h"
 #include "profile/dpi_file.h"
 #include "profile/dpi_message.h"
-#include "profile/module_list.h"
+#include "profile/line_order.h"
 #include "tests/tools/scratch.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <unordered_set>
 
@@ -34,37 +33,17 @@ struct run_ended {
 
 static bool running = false; ///< inside run_product
 
-// ---- memory and streams that a process keeps to its end ----
+// ---- streams that a process keeps to its end ----
 
-// The linker leads the program's calls of these functions here (CMakeLists.txt). The records of the module
-// list live until the process ends, and a run that ends early leaves streams open; both are released after
-// each run.
-static std::unordered_set<void*> kept_memory;
+// The linker leads the program's calls of these functions here (CMakeLists.txt). A run that ends early leaves
+// streams open; they are closed after each run.
 static std::unordered_set<std::FILE*> open_streams;
 
 extern "C" {
-void* __real__Z6zallocmPKc(std::size_t size, const char* what);
-void* __wrap__Z6zallocmPKc(std::size_t size, const char* what);
-char* __real__Z11copy_stringPKcS0_(const char* text, const char* what);
-char* __wrap__Z11copy_stringPKcS0_(const char* text, const char* what);
 std::FILE* __real_fopen(const char* path, const char* mode);
 std::FILE* __wrap_fopen(const char* path, const char* mode);
 int __real_fclose(std::FILE* stream);
 int __wrap_fclose(std::FILE* stream);
-}
-
-void* __wrap__Z6zallocmPKc(std::size_t size, const char* what) {
-    void* memory = __real__Z6zallocmPKc(size, what);
-    if (running && std::strcmp(what, "Components SPI") == 0)
-        kept_memory.insert(memory);
-    return memory;
-}
-
-char* __wrap__Z11copy_stringPKcS0_(const char* text, const char* what) {
-    char* memory = __real__Z11copy_stringPKcS0_(text, what);
-    if (running && std::strncmp(what, "comp->", 6) == 0)
-        kept_memory.insert(memory);
-    return memory;
 }
 
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
@@ -126,9 +105,6 @@ static void reset_profiles() {
     componentList = first_func_line = nullptr;
     numComponents = 0;
     funcs_by_line.clear();
-    for (void* memory : kept_memory)
-        std::free(memory);
-    kept_memory.clear();
 }
 
 static void reset_product() {
