@@ -26,7 +26,8 @@ class file_replacement {
     /// Opens the new content of target `i`, a stream of output_file.h; null when it cannot be created.
     std::FILE* open(std::size_t i);
 
-    /// Brings what was written to the disk and closes the stream.
+    /// Brings what was written to the disk and closes the stream. One that lost something stays open for
+    /// pgt_Exit, which says so, too.
     bool close(std::FILE* stream);
 
     /// Renames all files in the order of the targets. When one cannot be renamed, those before it are taken

@@ -12,7 +12,7 @@ struct COMP {
     COMP* firstByLine;          ///< head of that chain, for whoever meets a routine first; likewise
     std::int32_t line;          ///< first source line
     std::int32_t blockCount;    ///< number of blocks
-    std::int32_t isFirstOfFile; ///< 1 for the first record of each run with the same file name
+    std::int32_t isFirstOfFile; ///< 1 for the first record of each file; for walks that compare no names
     std::int32_t isAmbiguous;   ///< 1 when another routine of the file has the same line and display name
     char spiFlag;               ///< carried, for whoever writes the profile again
     bool ownsFileName;          ///< the name goes away with this record; false where it is another one's
