@@ -1,6 +1,6 @@
 #include "analysis/function_filter.h"
 #include "analysis/source_analysis.h"
-#include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
 #include "profile/dpi_record.h"
 #include "profile/module_list.h"
 
@@ -19,9 +19,9 @@ using segment_ptr = std::unique_ptr<DPI_SEGMENT, segment_release>;
 struct current_function {
     source_function result;
     const COMP* routine;
-    const unsigned char* record = nullptr;
-    const unsigned char* reference = nullptr; ///< record of the reference run, or null
-    std::int64_t disabled = 0;                ///< blocks on disabled lines
+    DPI_RECORD record;
+    DPI_RECORD reference;      ///< record of the reference run, or one without bytes
+    std::int64_t disabled = 0; ///< blocks on disabled lines
 };
 
 /// Analyses one source file.
@@ -42,6 +42,7 @@ class file_analyser {
     bool credits_last_block(const source_function& function) const;
     bool close_function(current_function& function);
     void finish_figures();
+    bool exact() const { return options_.counts == count_precision::exact; }
 
     const analysis_inputs& inputs_;
     const analysis_options& options_;
@@ -60,7 +61,7 @@ static segment_ptr find_segment(const named_profile& profile, const COMP* routin
 }
 
 /// Where a block starts: line and column, each at least 1.
-static source_position block_position(const unsigned char* record, std::uint32_t block) {
+static source_position block_position(DPI_RECORD record, std::uint32_t block) {
     if (!DPI_has_line_info(record))
         return {1, 1};
     const DPI_POSITION stored = DPI_block_position_get(record, block);
@@ -75,7 +76,7 @@ static void warn_no_line_info(const char* fileName) {
 
 /// True when the reference run has the block already.
 bool file_analyser::is_known(const current_function& function, std::uint32_t block) const {
-    return function.reference && DPI_block_count_get(function.reference) > block &&
+    return function.reference.bytes && DPI_block_count_get(function.reference) > block &&
            DPI_counter_get(function.reference, block) > 0.0F;
 }
 
@@ -96,18 +97,22 @@ bool file_analyser::add_block(current_function& function, std::uint32_t block) {
         --figures_.blocks;
         ++function.disabled;
     }
-    double count = static_cast<double>(DPI_counter_get(function.record, block));
+    const double count = static_cast<double>(DPI_counter_get(function.record, block));
     if (!disabled && sink_)
         add_block_cov(static_cast<std::int32_t>(position.line), static_cast<std::int32_t>(position.column),
                       blocks_, count);
+    // All ones have a meaning of their own, which an exact count must not take.
+    std::uint64_t executions =
+        exact() ? std::min(DPI_exact_counter_get(function.record, block), NEVER_ENTERED - 1)
+                : DPI_count_to_u64(count);
     if (is_known(function, block)) {
-        count = 0.0;
+        executions = 0;
     } else if (!disabled && count > 0.0) {
         ++function.result.covered;
         ++figures_.blocks_covered;
     }
     std::uint32_t* unexecuted = nullptr;
-    if (!result_.positions.add_block(position.line, position.column, DPI_count_to_u64(count),
+    if (!result_.positions.add_block(position.line, position.column, executions,
                                      function.result.new_in_reference, &unexecuted))
         return false;
     if (options_.no_partial && unexecuted) {
@@ -150,7 +155,8 @@ bool file_analyser::add_called(current_function& function) {
     const std::uint32_t blockCount = DPI_block_count_get(function.record);
     result.extra = std::max<std::int64_t>(std::int64_t{blockCount} - function.routine->blockCount, 0);
     figures_.blocks += result.extra;
-    result.entry_count = DPI_entry_frequency(function.record);
+    result.entry_count =
+        exact() ? DPI_exact_entry_count(function.record) : DPI_entry_frequency(function.record);
     if (sink_) {
         blocks_.clear();
         sink_->function_begins(result.shown_name, result.entry_count);
@@ -201,8 +207,8 @@ bool file_analyser::add_routine(const COMP* routine) {
     function.result.ambiguous = routine->isAmbiguous != 0;
     function.result.called = segment != nullptr;
     if (segment) {
-        function.record = segment->record.data();
-        function.reference = reference ? reference->record.data() : nullptr;
+        function.record = segment->view();
+        function.reference = reference ? reference->view() : DPI_RECORD{};
         function.result.new_in_reference = result_.differential && !reference;
         figures_.functions_new += function.result.new_in_reference ? 1 : 0;
         if (!add_called(function))

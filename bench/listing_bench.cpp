@@ -6,6 +6,7 @@
 #include "driver/run_config.h"
 #include "driver/run_state.h"
 #include "markers/parser.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 #include "report/listing.h"
 

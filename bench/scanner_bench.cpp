@@ -3,6 +3,7 @@
 #include "common/source_file.h"
 #include "driver/run_state.h"
 #include "markers/parser.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 
 #include <benchmark/benchmark.h>

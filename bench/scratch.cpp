@@ -4,7 +4,6 @@
 #include "driver/run_config.h"
 #include "driver/run_state.h"
 #include "profile/dpi_file.h"
-#include "profile/module_list.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -30,7 +29,7 @@ scratch_run::scratch_run(const tree_sizes& sizes)
     g_lpszMailAddr = address;
     release_source();
     pgofDPIFile = PGOPTI_Open_Dpi_File("pgopti.dpi");
-    componentList = GetComponentList("pgopti.spi", &numComponents);
+    componentList = GetComponentList("pgopti.spi", &numComponents, nullptr, modules_);
 }
 
 scratch_run::~scratch_run() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bench/tree.h"
+#include "profile/module_list.h"
 
 /// A tree in a new temporary folder, which is the working directory while the object lives. Both profiles are
 /// open as in a run: pgofDPIFile, and componentList with the routines of the tree.
@@ -14,5 +15,6 @@ class scratch_run {
 
   private:
     std::string folder_;
+    module_list modules_;
     std::string previous_; ///< the working directory to go back to
 };

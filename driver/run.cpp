@@ -18,6 +18,7 @@
 #include "markers/parser.h"
 #include "profile/dpi_file.h"
 #include "profile/dpi_message.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 #include "report/file_index.h"
 #include "report/listing.h"
@@ -41,6 +42,15 @@ static DPI_FILE* open_dynamic_profile(const char* name) {
         pgt_Exit(1);
     }
     return file;
+}
+
+/// Opens the profile of the reference run.
+static void open_reference_profile() {
+    pgofRefDPIFile = open_dynamic_profile(g_lpszRefDPIFileName);
+    // Deliberate: a run reads all its profiles in one width, that of the profile opened last, as only counts
+    // of one width can be compared.
+    if (pgofRefDPIFile->num_records != 0)
+        pgofDPIFile->layout = pgofRefDPIFile->layout;
 }
 
 /// Proves that the static profile exists before anything is written.
@@ -159,8 +169,9 @@ static void write_overview() {
         pgt_Exit(1);
 }
 
-static void write_report() {
-    componentList = GetComponentList(g_lpszSPIFileName, &numComponents);
+/// `modules` receives the module list, which componentList points into.
+static void write_report(module_list& modules) {
+    componentList = GetComponentList(g_lpszSPIFileName, &numComponents, isInComponents, modules);
     // An existing directory is fine; where there can be none, creating the first page fails.
     mkdir("CodeCoverage", S_IFDIR | 0777);
     if (!createToolBar(g_lpszOutFileExt))
@@ -179,6 +190,7 @@ static void write_function_exports() {
 }
 
 void run_report(int argc, char** argv) {
+    module_list modules;
     if (!bParseCommandLine(argc, argv)) {
         PrintVersion();
         print_usage(argc > 0 ? argv[0] : "vexcov");
@@ -189,13 +201,13 @@ void run_report(int argc, char** argv) {
         probe_static_profile();
     open_exports();
     if (compWithRef)
-        pgofRefDPIFile = open_dynamic_profile(g_lpszRefDPIFileName);
+        open_reference_profile();
     PGOPTI_Tool_Set_Name(argc > 0 ? argv[0] : nullptr);
     getModuleNames(moduleListName);
     if (Infeasible_markers_specified && check_NFmarkers_intersect() != 0)
         pgt_Exit(1);
     if (html_output)
-        write_report();
+        write_report(modules);
     else
         write_function_exports();
     release_setting(g_lpszOutFileExt);

@@ -10,7 +10,7 @@ class parser;
 
 extern DPI_FILE* pgofDPIFile;           ///< the dynamic profile; null once marking had to close it
 extern DPI_FILE* pgofRefDPIFile;        ///< the reference profile, in differential mode
-extern COMP* componentList;             ///< head of the module list
+extern COMP* componentList;             ///< head of the module list, which belongs to the run
 extern int numComponents;               ///< its length
 extern parser* pars;                    ///< markers of the source file being processed; null between files
 extern std::FILE* outtxt;               ///< text block export, or null

@@ -7,6 +7,7 @@
 #include "driver/run_config.h"
 #include "driver/run_state.h"
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
 #include "profile/dpi_record.h"
 
 #include <cstring>
@@ -39,7 +40,7 @@ static bool write_function(std::FILE* stream, const export_format& format, std::
     DPI_SEGMENT* segment = PGOPTI_Get_Segment(pgofDPIFile, g_lpszDPIFileName, file, function);
     if (!segment)
         return false;
-    const unsigned char* record = segment->record.data();
+    const DPI_RECORD record = segment->view();
     function_figures figures = {};
     figures.blocks = DPI_block_count_get(record);
     figures.covered = DPI_covered_blocks(record);

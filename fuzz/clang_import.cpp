@@ -4,6 +4,7 @@
 #include "fuzz/harness.h"
 #include "import/import_run.h"
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
 #include "profile/dpi_record.h"
 #include "profile/module_list.h"
 
@@ -41,7 +42,7 @@ static outcome import_again(const std::vector<std::string>& arguments) {
 }
 
 static void check_record(const DPI_SEGMENT& segment, const COMP& routine) {
-    const unsigned char* record = segment.record.data();
+    const DPI_RECORD record = segment.view();
     const std::uint32_t blocks = DPI_block_count_get(record);
     require(static_cast<std::uint32_t>(routine.blockCount) == blocks && blocks >= 2,
             "both profiles have the same number of blocks");
@@ -59,7 +60,8 @@ static void check_pair() {
     require(dpi != nullptr && dpi->num_runs != 0, "the dynamic profile can be opened");
     int count = 0;
     std::unordered_map<std::string, const COMP*> routines;
-    for (const COMP* comp = GetComponentList("s", &count); comp; comp = comp->next)
+    module_list list;
+    for (const COMP* comp = GetComponentList("s", &count, nullptr, list); comp; comp = comp->next)
         routines.emplace(std::string(comp->fileName) + "'" + comp->procName, comp);
     require(routines.size() == static_cast<std::size_t>(count), "each routine once");
     for (const DPI_INDEX_ENTRY& entry : dpi->index) {

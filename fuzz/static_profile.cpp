@@ -1,6 +1,8 @@
 // Input: a static profile. The module list is compared with what fscanf reads from the same file, and the
 // chain by line with plain insertion.
 #include "fuzz/harness.h"
+#include "profile/component_sort.h"
+#include "profile/line_order.h"
 #include "profile/module_list.h"
 
 #include <algorithm>
@@ -139,7 +141,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const plain_profile plain = read_plainly(scratch().path() / name);
     const outcome end = run_in_scratch([&] {
         int count = -1;
-        COMP* head = GetComponentList(name.c_str(), &count);
+        module_list list;
+        COMP* head = GetComponentList(name.c_str(), &count, nullptr, list);
         check_list(head, count, comparable ? &plain : nullptr);
     });
     require(!comparable || end.ended == plain.corrupt, "a profile is refused exactly when it is corrupt");

@@ -6,9 +6,9 @@
 #include "import/import_options.h"
 #include "import/main_file.h"
 #include "import/profile_data.h"
-#include "import/profile_writer.h"
 #include "import/record_store.h"
 #include "import/source_names.h"
+#include "profile/profile_pair.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -88,18 +88,18 @@ static void check_names(const collected& all) {
         list.c_str());
 }
 
-static void print_warnings(const collected& all, const profile_data& profile) {
+static void print_warnings(const collected& all, const profile_data& data) {
     if (all.empty != 0)
         import_warning("%llu functions without code were left out",
                        static_cast<unsigned long long>(all.empty));
-    if (profile.different != 0)
+    if (data.different != 0)
         import_warning("%llu functions came again with different blocks; the one with more blocks was kept",
-                       static_cast<unsigned long long>(profile.different));
-    if (profile.misplaced != 0)
+                       static_cast<unsigned long long>(data.different));
+    if (data.misplaced != 0)
         import_warning(
             "%llu blocks lie beyond the end of their line or file; the sources have changed since the "
             "program was built",
-            static_cast<unsigned long long>(profile.misplaced));
+            static_cast<unsigned long long>(data.misplaced));
 }
 
 void run_importer(int argc, char** argv) {
@@ -111,9 +111,12 @@ void run_importer(int argc, char** argv) {
     check_names(all);
     if (all.store.functions().empty())
         import_error("the input holds no functions");
-    const profile_data profile = build_profile(&all.store, names);
+    profile_data data = build_profile(&all.store, names);
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);
-    write_profiles(profile, options.dpi_file, options.spi_file, options.runs);
-    print_warnings(all, profile);
+    data.profile.num_runs = options.runs;
+    std::string error;
+    if (!PGOPTI_Write_Profiles(data.profile, PGOPTI_LAYOUT_64, options.dpi_file, options.spi_file, &error))
+        import_error("%s", error.c_str());
+    print_warnings(all, data);
 }

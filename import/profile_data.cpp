@@ -1,5 +1,7 @@
 #include "import/profile_data.h"
 
+#include "import/region_blocks.h"
+
 #include <algorithm>
 #include <cstring>
 #include <optional>
@@ -99,7 +101,7 @@ static bool is_preferred(const std::vector<profile_block>& a, const std::vector<
 
 namespace {
 
-/// Makes the records of one source file.
+/// Makes the routines of one source file.
 class file_builder {
   public:
     file_builder(record_store* store, const source_names& names, std::uint32_t file,
@@ -119,7 +121,7 @@ class file_builder {
 
     candidate lay_out(stored_function* function);
     void merge(candidate* best, candidate other);
-    void add_record(const std::string& name, candidate function);
+    void add_routine(const std::string& name, candidate function);
     std::size_t extent_index(const source_extent& extent) const;
 
     record_store& store_;
@@ -158,24 +160,25 @@ void file_builder::merge(candidate* best, candidate other) {
         *best = std::move(other);
 }
 
-void file_builder::add_record(const std::string& name, candidate function) {
+void file_builder::add_routine(const std::string& name, candidate function) {
     count_last_block(&function.blocks, function.count);
     if (source_.readable()) {
         for (const profile_block& block : function.blocks)
             profile_.misplaced += source_.contains(block.position) ? 0 : 1;
     }
     const std::optional<source_position>& mark = extents_.marks[extent_index(function.extent)];
-    profile_record record = {};
-    record.file = file_;
-    record.name = name;
-    record.line = mark ? mark->line : function.extent.start.line;
-    record.blocks = static_cast<std::uint32_t>(function.blocks.size());
-    record.called = function.count > 0;
-    if (record.called) {
-        record.counters = std::move(function.blocks);
-        record.counters.shrink_to_fit();
+    PGOPTI_ROUTINE routine = {};
+    routine.file = file_;
+    routine.name = name;
+    routine.line = mark ? mark->line : function.extent.start.line;
+    routine.block_count = static_cast<std::uint32_t>(function.blocks.size());
+    routine.has_record = function.count > 0;
+    if (routine.has_record) {
+        routine.blocks.reserve(function.blocks.size());
+        for (const profile_block& block : function.blocks)
+            routine.blocks.push_back({{block.position.line, block.position.column}, block.count});
     }
-    profile_.records.push_back(std::move(record));
+    profile_.profile.routines.push_back(std::move(routine));
 }
 
 void file_builder::build() {
@@ -185,32 +188,33 @@ void file_builder::build() {
         candidate best = lay_out(&functions[indices_[i]]);
         for (++i; i < indices_.size() && functions[indices_[i]].name == name; ++i)
             merge(&best, lay_out(&functions[indices_[i]]));
-        add_record(name, std::move(best));
+        add_routine(name, std::move(best));
     }
 }
 
 } // namespace
 
 /// An apostrophe in a file name can make the keys of two files interleave.
-static void sort_by_whole_key(profile_data* profile) {
-    const auto key = [profile](const profile_record& record) {
-        return profile->files[record.file] + "'" + record.name + "'";
+static void sort_by_whole_key(PGOPTI_PROFILE* profile) {
+    const auto key = [profile](const PGOPTI_ROUTINE& routine) {
+        return profile->files[routine.file] + "'" + routine.name + "'";
     };
-    std::stable_sort(profile->records.begin(), profile->records.end(),
-                     [&](const profile_record& a, const profile_record& b) { return key(a) < key(b); });
+    std::stable_sort(profile->routines.begin(), profile->routines.end(),
+                     [&](const PGOPTI_ROUTINE& a, const PGOPTI_ROUTINE& b) { return key(a) < key(b); });
 }
 
 profile_data build_profile(record_store* store, const source_names& names) {
-    profile_data profile;
+    profile_data data;
+    PGOPTI_PROFILE& profile = data.profile;
     profile.files = store->files();
     const std::vector<std::vector<std::uint32_t>> by_file = functions_by_file(store);
     bool apostrophe = false;
     for (const std::uint32_t file : file_order(profile.files)) {
-        file_builder(store, names, file, by_file[file], &profile).build();
+        file_builder(store, names, file, by_file[file], &data).build();
         apostrophe = apostrophe || profile.files[file].find('\'') != std::string::npos;
     }
     if (apostrophe)
         sort_by_whole_key(&profile);
     store->functions().clear();
-    return profile;
+    return data;
 }

@@ -98,6 +98,11 @@ void checked_short_read(const char* fileName) {
     fail("fread", fileName);
 }
 
+void checked_bad_seek(const char* fileName) {
+    errno = EINVAL;
+    fail("fseek", fileName);
+}
+
 void checked_fread(void* buffer, std::size_t size, std::size_t count, std::FILE* stream,
                    const char* fileName) {
     errno = 0;

@@ -25,6 +25,9 @@ void checked_fread(void* buffer, std::size_t size, std::size_t count, std::FILE*
 /// Ends the run as checked_fread does for a file that ends too early.
 [[noreturn]] void checked_short_read(const char* fileName);
 
+/// Ends the run as checked_fseek does for a place that no file has.
+[[noreturn]] void checked_bad_seek(const char* fileName);
+
 void checked_fseek(std::FILE* stream, long offset, int whence, const char* fileName);
 
 long checked_ftell(std::FILE* stream, const char* fileName);

@@ -39,12 +39,6 @@
 
 #include <cstdint>
 
-/// The 4-byte integer at `p`.
-inline std::uint32_t pgopti_Read_U32(const unsigned char* p) {
-    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
-           std::uint32_t{p[3]} << 24;
-}
-
 constexpr std::uint32_t PGOPTI_DPI_MAGIC = 0xDC0B;
 constexpr std::uint32_t PGOPTI_HEADER_SIZE = 528;
 constexpr std::uint32_t PGOPTI_HEADER_TEXT_SIZE = 512;
@@ -63,7 +57,8 @@ constexpr std::uint32_t PGOPTI_RECORD_HEAD_SIZE = 80;
 /// Bytes of one value area.
 constexpr std::uint32_t PGOPTI_VALUE_AREA_SIZE = 96;
 
-/// Offsets of the header fields in one of the two record layouts.
+/// Offsets of the header fields in one of the two record layouts. The addresses mean nothing outside the
+/// process that was counted, so nothing looks for them.
 struct PGOPTI_RECORD_LAYOUT {
     std::uint32_t width;       ///< W, bytes of a counter and of a string offset
     std::uint32_t header_size; ///< bytes of the record header
@@ -77,10 +72,11 @@ struct PGOPTI_RECORD_LAYOUT {
     std::uint32_t word;
     std::uint32_t file_name;
     std::uint32_t key_func_name;
-    std::uint32_t func_address;
-    std::uint32_t vtbl_address;
     std::uint32_t vtbl_name;
+
+    /// True for the 64-bit layout.
+    constexpr bool is_pgo_64() const { return width == 8; }
 };
 
-constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_32 = {4, 60, 2, 4, 8, 12, 16, 20, 24, 28, 32, 36, 40, 48, 56};
-constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_64 = {8, 80, 3, 8, 12, 16, 20, 24, 32, 28, 40, 48, 56, 64, 72};
+inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_32 = {4, 60, 2, 4, 8, 12, 16, 20, 24, 28, 32, 36, 56};
+inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_64 = {8, 80, 3, 8, 12, 16, 20, 24, 32, 28, 40, 48, 72};

@@ -1,7 +1,7 @@
-// One record of the dynamic profile: the only place that knows the two record layouts.
+// One record of the dynamic profile: the only place that knows how its areas lie.
 //
-// A record is its bytes as stored in the file. The accessors read the layout that is_pgo_64 selects and trust
-// the record: only records that DPI_record_is_sound accepted in that layout may be given to them.
+// The accessors trust the record: only one that DPI_record_is_sound accepted may be given to them. Header
+// fields may be asked for as soon as PGOPTI_RECORD_HEAD_SIZE bytes are there.
 #pragma once
 
 #include "profile/dpi_format.h"
@@ -9,52 +9,62 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Layout of the record that was opened last. Deliberate: there is one flag for the whole process, so a main
-/// and a reference profile must have the same counter width; only counts of one width can be compared.
-extern bool is_pgo_64;
+/// The bytes of a record as stored in the file, and the layout in which they are read. A view: the bytes
+/// belong to somebody else. Without bytes it stands for a record that is not there.
+struct DPI_RECORD {
+    const unsigned char* bytes = nullptr;
+    const PGOPTI_RECORD_LAYOUT* layout = nullptr;
+};
 
-/// The layout that is_pgo_64 selects.
-const PGOPTI_RECORD_LAYOUT& DPI_layout();
+/// The layout that the flags in the first byte of a record name.
+const PGOPTI_RECORD_LAYOUT& DPI_layout_of(const unsigned char* record);
 
-/// True when the areas of a record of `size` bytes lie within it in the current layout and every
-/// entry-counter index names one of its counters.
-bool DPI_record_is_sound(const unsigned char* record, std::size_t size);
+/// True when the areas of a record of `size` bytes lie within it in its layout and every entry-counter index
+/// names one of its counters.
+bool DPI_record_is_sound(DPI_RECORD record, std::size_t size);
 
 /// Header fields.
-std::uint32_t DPI_record_size_get(const unsigned char* record);
-std::uint32_t DPI_routine_count_get(const unsigned char* record);
-std::uint32_t DPI_block_count_get(const unsigned char* record);
-std::uint32_t DPI_flag_word_get(const unsigned char* record);
-std::uint32_t DPI_word_get(const unsigned char* record);
-std::uint8_t DPI_version_get(const unsigned char* record);
+std::uint32_t DPI_record_size_get(DPI_RECORD record);
+std::uint32_t DPI_routine_count_get(DPI_RECORD record);
+std::uint32_t DPI_block_count_get(DPI_RECORD record);
+std::uint32_t DPI_flag_word_get(DPI_RECORD record);
+std::uint32_t DPI_word_get(DPI_RECORD record);
+std::uint8_t DPI_version_get(DPI_RECORD record);
 /// True when the record carries the positions of its blocks.
-bool DPI_has_line_info(const unsigned char* record);
+bool DPI_has_line_info(DPI_RECORD record);
 
 /// Offsets of names in the file.
-std::uint64_t DPI_file_name_get(const unsigned char* record);
-std::uint64_t DPI_key_func_name_get(const unsigned char* record);
-std::uint64_t DPI_vtbl_name_get(const unsigned char* record);
+std::uint64_t DPI_file_name_get(DPI_RECORD record);
+std::uint64_t DPI_key_func_name_get(DPI_RECORD record);
+std::uint64_t DPI_vtbl_name_get(DPI_RECORD record);
 /// Offset of routine name `i`, i < DPI_routine_count_get.
-std::uint64_t DPI_routine_name_get(const unsigned char* record, std::uint32_t i);
+std::uint64_t DPI_routine_name_get(DPI_RECORD record, std::uint32_t i);
 
 /// Counter `i` at single precision; a 64-bit integer is rounded, which loses low digits above 2^24.
-float DPI_counter_get(const unsigned char* record, std::uint32_t i);
+float DPI_counter_get(DPI_RECORD record, std::uint32_t i);
+
+/// Counter `i` without loss: a 64-bit integer as stored, a single-precision number as DPI_count_to_u64 has
+/// it.
+std::uint64_t DPI_exact_counter_get(DPI_RECORD record, std::uint32_t i);
 
 /// The counter that holds the entry count of routine `i`, at single precision.
-float DPI_entry_counter_get(const unsigned char* record, std::uint32_t i);
+float DPI_entry_counter_get(DPI_RECORD record, std::uint32_t i);
 
 /// Line and column of block `i` as stored. Only with DPI_has_line_info.
 struct DPI_POSITION {
     std::uint32_t line;
     std::uint32_t column;
 };
-DPI_POSITION DPI_block_position_get(const unsigned char* record, std::uint32_t i);
+DPI_POSITION DPI_block_position_get(DPI_RECORD record, std::uint32_t i);
 
 /// Number of blocks with a count of at least 1.
-std::uint32_t DPI_covered_blocks(const unsigned char* record);
+std::uint32_t DPI_covered_blocks(DPI_RECORD record);
 
 /// Sum of the routines' entry counts; each addition is done in double precision and truncated.
-std::uint64_t DPI_entry_frequency(const unsigned char* record);
+std::uint64_t DPI_entry_frequency(DPI_RECORD record);
+
+/// Sum of the routines' entry counts, taken by DPI_exact_counter_get; at most all ones.
+std::uint64_t DPI_exact_entry_count(DPI_RECORD record);
 
 /// A count truncated toward zero. Not a number and negative values give 0, values that 64 bits cannot hold
 /// the largest single-precision number that they can.

@@ -15,11 +15,11 @@
 /// One record. The strings belong to the reader and are reused for the next record.
 struct SPI_RECORD {
     std::string file_name;
-    std::string second_name; ///< not used by this program
+    std::string second_name; ///< stands in every line; not interpreted
     std::string proc_name;
     std::int32_t line = 0;
     std::int32_t block_count = 0;
-    char flag = '\0'; ///< kept, not interpreted
+    char flag = '\0'; ///< carried, not interpreted
 };
 
 /// Characters of an open file, with room to go back over a version head that was none.

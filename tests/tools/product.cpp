@@ -12,8 +12,7 @@
 #include "driver/run_state.h"
 #include "profile/dpi_file.h"
 #include "profile/dpi_message.h"
-#include "profile/dpi_record.h"
-#include "profile/module_list.h"
+#include "profile/line_order.h"
 #include "tests/tools/scratch.h"
 
 #include <algorithm>
@@ -51,7 +50,6 @@ static void reset_profiles() {
     PGOPTI_Close_Dpi_File(pgofRefDPIFile);
     pgofDPIFile = pgofRefDPIFile = nullptr;
     PGOPTI_Tool_Set_Name(nullptr);
-    is_pgo_64 = false;
     componentList = first_func_line = nullptr;
     numComponents = 0;
     funcs_by_line.clear();

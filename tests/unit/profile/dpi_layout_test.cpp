@@ -1,7 +1,10 @@
 // The byte layout of the dynamic profile. One record of each width is typed by hand: the writer of the test
 // profiles must produce it, and the reader must understand it.
 #include "profile/dpi_file.h"
+#include "profile/dpi_lookup.h"
+#include "profile/dpi_names.h"
 #include "profile/dpi_record.h"
+#include "tests/tools/product.h"
 #include "tests/tools/profile_text.h"
 #include "tests/tools/scratch.h"
 
@@ -90,7 +93,7 @@ static void expect_fields(const std::string& bytes) {
     EXPECT_STREQ(reinterpret_cast<const char*>(file->header_text.data()), "one");
     const segment_ptr segment(PGOPTI_Get_Segment(file.get(), name.c_str(), "a.c", "f"), PGOPTI_Free_Segment);
     ASSERT_TRUE(segment);
-    const unsigned char* record = segment->record.data();
+    const DPI_RECORD record = segment->view();
     EXPECT_EQ(DPI_counter_get(record, 3), 5.0F);
     EXPECT_EQ(DPI_entry_counter_get(record, 0), 6.0F);
     EXPECT_EQ(file->index[0].max_entry_count, 2.0F) << "in each of three runs";
@@ -121,11 +124,39 @@ TEST(DpiRecord, CountsThatNoIntegerHolds) {
     EXPECT_NE(most, ~std::uint64_t{0}) << "the value that marks a function never entered";
 }
 
+TEST(DpiRecord, ExactCounts) {
+    const auto entries_of = [](const char* width, const char* counters) {
+        const std::string bytes = compile_profile_text(
+            std::string("header runs 1\nrecord ") + width +
+            "\nfile a\nfunction f\nroutine f\nroutine g\nentry 0 1\n" + "blocks " + counters + "\n");
+        const auto* start = reinterpret_cast<const unsigned char*>(bytes.data()) + PGOPTI_HEADER_SIZE;
+        const DPI_RECORD record = {start, &DPI_layout_of(start)};
+        return std::to_string(DPI_exact_counter_get(record, 0)) + " " +
+               std::to_string(DPI_exact_entry_count(record));
+    };
+    EXPECT_EQ(entries_of("64", "0x1000003 0x8000000000000001"), "16777219 9223372036871553028");
+    EXPECT_EQ(entries_of("64", "0xfffffffffffffffe 2"), "18446744073709551614 18446744073709551615");
+    EXPECT_EQ(entries_of("32", "3.75 16777216"), "3 16777219") << "each truncated";
+}
+
+TEST(DpiFile, OpenProfilesOfBothWidthsAreIndependent) {
+    const scratch_directory scratch;
+    const auto put = [&](const char* name, const std::string& bytes) { return scratch.put(name, bytes); };
+    const std::string narrow = put("n", file_of(narrow_record())), wide = put("w", file_of(wide_record()));
+    const dpi_ptr first(PGOPTI_Open_Dpi_File(narrow.c_str()), PGOPTI_Close_Dpi_File);
+    const dpi_ptr second(PGOPTI_Open_Dpi_File(wide.c_str()), PGOPTI_Close_Dpi_File);
+    const segment_ptr a(PGOPTI_Get_Segment(first.get(), "n", "a.c", "f"), PGOPTI_Free_Segment);
+    const segment_ptr b(PGOPTI_Get_Segment(second.get(), "w", "a.c", "f"), PGOPTI_Free_Segment);
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(DPI_counter_get(a->view(), 0), 1.5F);
+    EXPECT_EQ(DPI_exact_counter_get(b->view(), 0), 0x1000003U);
+}
+
 TEST(DpiRecord, SoundRecordsFitTheirSize) {
-    is_pgo_64 = true;
-    std::string record = wide_record();
+    const std::string record = wide_record();
     const auto sound = [](const std::string& bytes) {
-        return DPI_record_is_sound(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+        const auto* start = reinterpret_cast<const unsigned char*>(bytes.data());
+        return DPI_record_is_sound({start, &PGOPTI_LAYOUT_64}, bytes.size());
     };
     const auto with = [&](std::size_t place, std::uint32_t value) {
         std::string changed = record;
@@ -139,6 +170,38 @@ TEST(DpiRecord, SoundRecordsFitTheirSize) {
     EXPECT_FALSE(sound(with(12, 0x80000000)));
     EXPECT_TRUE(sound(with(216, 3))) << "an entry index may name a counter of the other groups";
     EXPECT_FALSE(sound(with(216, 4)));
+}
+
+TEST(DpiFile, NamesThatNoSeekReaches) {
+    const scratch_directory scratch;
+    // What is said while a profile is opened and its record is asked for.
+    const auto said = [&](const std::string& changes) {
+        const std::string name = scratch.put("p.dpi", compile_profile_text(text_of("64", "1") + changes));
+        std::string step = "opening: ";
+        const outcome end = run_product([&] {
+            const dpi_ptr file(PGOPTI_Open_Dpi_File(name.c_str()), PGOPTI_Close_Dpi_File);
+            step = "segment: ";
+            const DPI_INDEX_ENTRY& entry = file->index.at(0);
+            PGOPTI_Free_Segment(
+                PGOPTI_Get_Segment(file.get(), name.c_str(), entry.file_name, entry.key_func_name));
+        });
+        const std::string failure =
+            name + ": Invalid argument\nFATAL ERROR: fseek on file " + name + " failed\n";
+        EXPECT_EQ(end.ended, end.status == 1);
+        return step + (end.errors == failure ? "fseek" : end.errors);
+    };
+    for (const char* name : {"40 ", "48 ", "72 "}) {
+        const std::string set = std::string("set u64 r0+") + name;
+        EXPECT_EQ(said(set + "0x8000000000000000"), "opening: fseek") << name;
+        EXPECT_EQ(said(set + "0xffffffffffffffff\ncut 0x300"), "opening: fseek") << name;
+        EXPECT_EQ(said(set + "0x7fffffffffffffff"), "segment: ") << name;
+        EXPECT_EQ(said(set + "0"), "segment: ") << name;
+    }
+    EXPECT_EQ(said("set u64 r0+208 0x8000000000000000"), "segment: fseek") << "a routine name";
+    EXPECT_EQ(said("set u64 r0+208 0x7fffffffffffffff"), "segment: ");
+    EXPECT_EQ(said("record 64\n file b\n function g\n blocks 1\nset u64 r0+40 0x8000000000000000\ncut 0x310"),
+              "opening: fseek")
+        << "before the next record is looked at";
 }
 
 TEST(DpiFile, LongNamesStoredTwiceAreOne) {

@@ -14,7 +14,9 @@ static std::string list_of(const std::string& text) {
     const std::string name = scratch.put("p.spi", text);
     std::string list;
     run_product([&] {
-        for (const COMP* comp = GetComponentList(name.c_str(), nullptr); comp; comp = comp->next) {
+        module_list comps;
+        for (const COMP* comp = GetComponentList(name.c_str(), nullptr, nullptr, comps); comp;
+             comp = comp->next) {
             list += comp->isFirstOfFile ? std::string(comp->fileName) + ": " : "";
             list += std::string(comp->procName) + "@" + std::to_string(comp->line) +
                     (comp->isAmbiguous ? "* " : " ");
@@ -41,6 +43,30 @@ TEST(ModuleList, DuplicatesAndAmbiguousNames) {
                       "a.cpp x _Z0 9 1 C\n"
                       "b.c x f 5 2 C\n"),
               "a.cpp: _ZN1AC1Ev@3* _ZN1AC2Ev@3* _ZN1AD1Ev@8 _ZN1AD2Ev@7 _Z0@9 b.c: f@5 ");
+}
+
+TEST(ModuleList, FilterAndOwner) {
+    const scratch_directory scratch;
+    const std::string one =
+        scratch.put("1", "a.c x f 1 1 C\nb.c x f 5 1 C\nb.c x f 5 1 C\nb.c x _ZN1AD2Ev 7 1 C\n");
+    const std::string two = scratch.put("2", "c.c x h 1 1 C\n");
+    std::string asked;
+    const auto only_b = [&asked](const char* file, const char* display, const char* name) {
+        asked += std::string(display) == name ? file : "?";
+        return *file == 'b';
+    };
+    module_list first, second;
+    int count = -1;
+    const COMP* head = GetComponentList(one.c_str(), &count, only_b, first);
+    EXPECT_EQ(asked, "a.cb.cb.cb.c");
+    EXPECT_EQ(count, 2) << "without the duplicate";
+    GetComponentList(two.c_str(), &count, nullptr, second);
+    EXPECT_EQ(count, 1);
+    EXPECT_STREQ(head->displayName, "A::~A()") << "as before";
+    second = std::move(first);
+    EXPECT_EQ(second.head(), head);
+    EXPECT_STREQ(head->next->fileName, "b.c");
+    EXPECT_EQ(GetComponentList(two.c_str(), nullptr, only_b, second), nullptr) << "nothing is of interest";
 }
 
 TEST(ModuleList, TiesAreDecidedByTheExchanges) {

@@ -1,0 +1,16 @@
+// The routines of one source file by line, for the file being processed.
+#pragma once
+
+#include <vector>
+
+struct COMP;
+
+/// Head of the by-line chain of the source file being processed; set by order_func.
+extern COMP* first_func_line;
+
+/// The routines of that chain in its order, for binary search; set by order_func.
+extern std::vector<COMP*> funcs_by_line;
+
+/// Chains the routines of the run that begins with `first` by ascending line; of routines with the same line,
+/// the later in the list comes first. Sets first_func_line and funcs_by_line.
+void order_func(COMP* first);
