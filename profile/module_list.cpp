@@ -1,10 +1,10 @@
 #include "profile/module_list.h"
 
 #include "common/checked_alloc.h"
-#include "common/demangle.h"
 #include "common/fatal.h"
 #include "common/hoare_sort.h"
 #include "coverage/files_of_interest.h"
+#include "demangle/demangle.h"
 #include "driver/run_config.h"
 #include "profile/spi_file.h"
 
