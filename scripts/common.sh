@@ -9,6 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 root=$PWD
 logs=$root/build/logs
 jobs=$(nproc)
+mapfile -t product_folders < <(sed -n 's/^\([a-z][^ ]*\).*/\1/p' scripts/folders)
 
 # quietly NAME COMMAND...: runs the command with its output in build/logs/NAME.log. When it fails, shows the log and
 # ends the script with the command's status.
