@@ -2,9 +2,11 @@
 
 #include "common/fatal.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 /// `memory`, or the end of the run when it is null.
 static void* check_allocated(void* memory, std::size_t size, const char* what) {
@@ -30,4 +32,37 @@ void* ck_malloc(std::size_t size) {
 char* copy_string(const char* text, const char* what) {
     const std::size_t size = std::strlen(text) + 1;
     return static_cast<char*>(std::memcpy(pmalloc(size, what), text, size));
+}
+
+constexpr std::size_t kChunkSize = std::size_t{1} << 16;
+
+checked_arena::~checked_arena() {
+    for (char* chunk : chunks_)
+        std::free(chunk);
+}
+
+void checked_arena::swap(checked_arena& other) noexcept {
+    chunks_.swap(other.chunks_);
+    std::swap(used_, other.used_);
+    std::swap(size_, other.size_);
+}
+
+void* checked_arena::allocate(std::size_t size, const char* what) {
+    const std::size_t rounded = (size + 7) / 8 * 8;
+    if (rounded > size_ - used_) {
+        if (chunks_.size() == chunks_.capacity())
+            chunks_.reserve(2 * chunks_.size() + 1);
+        size_ = std::max(rounded, kChunkSize);
+        used_ = size_; // should there be no memory
+        chunks_.push_back(static_cast<char*>(zalloc(size_, what)));
+        used_ = 0;
+    }
+    void* const memory = chunks_.back() + used_;
+    used_ += rounded;
+    return memory;
+}
+
+char* checked_arena::copy(const char* text, const char* what) {
+    const std::size_t size = std::strlen(text) + 1;
+    return static_cast<char*>(std::memcpy(allocate(size, what), text, size));
 }

@@ -20,7 +20,8 @@ void check_color(Color color);
 /// Sets the HTML colour of a class; `value` is borrowed and not examined.
 void SetBGColor(Color color, const char* value);
 
-/// The HTML colour of clrUnknown, whatever class is asked for.
+/// The HTML colour of clrUnknown, whatever class is asked for: the call is fixed, and nothing asks for
+/// another.
 const char* takeBGColor(Color color);
 
 /// Shows partially covered code in the colour of covered code.

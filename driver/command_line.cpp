@@ -2,24 +2,13 @@
 
 #include "common/checked_alloc.h"
 #include "common/fatal.h"
+#include "common/option_table.h"
 #include "driver/banner.h"
 #include "driver/color_table.h"
 #include "driver/run_config.h"
 
 #include <cstdio>
 #include <cstring>
-
-namespace {
-
-/// One option: its name, what it does, and what is said when its value is missing.
-struct option {
-    const char* name;
-    void (*apply)(const char* value); ///< `value` is null for an option that takes none
-    bool takes_value;
-    const char* missing; ///< message for a missing value; null: the usage text is shown
-};
-
-} // namespace
 
 static bool not_feasible_color_given = false; ///< -xcolor was among the options of this call
 
@@ -59,7 +48,8 @@ static void add_marker(std::vector<std::string>& markers, const char* value) {
     Infeasible_markers_specified = true;
 }
 
-static const option options[] = {
+/// Where no message for a missing value is given, the usage text is shown.
+static const option_row<> options[] = {
     {"-spi", [](const char* v) { replace_setting(g_lpszSPIFileName, v); }, true, nullptr},
     {"-dpi", [](const char* v) { replace_setting(g_lpszDPIFileName, v); }, true, nullptr},
     {"-ref", set_reference, true, nullptr},
@@ -105,13 +95,6 @@ static bool is_help(const char* argument) {
     return false;
 }
 
-static const option* find_option(const char* argument) {
-    for (const option& candidate : options)
-        if (std::strcmp(argument, candidate.name) == 0)
-            return &candidate;
-    return nullptr;
-}
-
 static void assign_defaults() {
     replace_setting(g_lpszSPIFileName, "pgopti.spi");
     replace_setting(g_lpszDPIFileName, "pgopti.dpi");
@@ -127,19 +110,22 @@ static void assign_defaults() {
 
 /// Handles every argument; false when the usage text is to be shown.
 static bool read_arguments(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (is_help(argv[i]))
-            return false;
-        const option* found = find_option(argv[i]);
-        if (!found)
-            continue; // Deliberate: arguments of other tools of a build script may stand among ours
-        if (found->takes_value && ++i >= argc) {
-            if (!found->missing)
+    for (argument_reader arguments(options, argc, argv); arguments.next();) {
+        switch (arguments.kind()) {
+        case argument_kind::option:
+            arguments.option().apply(arguments.value());
+            break;
+        case argument_kind::missing_value:
+            if (!arguments.option().missing)
                 return false;
-            std::fprintf(stderr, "%s\n", found->missing);
+            std::fprintf(stderr, "%s\n", arguments.option().missing);
             pgt_Exit(1);
+        case argument_kind::unknown:
+        case argument_kind::positional:
+            // Deliberate: arguments of other tools of a build script may stand among ours
+            if (is_help(arguments.text()))
+                return false;
         }
-        found->apply(found->takes_value ? argv[i] : nullptr);
     }
     return true;
 }

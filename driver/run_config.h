@@ -26,10 +26,12 @@ extern bool html_output;       ///< write the HTML report; false when a function
 extern bool bProgressMeter;    ///< print the progress meter
 extern bool g_bXCOUNTS;        ///< show execution counts in the listings
 extern bool g_bNoPartial;      ///< treat partially covered code as covered
-extern int g_iDemangFlag;      ///< 1 with -demang; has no effect on the names
+extern int g_iDemangFlag;      ///< 1 with -demang; handed to demangleName, which shows C++ names either way
 extern char* g_lpszOutFileExt; ///< extension of the pages; always "html"; owned
-extern long double scale;      ///< always 1.0
-extern int sortType;           ///< always 0
+
+// The names of the settings are fixed. No option sets these two, and nothing reads them.
+extern long double scale; ///< always 1.0
+extern int sortType;      ///< always 0
 
 extern std::vector<std::string> one_line_disable;    ///< texts of one-line infeasible markers
 extern std::vector<std::string> start_disable_block; ///< texts that begin an infeasible block

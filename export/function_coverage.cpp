@@ -1,9 +1,9 @@
 #include "export/function_coverage.h"
 
-#include "common/demangle.h"
 #include "common/fatal.h"
 #include "common/number_format.h"
 #include "coverage/files_of_interest.h"
+#include "demangle/demangle.h"
 #include "driver/run_config.h"
 #include "driver/run_state.h"
 #include "profile/dpi_file.h"

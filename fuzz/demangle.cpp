@@ -1,5 +1,5 @@
 // Input: a routine name. Its C++ form is bounded, and short names are what the C++ library makes of them.
-#include "common/demangle.h"
+#include "demangle/demangle.h"
 
 #include "fuzz/harness.h"
 

@@ -1,23 +1,16 @@
 #include "import/import_options.h"
 
 #include "common/fatal.h"
+#include "common/option_table.h"
 #include "import/import_message.h"
 
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 #ifndef VEXCOV_VERSION
 #define VEXCOV_VERSION "1.0.0"
 #endif
-
-/// One option. An option with a value takes the next argument, whatever it looks like.
-struct import_option {
-    const char* name;
-    const char* missing_value; ///< what the message names when the value is missing; null: takes no value
-    void (*apply)(import_options* options, const char* value);
-};
 
 static void print_usage() {
     std::fputs("Usage: vexcov-import clang [-spi FILE] [-dpi FILE] [-root DIR] [-runs N] [files]\n", stdout);
@@ -72,33 +65,21 @@ static void show_version(import_options*, const char*) {
     pgt_Exit(0);
 }
 
-static const import_option option_table[] = {
-    {"-spi", "a file name", set_spi}, {"-dpi", "a file name", set_dpi}, {"-root", "a directory", set_root},
-    {"-runs", "a number", set_runs},  {"-help", nullptr, show_help},    {"-version", nullptr, show_version},
+/// With what the message for a missing value names.
+static const option_row<import_options*> option_table[] = {
+    {"-spi", set_spi, true, "a file name"},   {"-dpi", set_dpi, true, "a file name"},
+    {"-root", set_root, true, "a directory"}, {"-runs", set_runs, true, "a number"},
+    {"-help", show_help, false, nullptr},     {"-version", show_version, false, nullptr},
 };
 
-static const import_option* find_option(const char* argument) {
-    for (const import_option& option : option_table) {
-        if (std::strcmp(option.name, argument) == 0)
-            return &option;
-    }
-    return nullptr;
-}
-
-/// Handles the option at `index` and returns the index of the last argument that it used.
-static int take_option(int argc, char** argv, int index, import_options* options) {
-    const import_option* option = find_option(argv[index]);
-    if (!option)
-        import_error("unknown option %s (vexcov-import -help lists the options)",
-                     printable(argv[index]).c_str());
-    if (!option->missing_value) {
-        option->apply(options, nullptr);
-        return index;
-    }
-    if (index + 1 >= argc)
-        import_error("option %s needs %s", option->name, option->missing_value);
-    option->apply(options, argv[index + 1]);
-    return index + 1;
+/// Takes the name of the format, then those of the inputs.
+static void take_name(const char* name, bool* format_given, import_options* options) {
+    if (*format_given)
+        options->inputs.emplace_back(name);
+    else if (std::strcmp(name, "clang") == 0)
+        *format_given = true;
+    else
+        import_error("unknown format %s; the only one is clang", printable(name).c_str());
 }
 
 static void check_options(const import_options& options) {
@@ -111,16 +92,19 @@ static void check_options(const import_options& options) {
 
 void parse_import_options(int argc, char** argv, import_options* options) {
     bool format_given = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view argument = argv[i];
-        if (argument.size() > 1 && argument.front() == '-')
-            i = take_option(argc, argv, i, options);
-        else if (format_given)
-            options->inputs.emplace_back(argument);
-        else if (argument == "clang")
-            format_given = true;
-        else
-            import_error("unknown format %s; the only one is clang", printable(argument).c_str());
+    for (argument_reader arguments(option_table, argc, argv); arguments.next();) {
+        switch (arguments.kind()) {
+        case argument_kind::option:
+            arguments.option().apply(options, arguments.value());
+            break;
+        case argument_kind::missing_value:
+            import_error("option %s needs %s", arguments.option().name, arguments.option().missing);
+        case argument_kind::unknown:
+            import_error("unknown option %s (vexcov-import -help lists the options)",
+                         printable(arguments.text()).c_str());
+        case argument_kind::positional:
+            take_name(arguments.text(), &format_given, options);
+        }
     }
     if (!format_given)
         import_error("no format given: vexcov-import clang [options] [files] (see vexcov-import -help)");

@@ -40,7 +40,7 @@ static void QuickSortComponents(COMP** array, int low, int high) {
     hoare_quicksort(array, low, high, PartitionComponents, before, sort_patience(low, high));
 }
 
-void eiliminateRedundantComponents(COMP* head, COMP** dropped) {
+void eiliminateRedundantComponents(COMP* head) {
     COMP* kept = nullptr;      // the last record that stays in the list
     COMP* reference = nullptr; // the record that the next one is compared with
     COMP* next = nullptr;
@@ -52,8 +52,6 @@ void eiliminateRedundantComponents(COMP* head, COMP** dropped) {
             std::strcmp(reference->displayName, comp->displayName) == 0) {
             if (std::strcmp(reference->procName, comp->procName) == 0) {
                 kept->next = comp->next;
-                comp->next = *dropped;
-                *dropped = comp;
                 continue;
             }
             reference->isAmbiguous = 1;
@@ -72,7 +70,7 @@ struct memory_release {
 
 } // namespace
 
-COMP* SortComponents(COMP* head, COMP** dropped) {
+COMP* SortComponents(COMP* head) {
     const int count = getNumComponents(head);
     if (count == 0)
         return nullptr;
@@ -87,6 +85,6 @@ COMP* SortComponents(COMP* head, COMP** dropped) {
         array[i]->next = array[i + 1];
     array[count - 1]->next = nullptr;
     head = array[0];
-    eiliminateRedundantComponents(head, dropped);
+    eiliminateRedundantComponents(head);
     return head;
 }

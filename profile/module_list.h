@@ -2,6 +2,8 @@
 // by source file and name, without duplicates.
 #pragma once
 
+#include "common/checked_alloc.h"
+
 #include <cstdint>
 #include <functional>
 
@@ -15,39 +17,15 @@ struct COMP {
     std::int32_t isFirstOfFile; ///< 1 for the first record of each file; for walks that compare no names
     std::int32_t isAmbiguous;   ///< 1 when another routine of the file has the same line and display name
     char spiFlag;               ///< carried, for whoever writes the profile again
-    bool ownsFileName;          ///< the name goes away with this record; false where it is another one's
     const char* displayName;    ///< demangled name, or procName itself
     const char* fileName;       ///< source file; records that follow each other in the profile share it
     const char* procName;       ///< name as the compiler emitted it
 };
 
-/// Owner of the records of one list, their strings, and the duplicates that were dropped from it, whose file
-/// names other records may share. Frees them at the end of its life.
-class module_list {
-  public:
-    module_list() = default;
-    module_list(module_list&& other) noexcept;
-    module_list& operator=(module_list&& other) noexcept;
-    module_list(const module_list&) = delete;
-    module_list& operator=(const module_list&) = delete;
-    ~module_list();
-
-    /// First record, or null.
-    COMP* head() const { return head_; }
-
-    /// Appends a record of nothing but zeros.
-    COMP* append();
-
-    /// Last record of those appended, or null.
-    COMP* tail() const { return tail_; }
-
-    /// SortComponents for this list. Nothing can be appended afterwards.
-    void sort();
-
-  private:
-    COMP* head_ = nullptr;
-    COMP* tail_ = nullptr;
-    COMP* dropped_ = nullptr; ///< duplicates, linked like the list
+/// The records of one list and the memory of them and their strings, that of dropped duplicates included.
+struct module_list {
+    COMP* head = nullptr;
+    checked_arena memory;
 };
 
 /// Whether a routine's source file is of interest.

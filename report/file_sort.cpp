@@ -1,10 +1,9 @@
 #include "report/file_sort.h"
 
 #include "common/checked_alloc.h"
-#include "common/hoare_sort.h"
 #include "common/number_format.h"
 #include "coverage/coverage_list.h"
-#include "report/sort_order.h"
+#include "report/report_sort.h"
 
 #include <cstddef>
 #include <cstring>
@@ -23,7 +22,7 @@ int* CreateIndex(int count) {
 
 int compare1(const filename_list_node* a, const filename_list_node* b) {
     // Deliberate: no further key. Files of the same name in different directories keep the place that the
-    // exchanges of the sort give them, which is part of the format of a report (sort_order.h).
+    // exchanges of the sort give them, which is part of the format of a report (report_sort.h).
     const int names = std::strcmp(brief(a->name), brief(b->name));
     return names < 0 ? -1 : names > 0 ? 1 : 0;
 }
@@ -50,22 +49,10 @@ static int compare_block_coverage(int i, int j) {
     return compare23(a->blockCoverage, b->blockCoverage, a, b);
 }
 
-/// The comparison of the current order, scaled by it: -gSortOrder when file `i` belongs behind file `j`,
-/// gSortOrder when it belongs before it.
+using file_keys = sort_keys<compare_names, compare_function_coverage, compare_block_coverage>;
+
 static int compareFiles(int i, int j) {
-    switch (gSortOrder) {
-    case 1:
-    case -1:
-        return -compare_names(i, j);
-    case 2:
-    case -2:
-        return -2 * compare_function_coverage(i, j);
-    case 3:
-    case -3:
-        return -3 * compare_block_coverage(i, j);
-    default:
-        invalid_sort_order(gSortOrder);
-    }
+    return file_keys::compare(gSortOrder, i, j);
 }
 
 static void swapFiles(int* index, int i, int j) {
@@ -77,32 +64,15 @@ static int PartitionFiles(int* index, int lo, int hi) {
 }
 
 static void QuickSortFiles(int* index, int lo, int hi) {
-    const auto before = [](int i, int j) { return compareFiles(i, j) == gSortOrder; };
-    hoare_quicksort(index, lo, hi, PartitionFiles, before, sort_patience(lo, hi));
+    quick_sort(index, lo, hi, gSortOrder, compareFiles, PartitionFiles);
 }
 
 static void SelectSortFiles(int* index, int count) {
-    const int before = gSortOrder > 0 ? -1 : 1;
-    switch (gSortOrder) {
-    case 1:
-    case -1:
-        return exchange_sort(index, count, before, compare_names, swapFiles);
-    case 2:
-    case -2:
-        return exchange_sort(index, count, before, compare_function_coverage, swapFiles);
-    case 3:
-    case -3:
-        return exchange_sort(index, count, before, compare_block_coverage, swapFiles);
-    default:
-        invalid_sort_order(gSortOrder);
-    }
+    file_keys::select_sort(index, count, gSortOrder, swapFiles);
 }
 
 void SortFiles(int* index, int count, int order, filename_list_node* const* list) {
     gSortOrder = order;
     gFilesToSort = list;
-    if (count < kQuickSortCount)
-        SelectSortFiles(index, count);
-    else
-        QuickSortFiles(index, 0, count - 1);
+    sort_by_count(index, count, SelectSortFiles, QuickSortFiles);
 }

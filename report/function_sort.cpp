@@ -1,8 +1,7 @@
 #include "report/function_sort.h"
 
-#include "common/hoare_sort.h"
 #include "coverage/function_table.h"
-#include "report/sort_order.h"
+#include "report/report_sort.h"
 
 #include <cstring>
 #include <utility>
@@ -34,22 +33,10 @@ int compare3(const func* a, const func* b) {
     return a->blocks > b->blocks ? 1 : compare1(a, b);
 }
 
-/// The comparison of the current order, scaled by it: -gSortOrder when `a` belongs behind `b`, gSortOrder
-/// when it belongs before it.
+using function_keys = sort_keys<compare1, compare2, compare3>;
+
 static int compareFunctions(const func* a, const func* b) {
-    switch (gSortOrder) {
-    case 1:
-    case -1:
-        return -compare1(a, b);
-    case 2:
-    case -2:
-        return -2 * compare2(a, b);
-    case 3:
-    case -3:
-        return -3 * compare3(a, b);
-    default:
-        invalid_sort_order(gSortOrder);
-    }
+    return function_keys::compare(gSortOrder, a, b);
 }
 
 static void swapFunctions(func** list, int i, int j) {
@@ -61,31 +48,14 @@ static int PartitionFunctions(func** list, int lo, int hi) {
 }
 
 static void QuickSortFunctions(func** list, int lo, int hi) {
-    const auto before = [](const func* a, const func* b) { return compareFunctions(a, b) == gSortOrder; };
-    hoare_quicksort(list, lo, hi, PartitionFunctions, before, sort_patience(lo, hi));
+    quick_sort(list, lo, hi, gSortOrder, compareFunctions, PartitionFunctions);
 }
 
 static void SelectSortFunctions(func** list, int count) {
-    const int before = gSortOrder > 0 ? -1 : 1;
-    switch (gSortOrder) {
-    case 1:
-    case -1:
-        return exchange_sort(list, count, before, compare1, swapFunctions);
-    case 2:
-    case -2:
-        return exchange_sort(list, count, before, compare2, swapFunctions);
-    case 3:
-    case -3:
-        return exchange_sort(list, count, before, compare3, swapFunctions);
-    default:
-        invalid_sort_order(gSortOrder);
-    }
+    function_keys::select_sort(list, count, gSortOrder, swapFunctions);
 }
 
 void SortFunctions(int count, func** list, int order) {
     gSortOrder = order;
-    if (count < kQuickSortCount)
-        SelectSortFunctions(list, count);
-    else
-        QuickSortFunctions(list, 0, count - 1);
+    sort_by_count(list, count, SelectSortFunctions, QuickSortFunctions);
 }

@@ -9,6 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 root=$PWD
 logs=$root/build/logs
 jobs=$(nproc)
+mapfile -t product_folders < <(sed -n 's/^\([a-z][^ ]*\).*/\1/p' scripts/folders)
 
 # quietly NAME COMMAND...: runs the command with its output in build/logs/NAME.log. When it fails, shows the log and
 # ends the script with the command's status.
@@ -57,34 +58,4 @@ run_suite() {
     fi
     echo "$((total - failed - skipped)) passed, $failed failed"
     return $((status != 0))
-}
-
-# prepare_fuzz: builds the fuzz targets and lays out their inputs.
-prepare_fuzz() {
-    need ci
-    build_preset fuzz
-    scripts/fuzz-corpus
-    mkdir -p "$logs"
-}
-
-# run_fuzz TARGET OPTION...: runs a fuzz target over its inputs, with all that the engine says on standard output.
-run_fuzz() {
-    local target=$1 options
-    shift
-    mkdir -p "build/fuzz/faults/$target"
-    # The options of the target, one a line, stand in its dictionary behind "#-".
-    mapfile -t options < <(sed -n 's/^#-/-/p' "fuzz/$target.dict")
-    "build/fuzz/fuzz/fuzz_$target" -dict="fuzz/$target.dict" -artifact_prefix="build/fuzz/faults/$target/" \
-        -timeout=20 -malloc_limit_mb=256 -rss_limit_mb=2048 -print_final_stats=1 "${options[@]}" "$@" \
-        "build/fuzz/corpus/$target" 2>&1
-}
-
-# fuzz_figures LOG: one line on what the engine did.
-fuzz_figures() {
-    local reached
-    reached=$(sed -n 's/.* cov: \([0-9]*\) ft: \([0-9]*\) .*/\1 edges and \2 features/p' "$1" | tail -n 1)
-    awk -v reached="$reached" '
-        $1 == "stat::number_of_executed_units:" { executions = $2 }
-        $1 == "stat::average_exec_per_sec:" { rate = $2 }
-        END { print executions + 0, "executions,", rate + 0, "a second,", reached, "reached" }' "$1"
 }

@@ -13,7 +13,8 @@ struct outcome {
     std::string errors;
 };
 
-/// Runs `call` from the state of a fresh process and afterwards puts every process-wide variable back to it.
+/// Runs `call` from the state of a fresh process and afterwards wipes what it has left in
+/// process-wide records. Buffers and caches, which no output shows, stay.
 outcome run_product(const std::function<void()>& call);
 
 /// Calls what a program does with its arguments, the program's name first. They are gone when it comes back.

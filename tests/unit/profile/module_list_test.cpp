@@ -64,7 +64,7 @@ TEST(ModuleList, FilterAndOwner) {
     EXPECT_EQ(count, 1);
     EXPECT_STREQ(head->displayName, "A::~A()") << "as before";
     second = std::move(first);
-    EXPECT_EQ(second.head(), head);
+    EXPECT_EQ(second.head, head);
     EXPECT_STREQ(head->next->fileName, "b.c");
     EXPECT_EQ(GetComponentList(two.c_str(), nullptr, only_b, second), nullptr) << "nothing is of interest";
 }

@@ -1,5 +1,5 @@
-#include "common/demangle_bound.h"
-#include "common/mangled_name.h"
+#include "demangle/demangle_bound.h"
+#include "demangle/mangled_name.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Expressions of mangled names.
 
-#include "common/mangled_name_reader.h"
+#include "demangle/mangled_name_reader.h"
 
 #include <cstdint>
 

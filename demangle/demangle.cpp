@@ -1,6 +1,6 @@
-#include "common/demangle.h"
-#include "common/demangle_bound.h"
+#include "demangle/demangle.h"
 #include "common/fatal.h"
+#include "demangle/demangle_bound.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,9 +1,9 @@
 // The walk of mangled_name.h over the grammar, a function for each production. Only the mangled_*.cpp include
-// it: mangled_name.cpp reads names, mangled_type.cpp types and template arguments, mangled_expression.cpp the
-// rest.
+// it: mangled_name.cpp reads names, mangled_type.cpp types and template arguments, mangled_expression.cpp
+// expressions; mangled_name_reader.cpp has the steps that all of them take.
 #pragma once
 
-#include "common/mangled_name.h"
+#include "demangle/mangled_name.h"
 
 #include <cstdint>
 #include <vector>

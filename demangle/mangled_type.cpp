@@ -1,6 +1,6 @@
 // Types and template arguments of mangled names.
 
-#include "common/mangled_name_reader.h"
+#include "demangle/mangled_name_reader.h"
 
 #include <cstdint>
 #include <cstring>

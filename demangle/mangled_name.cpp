@@ -1,117 +1,15 @@
-#include "common/mangled_name.h"
-#include "common/mangled_name_reader.h"
+// Names within mangled names: of functions, scopes, operators and closures; substitutions.
+
+#include "demangle/mangled_name_reader.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <vector>
 
 /// "std::basic_string<char, std::char_traits<char>, ...>" and the like.
 static constexpr std::uint32_t kStdName = 75;
 /// "construction vtable for ... -in-", "covariant return thunk to".
 static constexpr std::uint32_t kPhrase = 48;
-
-MangledNameReader::MangledNameReader(const char* text, bool old_unresolved, MangledName& result)
-    : at_(text), end_(text + std::strlen(text)), result_(result), old_unresolved_(old_unresolved) {
-    const std::size_t length = static_cast<std::size_t>(end_ - text);
-    most_pieces_ = 8 * length + 64;
-    result_.pieces.reserve(2 * length);
-    result_.pieces.push_back({0, 0, 0, 0, PieceRule::Sum, false, 0});
-    result_.lists.emplace_back();
-}
-
-bool MangledNameReader::take(char c) {
-    if (peek() != c)
-        return false;
-    ++at_;
-    return true;
-}
-
-bool MangledNameReader::take(const char* code) {
-    if (!sees(code))
-        return false;
-    at_ += 2;
-    return true;
-}
-
-void MangledNameReader::expect(char c) {
-    if (!take(c))
-        fail();
-}
-
-PieceId MangledNameReader::fail() {
-    result_.failed_in_scope = result_.failed_in_scope || (is_strict_ && !failed_);
-    failed_ = true;
-    at_ = end_;
-    return 0;
-}
-
-bool MangledNameReader::enter() {
-    if (++depth_ > kDeepest)
-        fail();
-    return !failed_;
-}
-
-/// The number of pieces is bounded because demanglers read arguments twice after conversion operators,
-/// which nested takes exponential time; the walk does the same and gives up.
-PieceId MangledNameReader::piece(PieceRule rule, std::uint32_t own, Id left, Id right, std::uint32_t list) {
-    if (result_.pieces.size() >= most_pieces_)
-        return fail();
-    Piece made{left, right, list, own, rule, rule == PieceRule::Param, own};
-    const auto include = [&](Id part) {
-        made.is_open = made.is_open || result_.pieces[part].is_open;
-        made.size = std::min(made.size + result_.pieces[part].size, kHugeText);
-    };
-    if (rule != PieceRule::Param) {
-        include(left);
-        include(right);
-    }
-    if (rule == PieceRule::Pack) {
-        for (const Id element : result_.lists[list])
-            include(element);
-    }
-    result_.pieces.push_back(made);
-    return static_cast<Id>(result_.pieces.size() - 1);
-}
-
-PieceId MangledNameReader::candidate(Id id) {
-    candidates_.push_back(id);
-    return id;
-}
-
-std::uint32_t MangledNameReader::keep_list(std::vector<Id> list) {
-    result_.lists.push_back(std::move(list));
-    return static_cast<std::uint32_t>(result_.lists.size() - 1);
-}
-
-/// <number>, saturating; the sign is skipped.
-std::uint32_t MangledNameReader::number() {
-    take('n');
-    std::uint32_t value = 0;
-    for (; is_digit(peek()); ++at_)
-        value = std::min<std::uint32_t>(value * 10 + static_cast<std::uint32_t>(peek() - '0'), 1U << 24);
-    return value;
-}
-
-/// [<number>] _, where nothing is 0 and 0 is 1.
-std::uint32_t MangledNameReader::compact_number() {
-    if (take('_'))
-        return 0;
-    if (!is_digit(peek()))
-        return fail();
-    const std::uint32_t value = number() + 1;
-    expect('_');
-    return value;
-}
-
-void MangledNameReader::discriminator() {
-    if (!take('_'))
-        return;
-    const bool is_long = take('_');
-    number();
-    if (is_long)
-        take('_');
-}
 
 /// <encoding>: the template arguments that end its name are those its types refer to.
 PieceId MangledNameReader::encoding() {
@@ -382,22 +280,4 @@ PieceId MangledNameReader::std_substitution() {
     longest_name_ = std::max(longest_name_, kStdName);
     const Id id = join(peek() == 'C' || peek() == 'D' ? kStdName : 17);
     return peek() == 'B' ? candidate(abi_tags(id)) : id;
-}
-
-/// The whole name, with the suffixes of clones.
-bool MangledNameReader::read() {
-    at_ += 2;
-    Id id = encoding();
-    if (peek() == '.') { // " [clone .part.0]"
-        id = join(12 * static_cast<std::uint32_t>(end_ - at_), id);
-        at_ = end_;
-    }
-    if (at_ != end_)
-        fail();
-    result_.whole = id;
-    return !failed_;
-}
-
-bool read_mangled_name(const char* text, bool old_unresolved, MangledName& result) {
-    return MangledNameReader(text, old_unresolved, result).read();
 }

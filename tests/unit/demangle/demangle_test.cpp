@@ -1,5 +1,5 @@
-#include "common/demangle.h"
-#include "common/demangle_bound.h"
+#include "demangle/demangle.h"
+#include "demangle/demangle_bound.h"
 #include "tests/tools/scratch.h"
 
 #include <gtest/gtest.h>
