@@ -23,9 +23,9 @@
 #include <gtest/gtest.h>
 #include <iomanip>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -165,11 +165,10 @@ static void update(const fs::path& root, const file_tree& actual) {
         write_file(root / "expected/digests", digests);
 }
 
-static std::vector<std::string> case_names() {
-    std::vector<std::string> names;
+static std::set<std::string> case_names() {
+    std::set<std::string> names;
     for (const auto& entry : fs::directory_iterator(kCases))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
+        names.insert(entry.path().filename().string());
     return names;
 }
 
