@@ -11,27 +11,22 @@
 
 using words = std::vector<std::string>;
 
-/// One record as the text gives it.
+/// The header or a record as the text gives it.
 struct text_record {
     bool wide = false;                   ///< 64-bit counters
     std::map<std::string, words> fields; ///< what stands behind each key: its words, or the whole rest
 
-    const words& all(const std::string& key) const {
-        static const words kNone;
-        const auto found = fields.find(key);
-        return found == fields.end() ? kNone : found->second;
-    }
+    words all(const std::string& key) const { return fields.contains(key) ? fields.at(key) : words(); }
     std::string one(const std::string& key, const std::string& otherwise) const {
         return all(key).empty() ? otherwise : all(key)[0];
     }
 };
 
 struct text_profile {
-    std::uint64_t runs = 0, word = 0;
-    std::string text;
+    text_record header;
     bool any_order = false;
     std::vector<text_record> records;
-    std::vector<words> patches; ///< "TYPE PLACE VALUE" or "cut PLACE"
+    std::vector<words> patches; ///< "set TYPE PLACE VALUE" or "cut PLACE"
 };
 
 static std::uint64_t number(const std::string& token) {
@@ -50,56 +45,43 @@ static std::string rest_of(std::istringstream& line) {
     return rest;
 }
 
-static void read_header(std::istringstream& line, text_profile& profile) {
-    for (std::string key, value; line >> key;) {
-        if (key == "text") {
-            profile.text = rest_of(line);
-            return;
-        }
-        line >> value;
-        (key == "runs" ? profile.runs : profile.word) = number(value);
+static void read_words(std::istringstream& line, words& read) {
+    for (std::string word; line >> word;) {
+        if (word == "x" && !read.empty() && line >> word)
+            read.insert(read.end(), number(word) - 1, std::string(read.back()));
+        else
+            read.push_back(word);
     }
 }
 
-static void read_field(const std::string& key, std::istringstream& line, text_record& record) {
+/// False when the line is none of a profile.
+static bool read_line(std::istringstream& line, text_profile& profile) {
     static const std::set<std::string> kNames{"file", "function", "routine"},
         kWords{"blocks", "group2", "group3", "entry", "flags", "word", "address", "vtable", "version"};
-    words& values = record.fields[key];
-    if (kNames.contains(key))
-        values.push_back(rest_of(line));
-    else if (!kWords.contains(key))
-        throw std::runtime_error("unknown line \"" + key + "\"");
-    for (std::string word; line >> word;)
-        values.push_back(word);
-}
-
-static void read_line(const std::string& text, text_profile& profile) {
-    std::istringstream line(text);
     std::string key, word;
     line >> key;
     if (key.empty() || key[0] == '#')
-        return;
-    if (key == "header")
-        read_header(line, profile);
-    else if (key == "order")
-        profile.any_order = line >> word && word == "any";
-    else if (key == "record") {
-        line >> word;
-        if (word != "32" && word != "64")
-            throw std::runtime_error("unknown width \"" + word + "\"");
+        return true;
+    if (key == "header") {
+        while (line >> key && std::getline(line >> std::ws, word, key == "text" ? '\n' : ' '))
+            profile.header.fields[key] = {word};
+    } else if (key == "order") {
+        profile.any_order = rest_of(line) == "any";
+    } else if (key == "record") {
+        word = rest_of(line);
         profile.records.push_back({word == "64", {}});
+        return word == "32" || word == "64";
     } else if (key == "set" || key == "cut") {
-        words patch;
-        if (key == "cut")
-            patch.push_back(key);
-        while (line >> word)
-            patch.push_back(word);
-        patch.resize(3);
-        profile.patches.push_back(patch);
-    } else if (profile.records.empty())
-        throw std::runtime_error("unknown line \"" + key + "\"");
-    else
-        read_field(key, line, profile.records.back());
+        read_words(line, profile.patches.emplace_back(1, key));
+    } else if (profile.records.empty()) {
+        return false;
+    } else if (kNames.contains(key)) {
+        profile.records.back().fields[key].push_back(rest_of(line));
+    } else {
+        read_words(line, profile.records.back().fields[key]);
+        return kWords.contains(key);
+    }
+    return true;
 }
 
 static text_profile read_text(std::string_view text) {
@@ -108,11 +90,9 @@ static text_profile read_text(std::string_view text) {
     int line_number = 0;
     for (std::string line; std::getline(input, line);) {
         ++line_number;
-        try {
-            read_line(line, profile);
-        } catch (const std::runtime_error& error) {
-            throw std::runtime_error("line " + std::to_string(line_number) + ": " + error.what());
-        }
+        std::istringstream words_of_line(line);
+        if (!read_line(words_of_line, profile))
+            throw std::runtime_error("line " + std::to_string(line_number) + ": unknown: " + line);
     }
     return profile;
 }
@@ -135,15 +115,14 @@ static void put_counter(std::string& bytes, const std::string& count, bool wide)
 static void put_blocks(const words& blocks, bool wide, std::string& counters, std::string& positions) {
     for (const std::string& block : blocks) {
         const std::size_t colon = block.find(':'), equals = block.find('=');
-        if ((colon == std::string::npos) != (equals == std::string::npos))
-            throw std::runtime_error("neither COUNT nor LINE:COLUMN=COUNT: \"" + block + "\"");
-        if ((colon == std::string::npos) != (blocks[0].find(':') == std::string::npos))
-            throw std::runtime_error("blocks with and without a position in one record");
-        if (colon != std::string::npos) {
+        const bool placed = colon != block.npos;
+        if (placed != (equals != block.npos) || placed != (blocks[0].find(':') != block.npos))
+            throw std::runtime_error("all blocks are COUNT, or all are LINE:COLUMN=COUNT, but not: " + block);
+        if (placed) {
             put_bytes(positions, number(block.substr(0, colon)), 4);
             put_bytes(positions, number(block.substr(colon + 1, equals - colon - 1)), 4);
         }
-        put_counter(counters, block.substr(colon == std::string::npos ? 0 : equals + 1), wide);
+        put_counter(counters, block.substr(placed ? equals + 1 : 0), wide);
     }
 }
 
@@ -157,7 +136,7 @@ static std::string record_bytes(const text_record& record, std::string& strings,
         strings += text + '\0';
         return offset;
     };
-    const words &blocks = record.all("blocks"), &routines = record.all("routine");
+    const words blocks = record.all("blocks"), routines = record.all("routine");
     const words entries =
         record.fields.contains("entry") || blocks.empty() ? record.all("entry") : words{"0"};
     const std::string function = record.one("function", "");
@@ -195,45 +174,29 @@ static std::string record_bytes(const text_record& record, std::string& strings,
     put_bytes(head, string_at(function), width);
     put_bytes(head, field("address"), 8);
     put_bytes(head, field("vtable"), 8);
-    const words& vtable = record.all("vtable");
+    const words vtable = record.all("vtable");
     put_bytes(head, vtable.size() < 2 ? 0 : string_at(vtable[1]), width);
     return head + body + positions;
 }
 
-static std::size_t place_of(const std::string& place, const std::vector<std::size_t>& record_places) {
-    const std::size_t plus = place.find('+');
-    if (place.empty() || place[0] != 'r' || plus == std::string::npos)
-        return number(place);
-    return record_places.at(number(place.substr(1, plus - 1))) + number(place.substr(plus + 1));
-}
-
 static void apply(const words& patch, const std::vector<std::size_t>& record_places, std::string& bytes) {
-    const int width = patch[0] == "u8" ? 1 : patch[0] == "u32" ? 4 : patch[0] == "u64" ? 8 : 0;
-    if (width == 0 && patch[0] != "cut")
-        throw std::runtime_error("unknown type \"" + patch[0] + "\"");
-    const std::size_t place = place_of(patch[1], record_places);
-    if (place + static_cast<std::size_t>(width) > bytes.size())
-        throw std::runtime_error("\"" + patch[1] + "\" lies behind the end of the file");
-    if (width == 0)
-        return bytes.resize(place);
+    static const std::map<std::string, int> kWidths{{"u8", 1}, {"u32", 4}, {"u64", 8}};
+    const bool cut = patch[0] == "cut";
+    const std::string& at = patch.at(cut ? 1 : 2);
+    const std::size_t plus = at.find('+');
+    const std::size_t place =
+        at[0] == 'r' ? record_places.at(number(at.substr(1, plus - 1))) + number(at.substr(plus + 1))
+                     : number(at);
     std::string value;
-    put_bytes(value, number(patch[2]), width);
-    bytes.replace(place, value.size(), value);
-}
-
-static void check_order(const text_profile& profile) {
-    std::string last;
-    for (const text_record& record : profile.records) {
-        const std::string key = record.one("file", "") + "'" + record.one("function", "") + "'";
-        if (!profile.any_order && key < last)
-            throw std::runtime_error("record " + key + " is out of order");
-        last = key;
-    }
+    if (!cut)
+        put_bytes(value, number(patch.at(3)), kWidths.at(patch[1]));
+    if (place + value.size() > bytes.size())
+        throw std::runtime_error(at + " lies behind the end of the file");
+    bytes.replace(place, cut ? bytes.npos : value.size(), value);
 }
 
 std::string compile_profile_text(std::string_view text) {
     const text_profile profile = read_text(text);
-    check_order(profile);
 
     // The records are made twice: their sizes, and with them the place of the strings, come from the first
     // pass.
@@ -245,11 +208,17 @@ std::string compile_profile_text(std::string_view text) {
         strings.clear();
         record_places.clear();
         for (const std::uint64_t field :
-             {std::uint64_t{0xDC0B}, profile.runs, std::uint64_t{profile.records.size()}, profile.word})
+             {std::uint64_t{0xDC0B}, number(profile.header.one("runs", "0")),
+              std::uint64_t{profile.records.size()}, number(profile.header.one("word", "0"))})
             put_bytes(bytes, field, 4);
-        bytes += profile.text.substr(0, 511);
+        bytes += profile.header.one("text", "").substr(0, 511);
         bytes.resize(528, '\0');
+        std::string last;
         for (const text_record& record : profile.records) {
+            const std::string key = record.one("file", "") + "'" + record.one("function", "") + "'";
+            if (!profile.any_order && key < last)
+                throw std::runtime_error("record " + key + " is out of order");
+            last = key;
             record_places.push_back(bytes.size());
             bytes += record_bytes(record, strings, strings_at);
         }

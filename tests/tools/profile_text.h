@@ -5,12 +5,12 @@
 //
 //   header runs N [word N] [text REST-OF-LINE]   the file header; once, first
 //   order any                                    allow records that are not in key order
-//   record 32 | record 64                        begins a record of this counter width; the lines below fill
-//   it
+//   record 32 | record 64                        begins a record of this counter width, with these lines:
 //     file PATH                                  source-file name, to the end of the line
 //     function NAME                              key function name, to the end of the line
 //     blocks LINE:COLUMN=COUNT ...               block counters with positions; may be repeated
 //     blocks COUNT ...                           block counters of a record without line information
+//     blocks 7:1=5 x 1000                        a thousand times what stands in front of the "x"
 //     entry INDEX ...                            counters that hold the routines' entry counts; default: the
 //                                                first one, and none in a record without blocks
 //     routine NAME                               name of the next routine; default: the key function name
@@ -31,5 +31,5 @@
 #include <string>
 #include <string_view>
 
-/// The bytes of the profile that `text` describes. Throws std::runtime_error ("line N: what is wrong").
+/// The bytes of the profile that `text` describes. Throws a std::exception that says what is wrong.
 std::string compile_profile_text(std::string_view text);
