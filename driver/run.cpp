@@ -110,14 +110,6 @@ static void close_exports() {
     }
 }
 
-/// The first lines of the functions that order_func chained, ascending.
-static std::vector<std::int32_t> chained_lines() {
-    std::vector<std::int32_t> lines;
-    for (const COMP* comp = first_func_line; comp; comp = comp->nextByLine)
-        lines.push_back(comp->line);
-    return lines;
-}
-
 /// Marks and lists the source file that begins with `first`.
 static void process_module(COMP* first) {
     order_func(first);

@@ -52,7 +52,6 @@ static void reset_profiles() {
     PGOPTI_Tool_Set_Name(nullptr);
     componentList = first_func_line = nullptr;
     numComponents = 0;
-    funcs_by_line.clear();
 }
 
 static void reset_product() {
