@@ -1,6 +1,8 @@
 """What the measuring scripts share: building, running under GNU time, and the tables they print."""
 
 import atexit
+import contextlib
+import io
 import os
 import re
 import resource
@@ -16,7 +18,14 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUILD = os.path.join(ROOT, "build", "bench")
 VEXCOV = os.path.join(BUILD, "vexcov")
 IMPORT = os.path.join(BUILD, "vexcov-import")
+WRITE_FIGURES = os.path.join(ROOT, "scripts", "write-figures")
 GENERATE = os.path.join(BUILD, "bench", "generate_tree")
+
+
+# Whether the tables are to be put into bench/README.md, too.
+WRITE = "--write" in sys.argv[1:]
+if WRITE:
+    sys.argv.remove("--write")
 
 
 def work_folder():
@@ -170,3 +179,15 @@ def table(head, rows):
     print("|" + "|".join(["-" * (widths[0] + 2)] + ["-" * (width + 1) + ":" for width in widths[1:]]) + "|")
     for row in rows:
         line(row)
+
+
+@contextlib.contextmanager
+def figures(name):
+    """What is printed meanwhile are the figures of that name in bench/README.md, which become these with --write."""
+    text = io.StringIO()
+    with contextlib.redirect_stdout(text):
+        yield
+    print(text.getvalue(), flush=True)
+    if WRITE:
+        subprocess.run([WRITE_FIGURES, name, os.path.join(ROOT, "bench", "README.md")], input=text.getvalue(),
+                       text=True, check=True)
