@@ -1,0 +1,82 @@
+// From the programs of a build and the profiles of their runs to functions with counts.
+//
+// The result does not depend on the order of the files: the counters of all profiles are added up, and each
+// function is handed out once, whatever number of programs it was linked into.
+#pragma once
+
+#include "import/clang/counter_store.h"
+#include "import/clang/elf_file.h"
+#include "import/clang/file_tables.h"
+#include "import/clang/function_records.h"
+#include "import/clang_export.h"
+
+#include <functional>
+#include <set>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+class clang_join {
+  public:
+    /// Adds what follows as a new input: a program, an object file or an archive. `input` names it in
+    /// messages.
+    void begin_input(const std::string& input);
+
+    /// Adds an object of the current input. Throws input_error where its sections are damaged.
+    void add_object(const mapped_sections& object);
+
+    /// Adds a profile, the bytes of its file. Throws input_error where it is damaged or not supported.
+    void add_profile(std::string_view file);
+
+    /// Whether programs lost the names of their functions. Profiles have them, too, and are read again for
+    /// that.
+    bool lacks_names() const { return records_.nameless() != 0; }
+
+    /// Takes names from a profile, the bytes of its file.
+    void add_names(std::string_view file);
+
+    /// The build IDs in the profiles, which tell what programs they are of.
+    const std::set<std::string>& profiled_ids() const { return profiled_ids_; }
+
+    /// Whether no object was added.
+    bool without_objects() const { return records_.records().empty(); }
+
+    /// Calls `on_function` for each function, with the first input that it is in. The function object is
+    /// `*memory`. Then writes the warnings about what did not fit together. Damaged records end the run with
+    /// a message.
+    void hand_out(const std::function<void(const export_function&, const std::string& input)>& on_function,
+                  export_function* memory);
+
+  private:
+    struct input {
+        std::string name;
+        std::set<std::string> ids;          ///< build IDs
+        std::vector<std::uint32_t> records; ///< of `records_`
+    };
+
+    /// Names are hashes and lists of files are dense, so that their mix is a fair hash.
+    struct pair_hash {
+        std::size_t operator()(const std::pair<std::uint64_t, std::uint32_t>& of) const {
+            return (of.first ^ of.second) * 0x9e3779b97f4a7c15U;
+        }
+    };
+
+    bool is_wanted(const function_record& record) const;
+    void name_files(const function_record& record, export_function* function) const;
+    bool join(const function_record& record, export_function* function);
+    bool decode(const function_record& record, const function_counters& counters, export_function* function);
+    void note_mismatch(const function_record& record);
+    void print_warnings() const;
+
+    source_files files_;
+    function_records records_;
+    counter_store counters_;
+    std::vector<input> inputs_;
+    std::set<std::string> profiled_ids_;
+    mapping_decoder decoder_;
+    std::unordered_set<std::pair<std::uint64_t, std::uint32_t>, pair_hash>
+        handed_out_;               ///< name and list of files
+    std::uint64_t mismatched_ = 0; ///< functions that the profiles know from another build
+    std::string first_mismatched_;
+};

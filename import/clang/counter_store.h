@@ -1,0 +1,64 @@
+// The counters of all profiles, added up. A function is known by the hash of its name and that of its
+// structure.
+#pragma once
+
+#include "import/clang/function_mapping.h"
+
+#include <cstdint>
+#include <limits>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+class counter_store {
+  public:
+    /// The counters of a function, to which a profile's are added; zero when the function is new. Null when
+    /// it is known with another number of counters: it is left out then, and counted. Valid until the next
+    /// call.
+    std::uint64_t* counters_of(std::uint64_t name, std::uint64_t structure, std::size_t number);
+
+    /// Whether any function has the name.
+    bool knows(std::uint64_t name) const { return names_.contains(name); }
+
+    /// The counters of a function; null data: it is not known.
+    function_counters find(std::uint64_t name, std::uint64_t structure) const;
+
+    bool empty() const { return entries_.empty(); }
+
+    /// How often a function was left out.
+    std::uint64_t different() const { return different_; }
+
+  private:
+    struct identity {
+        std::uint64_t name;
+        std::uint64_t structure;
+        bool operator==(const identity&) const = default;
+    };
+    struct identity_hash {
+        std::size_t operator()(const identity& of) const {
+            const std::size_t mixed = (of.name ^ of.structure) * 0x9e3779b97f4a7c15U;
+            return mixed ^ (mixed >> 32);
+        }
+    };
+    struct entry {
+        identity id;
+        std::size_t begin; ///< in `counters_`
+        std::size_t number;
+    };
+
+    std::size_t entry_of(const identity& id, std::size_t number);
+
+    std::vector<entry> entries_;
+    std::vector<std::uint64_t> counters_;
+    std::unordered_map<identity, std::size_t, identity_hash> indices_; ///< into `entries_`
+    std::unordered_set<std::uint64_t> names_;
+    std::size_t expected_ =
+        0; ///< where the next function likely is: the profiles of a program have one order
+    std::uint64_t different_ = 0;
+};
+
+/// Adds to a counter, which stays at its limit. Three values above it have meanings in the profiles.
+inline void add_to_counter(std::uint64_t* counter, std::uint64_t value) {
+    constexpr std::uint64_t limit = std::numeric_limits<std::uint64_t>::max() - 2;
+    *counter = *counter > limit || value > limit - *counter ? limit : *counter + value;
+}

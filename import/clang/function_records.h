@@ -1,0 +1,89 @@
+// The functions of all programs, each once: the same function is in every program that it is linked into.
+//
+//   section   records, each at a multiple of 8; those of a linked program are in one section, those of an
+//   object file in one
+//             each
+//   record    u64 hash of the name, u32 size of the mapping, u64 hash of the structure, u64 key of the file
+//   table, the
+//             mapping (function_mapping.h); fields are not aligned
+#pragma once
+
+#include "import/clang/file_tables.h"
+#include "import/clang/function_mapping.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+/// A function as its program describes it.
+struct function_record {
+    std::uint64_t name;      ///< hash of it
+    std::uint64_t structure; ///< hash of the source text's structure, the same in the profile
+    std::uint32_t files;     ///< list of source_files
+    std::uint32_t input;     ///< the first program that has it, as its caller counts
+    bool unused;             ///< seen and not used by its translation unit: no counters stand for it
+    std::size_t begin;       ///< of the mapping behind its files
+    std::size_t size;
+};
+
+class function_records {
+  public:
+    /// Adds the records of an object's section with the tables that `files` holds for it. Returns the numbers
+    /// of its functions in the order in which llvm-cov has them: one for each name, in the place of the first
+    /// record of that name, and not of an unused function where there is another. Throws input_error where
+    /// the section is damaged.
+    std::vector<std::uint32_t> add(std::string_view section, source_files* files, std::uint32_t input);
+
+    const std::vector<function_record>& records() const { return records_; }
+    std::string_view mapping(const function_record& record) const {
+        return std::string_view(mappings_).substr(record.begin, record.size);
+    }
+
+    /// Whether a record that is not of an unused function has the name.
+    bool is_used(std::uint64_t name) const { return names_.at(name).used; }
+
+    /// Takes `name` as that of the records with its hash; others are of no interest.
+    void set_name(std::uint64_t hash, std::string_view name);
+
+    /// The name of a hash that a record has; empty as long as it is not known.
+    std::string_view name(std::uint64_t hash) const;
+
+    /// How many names of records are not known yet.
+    std::size_t nameless() const { return nameless_; }
+
+  private:
+    struct identity {
+        std::uint64_t name;
+        std::uint64_t structure;
+        std::uint32_t files;
+        bool operator==(const identity&) const = default;
+    };
+    struct identity_hash {
+        std::size_t operator()(const identity& of) const {
+            const std::size_t mixed = (of.name ^ of.structure) * 0x9e3779b97f4a7c15U;
+            return (mixed ^ (mixed >> 32) ^ of.files) * 0x9e3779b97f4a7c15U;
+        }
+    };
+    struct function_name {
+        std::size_t begin = 0; ///< in `texts_`
+        std::size_t size = 0;  ///< 0: is not known
+        bool used = false;
+        std::uint32_t object = 0; ///< the last one with a record of it, counted from 1
+        std::size_t place = 0;    ///< of the record in that object
+    };
+
+    std::uint32_t add_record(const identity& id, std::string_view mapping, bool unused, std::uint32_t input);
+    void place_record(std::uint32_t record, std::vector<std::uint32_t>* object);
+
+    std::vector<function_record> records_;
+    std::unordered_map<identity, std::uint32_t, identity_hash> known_[2]; ///< used functions, and unused ones
+    std::unordered_map<std::uint64_t, function_name> names_;              ///< by their hashes
+    std::string mappings_;                                                ///< one behind the other
+    std::string texts_;                                                   ///< names, one behind the other
+    std::size_t nameless_ = 0;
+    std::uint32_t objects_ = 0;
+    mapping_files head_;                ///< of the record being read; kept for its memory, as is the next
+    std::vector<std::uint32_t> listed_; ///< its files
+};
