@@ -20,9 +20,26 @@ void clang_join::add_object(const mapped_sections& object) {
     const std::vector<std::uint32_t> added =
         records_.add(object.functions, &files_, static_cast<std::uint32_t>(inputs_.size() - 1));
     current.records.insert(current.records.end(), added.begin(), added.end());
-    if (lacks_names())
-        for_each_name(object.names,
-                      [this](std::string_view name) { records_.set_name(name_hash(name), name); });
+    read_names(object.names);
+}
+
+/// A function of the standard library, which is mostly included as a system header and has no mapping then.
+static bool is_of_library(std::string_view name) {
+    return name.starts_with("_ZNSt") || name.starts_with("_ZNKSt") || name.starts_with("_ZSt");
+}
+
+/// Most of the time goes into hashes: those of the library's names, most of all, are taken only when a name
+/// is missing.
+void clang_join::read_names(std::string_view section) {
+    for (const bool of_library : {false, true}) {
+        if (!lacks_names())
+            return;
+        for_each_name(section, [&](std::string_view name) {
+            if (is_of_library(name) == of_library)
+                records_.set_name(name_hash(name), name);
+            return lacks_names();
+        });
+    }
 }
 
 void clang_join::add_profile(std::string_view file) {
@@ -34,13 +51,12 @@ void clang_join::add_profile(std::string_view file) {
 
 void clang_join::add_names(std::string_view file) {
     counter_store ignored;
-    const auto take = [this](std::string_view name) { records_.set_name(name_hash(name), name); };
     if (is_indexed_profile(file))
         return read_indexed_profile(file, &ignored, [this](std::uint64_t hash, std::string_view name) {
             records_.set_name(hash, name);
         });
-    read_raw_profile(file, {&ignored, [](std::string_view) {},
-                            [&](std::string_view section) { for_each_name(section, take); }});
+    read_raw_profile(
+        file, {&ignored, [](std::string_view) {}, [this](std::string_view section) { read_names(section); }});
 }
 
 /// Translation units that saw a function and did not use it describe it, too, as one region without a
@@ -85,19 +101,33 @@ bool clang_join::decode(const function_record& record, const function_counters& 
     }
 }
 
-/// Whether the function that `record` describes is to be handed out; `*function` is it then.
-bool clang_join::join(const function_record& record, export_function* function) {
+static std::uint64_t hash_of(const function_record& record) {
+    return mix_hash(record.name, record.files);
+}
+
+/// By this record or by another one of the same name and files: it is in another program.
+bool clang_join::was_handed_out(const function_record& record) const {
+    const auto is_same = [&](std::uint32_t number) {
+        const function_record& other = records_.records()[number];
+        return other.name == record.name && other.files == record.files;
+    };
+    return handed_out_.find(hash_of(record), is_same) != hash_index::kNone;
+}
+
+/// Whether the function that a record describes is to be handed out; `*function` is it then.
+bool clang_join::join(std::uint32_t number, export_function* function) {
+    const function_record& record = records_.records()[number];
     if (!is_wanted(record))
         return false;
     const function_counters counters = counters_.find(record.name, record.structure);
     const bool other_build = !counters.data && counters_.knows(record.name);
-    if (!other_build && handed_out_.contains({record.name, record.files}))
+    if (!other_build && was_handed_out(record))
         return false;
     if (other_build || !decode(record, counters, function)) {
         note_mismatch(record);
         return false;
     }
-    handed_out_.insert({record.name, record.files});
+    handed_out_.add(hash_of(record), number);
     name_files(record, function);
     return true;
 }
@@ -108,7 +138,7 @@ void clang_join::hand_out(
     std::vector<bool> done(records_.records().size());
     for (const input& each : inputs_) {
         for (const std::uint32_t record : each.records) {
-            if (!done[record] && join(records_.records()[record], memory))
+            if (!done[record] && join(record, memory))
                 on_function(*memory, each.name);
             done[record] = true;
         }

@@ -8,13 +8,12 @@
 #include "import/clang/elf_file.h"
 #include "import/clang/file_tables.h"
 #include "import/clang/function_records.h"
+#include "import/clang/hash_index.h"
 #include "import/clang_export.h"
 
 #include <functional>
 #include <set>
 #include <string>
-#include <unordered_set>
-#include <utility>
 #include <vector>
 
 class clang_join {
@@ -55,16 +54,11 @@ class clang_join {
         std::vector<std::uint32_t> records; ///< of `records_`
     };
 
-    /// Names are hashes and lists of files are dense, so that their mix is a fair hash.
-    struct pair_hash {
-        std::size_t operator()(const std::pair<std::uint64_t, std::uint32_t>& of) const {
-            return (of.first ^ of.second) * 0x9e3779b97f4a7c15U;
-        }
-    };
-
+    void read_names(std::string_view section);
     bool is_wanted(const function_record& record) const;
     void name_files(const function_record& record, export_function* function) const;
-    bool join(const function_record& record, export_function* function);
+    bool was_handed_out(const function_record& record) const;
+    bool join(std::uint32_t number, export_function* function);
     bool decode(const function_record& record, const function_counters& counters, export_function* function);
     void note_mismatch(const function_record& record);
     void print_warnings() const;
@@ -75,8 +69,7 @@ class clang_join {
     std::vector<input> inputs_;
     std::set<std::string> profiled_ids_;
     mapping_decoder decoder_;
-    std::unordered_set<std::pair<std::uint64_t, std::uint32_t>, pair_hash>
-        handed_out_;               ///< name and list of files
+    hash_index handed_out_;        ///< records by their names and lists of files
     std::uint64_t mismatched_ = 0; ///< functions that the profiles know from another build
     std::string first_mismatched_;
 };

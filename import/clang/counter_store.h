@@ -3,11 +3,10 @@
 #pragma once
 
 #include "import/clang/function_mapping.h"
+#include "import/clang/hash_index.h"
 
 #include <cstdint>
 #include <limits>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 class counter_store {
@@ -18,7 +17,9 @@ class counter_store {
     std::uint64_t* counters_of(std::uint64_t name, std::uint64_t structure, std::size_t number);
 
     /// Whether any function has the name.
-    bool knows(std::uint64_t name) const { return names_.contains(name); }
+    bool knows(std::uint64_t name) const {
+        return names_.find(name, [](std::uint32_t) { return true; }) != hash_index::kNone;
+    }
 
     /// The counters of a function; null data: it is not known.
     function_counters find(std::uint64_t name, std::uint64_t structure) const;
@@ -34,25 +35,20 @@ class counter_store {
         std::uint64_t structure;
         bool operator==(const identity&) const = default;
     };
-    struct identity_hash {
-        std::size_t operator()(const identity& of) const {
-            const std::size_t mixed = (of.name ^ of.structure) * 0x9e3779b97f4a7c15U;
-            return mixed ^ (mixed >> 32);
-        }
-    };
-    struct entry {
+    struct function {
         identity id;
         std::size_t begin; ///< in `counters_`
         std::size_t number;
     };
 
-    std::size_t entry_of(const identity& id, std::size_t number);
+    std::uint32_t find_entry(const identity& id) const;
+    std::uint32_t entry_of(const identity& id, std::size_t number);
 
-    std::vector<entry> entries_;
+    std::vector<function> entries_;
     std::vector<std::uint64_t> counters_;
-    std::unordered_map<identity, std::size_t, identity_hash> indices_; ///< into `entries_`
-    std::unordered_set<std::uint64_t> names_;
-    std::size_t expected_ =
+    hash_index indices_; ///< of `entries_`
+    hash_index names_;   ///< an entry for each name
+    std::uint32_t expected_ =
         0; ///< where the next function likely is: the profiles of a program have one order
     std::uint64_t different_ = 0;
 };

@@ -9,7 +9,6 @@
 constexpr std::uint32_t kOldestVersion = 4;
 constexpr std::uint32_t kDirectoryVersion = 6; ///< first one with the directory of the compilation
 constexpr std::uint32_t kNewestVersion = 7;
-constexpr std::uint32_t kNone = 0xffffffff;
 
 std::string normal_source_name(std::string_view directory, std::string_view name) {
     std::string whole;
@@ -107,14 +106,15 @@ const file_table* source_files::table(std::uint64_t key) const {
 std::uint32_t source_files::list_number(const std::vector<std::uint32_t>& files) {
     std::uint64_t hash = files.size();
     for (const std::uint32_t file : files)
-        hash = (hash ^ file) * 0x9e3779b97f4a7c15U + (hash >> 29);
-    const auto head = first_list_.emplace(hash, kNone).first;
-    for (std::uint32_t i = head->second; i != kNone; i = lists_[i].next) {
-        if (std::equal(files.begin(), files.end(), list(i), list(i) + lists_[i].size))
-            return i;
-    }
-    lists_.push_back({listed_.size(), static_cast<std::uint32_t>(files.size()), head->second});
+        hash = mix_hash(hash, file);
+    const std::uint32_t known = list_indices_.find(hash, [&](std::uint32_t number) {
+        return std::equal(files.begin(), files.end(), list(number), list(number) + lists_[number].size);
+    });
+    if (known != hash_index::kNone)
+        return known;
+    const std::uint32_t added = static_cast<std::uint32_t>(lists_.size());
+    list_indices_.add(hash, added);
+    lists_.push_back({listed_.size(), static_cast<std::uint32_t>(files.size())});
     listed_.insert(listed_.end(), files.begin(), files.end());
-    head->second = static_cast<std::uint32_t>(lists_.size() - 1);
-    return head->second;
+    return added;
 }

@@ -11,6 +11,8 @@
 // index all the same.
 #pragma once
 
+#include "import/clang/hash_index.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -34,7 +36,7 @@ class source_files {
     std::uint32_t list_number(const std::vector<std::uint32_t>& files);
 
     /// A list by its number; valid until the next list is added.
-    const std::uint32_t* list(std::uint32_t number) const { return &listed_[lists_[number].begin]; }
+    const std::uint32_t* list(std::uint32_t number) const { return listed_.data() + lists_[number].begin; }
     std::uint32_t list_size(std::uint32_t number) const { return lists_[number].size; }
 
     const std::string& name(std::uint32_t file) const { return *names_[file]; }
@@ -43,7 +45,6 @@ class source_files {
     struct file_list {
         std::size_t begin; ///< in `listed_`
         std::uint32_t size;
-        std::uint32_t next; ///< list of the same hash
     };
 
     const file_table* decode(std::string_view packed, std::uint64_t key, bool has_directory);
@@ -56,7 +57,7 @@ class source_files {
     std::vector<const std::string*> names_; ///< of the files by number
     std::vector<std::uint32_t> listed_;
     std::vector<file_list> lists_;
-    std::unordered_map<std::uint64_t, std::uint32_t> first_list_; ///< hash -> list
+    hash_index list_indices_;
 };
 
 /// `name`, from `directory` on when it is relative, without "." and "..".

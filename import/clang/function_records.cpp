@@ -2,22 +2,34 @@
 
 #include "import/clang/byte_reader.h"
 
-std::uint32_t function_records::add_record(const identity& id, std::string_view mapping, bool unused,
-                                           std::uint32_t input) {
-    const auto [entry, added] =
-        known_[unused ? 1 : 0].emplace(id, static_cast<std::uint32_t>(records_.size()));
-    if (!added)
-        return entry->second;
-    records_.push_back({id.name, id.structure, id.files, input, unused, mappings_.size(), mapping.size()});
+/// The number of the record, which may be there already; `mapping` is what it has behind its files.
+std::uint32_t function_records::add_record(const function_record& record, std::string_view mapping) {
+    const std::uint64_t hash = mix_hash(mix_hash(record.name, record.structure), record.files);
+    const std::uint32_t known = record_indices_.find(hash, [&](std::uint32_t index) {
+        const function_record& other = records_[index];
+        return other.name == record.name && other.structure == record.structure &&
+               other.files == record.files && other.unused == record.unused;
+    });
+    if (known != hash_index::kNone)
+        return known;
+    const std::uint32_t added = static_cast<std::uint32_t>(records_.size());
+    record_indices_.add(hash, added);
+    records_.push_back(record);
+    records_.back().begin = mappings_.size();
+    records_.back().size = mapping.size();
     mappings_ += mapping;
-    const auto [name, first] = names_.try_emplace(id.name);
-    name->second.used = name->second.used || !unused;
-    nameless_ += first ? 1 : 0;
-    return entry->second;
+    if (name_index(record.name) == hash_index::kNone) {
+        name_indices_.add(record.name, static_cast<std::uint32_t>(names_.size()));
+        names_.emplace_back();
+        ++nameless_;
+    }
+    function_name& name = names_[name_index(record.name)];
+    name.used = name.used || !record.unused;
+    return added;
 }
 
 void function_records::place_record(std::uint32_t record, std::vector<std::uint32_t>* object) {
-    function_name& name = names_.at(records_[record].name);
+    function_name& name = names_[name_index(records_[record].name)];
     if (name.object != objects_) {
         name.object = objects_;
         name.place = object->size();
@@ -35,10 +47,11 @@ std::vector<std::uint32_t> function_records::add(std::string_view section, sourc
     std::uint64_t table_key = 0;
     byte_reader reader(section);
     for (; !reader.empty(); reader.align_8()) {
-        identity id = {};
-        id.name = reader.u64();
+        function_record record = {};
+        record.input = input;
+        record.name = reader.u64();
         const std::uint32_t size = reader.u32();
-        id.structure = reader.u64();
+        record.structure = reader.u64();
         const std::uint64_t key = reader.u64();
         const std::string_view mapping = reader.bytes(size);
         if (!table || key != table_key) // functions of one translation unit often stand together
@@ -53,24 +66,24 @@ std::vector<std::uint32_t> function_records::add(std::string_view section, sourc
                 throw input_error("has damaged coverage mapping: a source file is missing");
             listed_.push_back((*table)[static_cast<std::size_t>(index)]);
         }
-        id.files = files->list_number(listed_);
-        const bool unused = id.structure == 0 && is_unused_function(mapping, head_);
-        place_record(add_record(id, mapping.substr(head_.end), unused, input), &object);
+        record.files = files->list_number(listed_);
+        record.unused = record.structure == 0 && is_unused_function(mapping, head_);
+        place_record(add_record(record, mapping.substr(head_.end)), &object);
     }
     return object;
 }
 
 void function_records::set_name(std::uint64_t hash, std::string_view name) {
-    const auto found = names_.find(hash);
-    if (found == names_.end() || found->second.size != 0 || name.empty())
+    const std::uint32_t index = name_index(hash);
+    if (index == hash_index::kNone || names_[index].size != 0 || name.empty())
         return;
-    found->second.begin = texts_.size();
-    found->second.size = name.size();
+    names_[index].begin = texts_.size();
+    names_[index].size = name.size();
     texts_ += name;
     --nameless_;
 }
 
 std::string_view function_records::name(std::uint64_t hash) const {
-    const function_name& of = names_.at(hash);
+    const function_name& of = names_[name_index(hash)];
     return std::string_view(texts_).substr(of.begin, of.size);
 }

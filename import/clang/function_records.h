@@ -10,11 +10,11 @@
 
 #include "import/clang/file_tables.h"
 #include "import/clang/function_mapping.h"
+#include "import/clang/hash_index.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 /// A function as its program describes it.
@@ -42,7 +42,7 @@ class function_records {
     }
 
     /// Whether a record that is not of an unused function has the name.
-    bool is_used(std::uint64_t name) const { return names_.at(name).used; }
+    bool is_used(std::uint64_t name) const { return names_[name_index(name)].used; }
 
     /// Takes `name` as that of the records with its hash; others are of no interest.
     void set_name(std::uint64_t hash, std::string_view name);
@@ -54,18 +54,6 @@ class function_records {
     std::size_t nameless() const { return nameless_; }
 
   private:
-    struct identity {
-        std::uint64_t name;
-        std::uint64_t structure;
-        std::uint32_t files;
-        bool operator==(const identity&) const = default;
-    };
-    struct identity_hash {
-        std::size_t operator()(const identity& of) const {
-            const std::size_t mixed = (of.name ^ of.structure) * 0x9e3779b97f4a7c15U;
-            return (mixed ^ (mixed >> 32) ^ of.files) * 0x9e3779b97f4a7c15U;
-        }
-    };
     struct function_name {
         std::size_t begin = 0; ///< in `texts_`
         std::size_t size = 0;  ///< 0: is not known
@@ -74,14 +62,18 @@ class function_records {
         std::size_t place = 0;    ///< of the record in that object
     };
 
-    std::uint32_t add_record(const identity& id, std::string_view mapping, bool unused, std::uint32_t input);
+    std::uint32_t name_index(std::uint64_t hash) const {
+        return name_indices_.find(hash, [](std::uint32_t) { return true; });
+    }
+    std::uint32_t add_record(const function_record& record, std::string_view mapping);
     void place_record(std::uint32_t record, std::vector<std::uint32_t>* object);
 
     std::vector<function_record> records_;
-    std::unordered_map<identity, std::uint32_t, identity_hash> known_[2]; ///< used functions, and unused ones
-    std::unordered_map<std::uint64_t, function_name> names_;              ///< by their hashes
-    std::string mappings_;                                                ///< one behind the other
-    std::string texts_;                                                   ///< names, one behind the other
+    hash_index record_indices_;
+    std::vector<function_name> names_;
+    hash_index name_indices_; ///< by the hashes of the names
+    std::string mappings_;    ///< one behind the other
+    std::string texts_;       ///< names, one behind the other
     std::size_t nameless_ = 0;
     std::uint32_t objects_ = 0;
     mapping_files head_;                ///< of the record being read; kept for its memory, as is the next

@@ -10,6 +10,6 @@
 #include <functional>
 #include <string_view>
 
-/// Calls `on_name` for each name of a section; the view is valid during the call. Throws input_error where
-/// the section is damaged.
-void for_each_name(std::string_view section, const std::function<void(std::string_view)>& on_name);
+/// Calls `on_name` for each name of a section until it returns false; the view is valid during the call.
+/// Throws input_error where the section is damaged.
+void for_each_name(std::string_view section, const std::function<bool(std::string_view)>& on_name);
