@@ -7,6 +7,7 @@
 #include "import/import_message.h"
 
 #include <algorithm>
+#include <iterator>
 
 void clang_join::begin_input(const std::string& name) {
     inputs_.push_back({name, {}, {}});
@@ -72,13 +73,6 @@ bool clang_join::is_wanted(const function_record& record) const {
     return counters.data && counters.size != 0 && counters.data[0] == 0;
 }
 
-void clang_join::note_mismatch(const function_record& record) {
-    if (record.unused)
-        return;
-    if (mismatched_++ == 0)
-        first_mismatched_ = records_.name(record.name);
-}
-
 void clang_join::name_files(const function_record& record, export_function* function) const {
     function->filenames.clear();
     const std::uint32_t* const files = files_.list(record.files);
@@ -124,10 +118,12 @@ bool clang_join::join(std::uint32_t number, export_function* function) {
     if (!other_build && was_handed_out(record))
         return false;
     if (other_build || !decode(record, counters, function)) {
-        note_mismatch(record);
+        if (!record.unused)
+            mismatched_.push_back(number);
         return false;
     }
     handed_out_.add(hash_of(record), number);
+    records_.set_matched(record.name);
     name_files(record, function);
     return true;
 }
@@ -146,6 +142,17 @@ void clang_join::hand_out(
     print_warnings();
 }
 
+/// Where another function of the name fits its counts, they are of that one: each program has a main.
+void clang_join::warn_of_mismatches() const {
+    std::vector<std::uint32_t> left;
+    std::copy_if(mismatched_.begin(), mismatched_.end(), std::back_inserter(left),
+                 [&](std::uint32_t i) { return !records_.is_matched(records_.records()[i].name); });
+    if (!left.empty())
+        import_warning("%zu functions do not fit their counts and were left out, the first is \"%s\"; "
+                       "was the program built again after the run?",
+                       left.size(), printable(records_.name(records_.records()[left[0]].name)).c_str());
+}
+
 void clang_join::print_warnings() const {
     bool same_build = false;
     bool has_ids = false;
@@ -162,10 +169,7 @@ void clang_join::print_warnings() const {
     if (has_ids && !profiled_ids_.empty() && !same_build)
         import_warning(
             "the profiles are of another build than the programs: they have no build ID in common");
-    if (mismatched_ != 0)
-        import_warning("%llu functions do not fit their counts and were left out, the first is \"%s\"; "
-                       "was the program built again after the run?",
-                       static_cast<unsigned long long>(mismatched_), printable(first_mismatched_).c_str());
+    warn_of_mismatches();
     if (counters_.different() != 0)
         import_warning("%llu times a function came with another number of counts; the first was kept",
                        static_cast<unsigned long long>(counters_.different()));

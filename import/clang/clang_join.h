@@ -60,7 +60,7 @@ class clang_join {
     bool was_handed_out(const function_record& record) const;
     bool join(std::uint32_t number, export_function* function);
     bool decode(const function_record& record, const function_counters& counters, export_function* function);
-    void note_mismatch(const function_record& record);
+    void warn_of_mismatches() const;
     void print_warnings() const;
 
     source_files files_;
@@ -69,7 +69,6 @@ class clang_join {
     std::vector<input> inputs_;
     std::set<std::string> profiled_ids_;
     mapping_decoder decoder_;
-    hash_index handed_out_;        ///< records by their names and lists of files
-    std::uint64_t mismatched_ = 0; ///< functions that the profiles know from another build
-    std::string first_mismatched_;
+    hash_index handed_out_;                 ///< records by their names and lists of files
+    std::vector<std::uint32_t> mismatched_; ///< records whose names the profiles know from other functions
 };

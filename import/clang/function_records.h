@@ -44,6 +44,10 @@ class function_records {
     /// Whether a record that is not of an unused function has the name.
     bool is_used(std::uint64_t name) const { return names_[name_index(name)].used; }
 
+    /// Marks a name as one that some record fits its counts by, and tells whether it was marked.
+    void set_matched(std::uint64_t name) { names_[name_index(name)].matched = true; }
+    bool is_matched(std::uint64_t name) const { return names_[name_index(name)].matched; }
+
     /// Takes `name` as that of the records with its hash; others are of no interest.
     void set_name(std::uint64_t hash, std::string_view name);
 
@@ -58,6 +62,7 @@ class function_records {
         std::size_t begin = 0; ///< in `texts_`
         std::size_t size = 0;  ///< 0: is not known
         bool used = false;
+        bool matched = false;
         std::uint32_t object = 0; ///< the last one with a record of it, counted from 1
         std::size_t place = 0;    ///< of the record in that object
     };

@@ -31,7 +31,8 @@ constexpr std::size_t kCountersAt = 16; ///< in every record
 
 constexpr std::uint64_t kOldest = 5;
 constexpr std::uint64_t kNeverReleased = 6;
-constexpr std::uint64_t kRelative = 8; ///< first version with addresses from the record on
+constexpr std::uint64_t kRelative = 8;    ///< first version with addresses from the record on
+constexpr std::uint64_t kCompleteIds = 8; ///< before, GNU ld let programs go without, but not libraries
 constexpr std::uint64_t kNewest = 10;
 
 /// One profile of a file.
@@ -100,7 +101,8 @@ void profile_reader::read_ids() {
     while (!ids.empty()) {
         const std::string_view id = ids.bytes(ids.u64());
         ids.align_8();
-        sinks_.on_id(id);
+        if (version_ >= kCompleteIds)
+            sinks_.on_id(id);
     }
 }
 

@@ -50,7 +50,7 @@ bool is_raw_profile(std::string_view start);
 /// What is read of raw profiles.
 struct raw_profile_sinks {
     counter_store* counters;                        ///< gets the counters added
-    std::function<void(std::string_view)> on_id;    ///< called for each build ID
+    std::function<void(std::string_view)> on_id;    ///< called for each build ID, from version 8 on
     std::function<void(std::string_view)> on_names; ///< called for each section of names (profile_names.h)
 };
 
