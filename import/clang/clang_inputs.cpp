@@ -75,6 +75,8 @@ bool clang_inputs::take(const std::string& path) {
     if (kind == file_kind::foreign_program)
         import_error("%s is a program of a kind that is not supported; give the output of llvm-cov export",
                      printable(path).c_str());
+    if (kind == file_kind::other && fs::path(path).extension() == ".proftext")
+        import_error("%s is a profile as text; give the raw or merged profile", printable(path).c_str());
     if (kind == file_kind::profile || (kind == file_kind::empty && is_profile_name(path))) {
         profiles_.push_back(path);
         return true;

@@ -55,8 +55,18 @@ void join_reader::read_archive(file_bytes* file, const std::string& path) {
                                "-fprofile-instr-generate -fcoverage-mapping");
 }
 
-void join_reader::read_object(const file_part& file, const std::string& path) {
-    const mapped_sections sections = read_mapped_sections(file);
+void join_reader::read_object(const file_part& file, const std::string& path, bool named) {
+    mapped_sections sections;
+    try {
+        sections = read_mapped_sections(file);
+    } catch (const not_instrumented&) {
+        throw;
+    } catch (const input_error& error) {
+        if (named)
+            throw;
+        import_warning("%s %s; it is passed over", printable(path).c_str(), error.what());
+        return;
+    }
     join_.begin_input(path);
     join_.add_object(sections);
 }
@@ -67,7 +77,7 @@ void join_reader::read_program(const std::string& path, bool named) {
         if (kind_of(&file) == file_kind::archive)
             read_archive(&file, path);
         else
-            read_object(file_part(&file, 0, file.size()), path);
+            read_object(file_part(&file, 0, file.size()), path, named);
     } catch (const not_instrumented& error) {
         if (named)
             refuse(path, error);

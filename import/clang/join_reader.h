@@ -29,7 +29,7 @@ class join_reader {
     clang_join& join() { return join_; }
 
   private:
-    void read_object(const file_part& file, const std::string& path);
+    void read_object(const file_part& file, const std::string& path, bool named);
     void read_archive(file_bytes* file, const std::string& path);
 
     clang_join join_;
