@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <optional>
 
 constexpr std::size_t kMagicSize = 8;
 constexpr std::size_t kHeaderSize = 60;
@@ -62,12 +63,13 @@ void archive_reader::open_thin_member(
     const std::string& name,
     const std::function<void(const file_part&, const std::string& name)>& on_member) const {
     const std::filesystem::path directory = std::filesystem::path(path_).parent_path();
+    std::optional<file_bytes> member;
     try {
-        file_bytes member((directory / name).string());
-        on_member(file_part(&member, 0, member.size()), name);
+        member.emplace((directory / name).string());
     } catch (const input_error& error) {
-        throw input_error("its member " + name + " " + error.what());
+        throw input_error("lists a member " + name + " that " + error.what());
     }
+    on_member(file_part(&*member, 0, member->size()), name);
 }
 
 void archive_reader::read(const std::function<void(const file_part&, const std::string& name)>& on_member) {
