@@ -19,9 +19,11 @@ std::vector<std::string> files_below(const std::string& directory) {
     std::error_code error;
     fs::recursive_directory_iterator entry(directory, fs::directory_options::skip_permission_denied, error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        std::error_code ignored;
-        if (entry->symlink_status(ignored).type() == fs::file_type::regular)
+        const fs::file_type type = entry->symlink_status(error).type();
+        if (type == fs::file_type::regular)
             files.push_back(entry->path().string());
+        if (error)
+            break;
     }
     if (error)
         import_error("cannot search %s: %s", printable(directory).c_str(), error.message().c_str());
@@ -39,8 +41,10 @@ void clang_inputs::search(const std::string& directory) {
         try {
             file_bytes file(path);
             kind = kind_of(&file);
-        } catch (const input_error&) {
+        } catch (const not_of_interest&) {
             continue; // a file of someone else
+        } catch (const input_error& failure) {
+            import_error("%s %s", printable(path).c_str(), failure.what());
         }
         if (kind == file_kind::program || kind == file_kind::archive)
             programs_.push_back({path, false});

@@ -75,7 +75,7 @@ elf_reader::elf_reader(const file_part& file) : file_(file) {
     if (!is_elf(ident) || (ident[4] != 1 && ident[4] != 2))
         throw input_error("is a damaged ELF file");
     if (ident[5] != 1)
-        throw not_instrumented(
+        throw not_of_interest(
             "is a big-endian ELF file, which is not supported; give the output of llvm-cov export");
     layout_ = ident[4] == 2 ? &kLayout64 : &kLayout32;
     const std::uint16_t type = little_endian_at<std::uint16_t>(ident, 16);
@@ -106,7 +106,7 @@ void elf_reader::read_headers(std::string_view header) {
     std::uint64_t number = little_endian_at<std::uint16_t>(header, layout_->section_number);
     std::uint64_t of_names = little_endian_at<std::uint16_t>(header, layout_->section_of_names);
     if (offset == 0)
-        throw not_instrumented("has no sections");
+        throw not_of_interest("has no sections");
     if (header_size_ < layout_->section_header)
         throw input_error("is a damaged ELF file: its section headers are too small");
     const section first = parse(file_.at(offset, header_size_), 0);
@@ -207,11 +207,11 @@ mapped_sections read_mapped_sections(const file_part& file) {
         mapped = mapped || part == &result.tables;
     }
     if (!instrumented)
-        throw not_instrumented("has no coverage mapping: it was not compiled with "
-                               "-fprofile-instr-generate -fcoverage-mapping");
+        throw not_of_interest("has no coverage mapping: it was not compiled with "
+                              "-fprofile-instr-generate -fcoverage-mapping");
     if (!mapped)
-        throw not_instrumented("has no coverage mapping: it was stripped of it, or compiled without "
-                               "-fcoverage-mapping; give the file as the linker wrote it");
+        throw not_of_interest("has no coverage mapping: it was stripped of it, or compiled without "
+                              "-fcoverage-mapping; give the file as the linker wrote it");
     result.type = elf.type();
     result.build_id = elf.build_id();
     return result;

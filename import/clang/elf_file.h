@@ -50,7 +50,7 @@ struct mapped_sections {
 /// Whether a file that begins with `start` is an ELF file.
 bool is_elf(std::string_view start);
 
-/// Reads the sections of `file`. Throws not_instrumented where the file has none of them or has lost its
+/// Reads the sections of `file`. Throws not_of_interest where the file has none of them or has lost its
 /// mapping, and input_error where it is damaged or of a kind that is not supported.
 mapped_sections read_mapped_sections(const file_part& file);
 

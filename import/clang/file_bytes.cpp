@@ -9,15 +9,24 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-constexpr std::size_t kWindow = std::size_t{1} << 18;
+constexpr std::uint64_t kFirstWindow = 4096;
+constexpr std::uint64_t kLargestWindow = std::uint64_t{1} << 18;
 
-file_bytes::file_bytes(const std::string& path) : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    struct stat status = {};
+[[noreturn]] static void cannot_open() {
+    const std::string text = std::string("cannot be opened: ") + std::strerror(errno);
+    if (errno == EACCES || errno == EPERM)
+        throw not_of_interest(text);
+    throw file_failure(text);
+}
+
+file_bytes::file_bytes(const std::string& path)
+    : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)), next_window_(kFirstWindow) {
     if (descriptor_ < 0)
-        throw input_error(std::string("cannot be opened: ") + std::strerror(errno));
+        cannot_open();
+    struct stat status = {};
     if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
         close(descriptor_);
-        throw input_error("is not a regular file");
+        throw file_failure("is not a regular file");
     }
     size_ = static_cast<std::uint64_t>(status.st_size);
 }
@@ -34,9 +43,9 @@ void file_bytes::read(std::uint64_t offset, std::size_t size, std::string* to) c
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
-            throw input_error(std::string("cannot be read: ") + std::strerror(errno));
+            throw file_failure(std::string("cannot be read: ") + std::strerror(errno));
         if (got == 0)
-            throw input_error("became shorter while it was read");
+            throw file_failure("became shorter while it was read");
         done += static_cast<std::size_t>(got);
     }
 }
@@ -46,19 +55,17 @@ std::string_view file_bytes::at(std::uint64_t offset, std::uint64_t size) {
         throw input_error("ends in the middle");
     const bool inside = offset >= window_offset_ && offset - window_offset_ <= window_.size() &&
                         size <= window_.size() - (offset - window_offset_);
-    if (!inside && size > kWindow) {
+    if (!inside && size > next_window_) {
         read(offset, static_cast<std::size_t>(size), &large_);
         return large_;
     }
     if (!inside) {
+        window_.clear(); // where reading fails
+        std::string bytes = std::move(window_);
+        read(offset, static_cast<std::size_t>(std::min(next_window_, size_ - offset)), &bytes);
+        window_ = std::move(bytes);
         window_offset_ = offset;
-        try {
-            read(offset, static_cast<std::size_t>(std::min<std::uint64_t>(kWindow, size_ - offset)),
-                 &window_);
-        } catch (...) {
-            window_.clear();
-            throw;
-        }
+        next_window_ = std::min(next_window_ * 8, kLargestWindow);
     }
     return std::string_view(window_).substr(static_cast<std::size_t>(offset - window_offset_),
                                             static_cast<std::size_t>(size));

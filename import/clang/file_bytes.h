@@ -8,10 +8,10 @@
 #include <string>
 #include <string_view>
 
-/// An open file. Whatever lies outside of it, or cannot be read, throws input_error.
+/// An open file. Whatever lies outside of it throws input_error, what cannot be read file_failure.
 class file_bytes {
   public:
-    /// Opens `path`, which must be a regular file.
+    /// Opens `path`, which must be a regular file. Throws not_of_interest where that is not allowed.
     explicit file_bytes(const std::string& path);
     ~file_bytes();
     file_bytes(const file_bytes&) = delete;
@@ -30,7 +30,8 @@ class file_bytes {
     std::string
         window_; ///< bytes from `window_offset_` on, so that small pieces do not take a system call each
     std::uint64_t window_offset_ = 0;
-    std::string large_; ///< the last piece that the window could not hold
+    std::uint64_t next_window_; ///< size of the next one; of most files only the start is read
+    std::string large_;         ///< the last piece that the window could not hold
 };
 
 /// A part of a file that is an object of its own: a whole program, or a member of an archive.

@@ -9,8 +9,15 @@ class input_error : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A file that is well formed but holds nothing for a coverage report: passed over where many are searched.
-class not_instrumented : public input_error {
+/// A file that holds nothing for a coverage report, or that may not be read: passed over where many are
+/// searched.
+class not_of_interest : public input_error {
+  public:
+    using input_error::input_error;
+};
+
+/// The system failed to give a file's bytes: never passed over, or a run could lose a program and go on.
+class file_failure : public input_error {
   public:
     using input_error::input_error;
 };

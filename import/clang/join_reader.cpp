@@ -43,7 +43,7 @@ void join_reader::read_archive(file_bytes* file, const std::string& path) {
                 join_.begin_input(path);
             any = true;
             join_.add_object(sections);
-        } catch (const not_instrumented&) { // members may be
+        } catch (const not_of_interest&) { // members may be
             return;
         } catch (const input_error& error) {
             refuse(path + "(" + name + ")", error);
@@ -51,15 +51,17 @@ void join_reader::read_archive(file_bytes* file, const std::string& path) {
     };
     for_each_member(file, path, on_member);
     if (!any)
-        throw not_instrumented("has no member with coverage mapping: none was compiled with "
-                               "-fprofile-instr-generate -fcoverage-mapping");
+        throw not_of_interest("has no member with coverage mapping: none was compiled with "
+                              "-fprofile-instr-generate -fcoverage-mapping");
 }
 
 void join_reader::read_object(const file_part& file, const std::string& path, bool named) {
     mapped_sections sections;
     try {
         sections = read_mapped_sections(file);
-    } catch (const not_instrumented&) {
+    } catch (const not_of_interest&) {
+        throw;
+    } catch (const file_failure&) {
         throw;
     } catch (const input_error& error) {
         if (named)
@@ -78,7 +80,7 @@ void join_reader::read_program(const std::string& path, bool named) {
             read_archive(&file, path);
         else
             read_object(file_part(&file, 0, file.size()), path, named);
-    } catch (const not_instrumented& error) {
+    } catch (const not_of_interest& error) {
         if (named)
             refuse(path, error);
         if (passed_over_.empty())
@@ -104,6 +106,8 @@ static std::string build_id_of(const std::string& path) {
         file_bytes file(path);
         return kind_of(&file) == file_kind::program ? read_build_id(file_part(&file, 0, file.size()))
                                                     : std::string();
+    } catch (const file_failure& failure) {
+        refuse(path, failure);
     } catch (const input_error&) {
         return {};
     }
