@@ -2,11 +2,9 @@
 //
 //   archive   "!<arch>\n" or, thin, "!<thin>\n", then members, each at an even offset
 //   member    header of 60 bytes: name at 0 (16 bytes), size in decimal digits at 48 (10 bytes), then its
-//   bytes; a thin
-//             archive has no bytes of a member, but for those of its own tables
+//             bytes; a thin archive has no bytes of a member, but for those of its own tables
 //   name      "NAME/", or "/N": at offset N of the member "//", where it ends in "/\n", or "#1/N": in the
-//   first N bytes
-//             of the member; in a thin archive it is a path from the archive's directory
+//             first N bytes of the member; in a thin archive it is a path from the archive's directory
 //   tables    members "/", "//", "/SYM64/"
 #pragma once
 

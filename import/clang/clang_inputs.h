@@ -20,8 +20,8 @@ class clang_inputs {
 
     /// Reads what was taken, joins programs with profiles, and calls `on_function` for each function, with
     /// the program that it is in. Programs of profiles without any are looked for below the working
-    /// directory. The function object is
-    /// `*memory`. What is damaged, not supported or missing ends the run with a message.
+    /// directory. The function object is `*memory`. What is damaged, not supported or missing ends the run
+    /// with a message.
     void read(const std::function<void(const export_function&, const std::string& input)>& on_function,
               export_function* memory);
 

@@ -25,8 +25,7 @@
 //     size unpacked               8 (u64)      4 (u32)
 //     stream                      24           12
 //
-//   note: u32 size of name, u32 size of text, u32 type (3 = build ID); name "GNU\0" and text, each padded to
-//   4
+//   note: u32 size of name, u32 size of text, u32 type (3 = build ID); name "GNU\0", text, both padded to 4
 #pragma once
 
 #include "import/clang/file_bytes.h"
@@ -37,8 +36,7 @@
 /// What the linker did with a file.
 enum class elf_type { object, program, other };
 
-/// The contents of all sections of a kind, those of object files one behind the other, each padded to 8
-/// bytes.
+/// The contents of all sections of a kind, one behind the other, each at a multiple of 8.
 struct mapped_sections {
     elf_type type;
     std::string build_id;  ///< bytes; empty: has none

@@ -1,10 +1,9 @@
 // The source files of programs: a table for each translation unit, from which its functions name their files.
 //
 //   section   tables, each at a multiple of 8
-//   table     u32 0, u32 size of what follows the header, u32 0, u32 version of the mapping - 1, then the
-//   table itself,
-//             whose hash is its key
-//   itself    LEB number of names, LEB size unpacked, LEB size packed (0: is not packed), the names
+//   table     u32 0, u32 size of the body, u32 0, u32 version of the mapping - 1, the body, whose hash is
+//             the key of the table
+//   body      LEB number of names, LEB size unpacked, LEB size packed (0: is not packed), the names
 //   name      LEB length, bytes
 //
 // From version 6 on name 0 is the directory of the compilation, from which the other names start; it has its

@@ -1,15 +1,13 @@
 // The regions of one function and the counters that they refer to.
 //
-//   mapping     LEB number of files, for each: LEB index into the file table; the place in this list is the
-//   file number
+//   mapping     LEB number of files, for each: LEB index into the file table; its place here is the file
+//                 number of the regions
 //               LEB number of expressions, for each: LEB left counter, LEB right counter
 //               for each file number: LEB number of regions, the regions
-//   counter     LEB; by its low 2 bits 0 zero, 1 counter of the profile, 2 left - right, 3 left + right of an
-//   expression;
-//               the rest is the index of the counter or expression
-//   region      LEB head, LEB ..., LEB line, LEB column, LEB further lines, LEB end column. The line counts
-//   from the
-//               region before of the same file number. Bit 31 of the end column makes it a gap.
+//   counter     LEB; its low 2 bits are 0 zero, 1 counter of the profile, 2 left - right or 3 left + right of
+//                 an expression, the rest is the index of the counter or expression
+//   region      LEB head, LEB ..., LEB line, LEB column, LEB further lines, LEB end column; the line counts
+//                 from the region before of the same file number; bit 31 of the end column makes it a gap
 //
 //   head                 region               what follows it
 //   low 2 bits not 0     code                 -; the head is its counter

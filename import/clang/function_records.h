@@ -1,11 +1,9 @@
 // The functions of all programs, each once: the same function is in every program that it is linked into.
 //
-//   section   records, each at a multiple of 8; those of a linked program are in one section, those of an
-//   object file in one
-//             each
+//   section   records, each at a multiple of 8; a linked program has one section of them, an object file
+//             one for each record
 //   record    u64 hash of the name, u32 size of the mapping, u64 hash of the structure, u64 key of the file
-//   table, the
-//             mapping (function_mapping.h); fields are not aligned
+//             table, the mapping (function_mapping.h); fields are not aligned
 #pragma once
 
 #include "import/clang/file_tables.h"

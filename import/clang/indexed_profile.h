@@ -10,9 +10,8 @@
 //   summary  a, b, 8 a + 24 b bytes
 //   bucket   those without an entry take no bytes; u16 number of entries, the entries
 //   entry    hash of name, size of name, size of data, name, data
-//   data     for each structure that the function had: its hash, number of counters, the counters, [from 11:
-//   number of
-//            bitmap bytes, the bytes, each as u64], values, whose size is their first u32
+//   data     for each structure that the function had: its hash, number of counters, the counters,
+//            [from 11: number of bitmap bytes, the bytes, each as u64], values, whose size is their first u32
 #pragma once
 
 #include "import/clang/counter_store.h"

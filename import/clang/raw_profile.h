@@ -24,14 +24,13 @@
 //   record             64 bits: 5-8   9    10     32 bits: 5-8   9    10
 //     hash of name              0     0    0               0     0    0      u64
 //     hash of structure         8     8    8               8     8    8      u64
-//     counters                  16    16   16              16    16   16     u64, u32: an address, from 8 on
-//     from the
-//                                                                            record itself, less that of the
-//                                                                            header
+//     counters                  16    16   16              16    16   16     u64, u32: an address
 //     number of counters        40    48   48              28    32   32     u32
-//     value sites               44    52   52              32    36   36     u16 for each kind: 2, in version
-//     10 3 size of a record          48    64   64              40    48   48
+//     value sites               44    52   52              32    36   36     u16 for each kind: 2, 10: 3
+//     size of a record          48    64   64              40    48   48
 //
+//   address  less that of the header it is the offset in the counters; from version 8 on both count from the
+//            record, so that the offset of the record within the records is to be added
 //   counter  8 bytes, or 1 with variant bit 60: 0 for code that was executed
 //   ID       u64 length, bytes, zeros to 8: the build IDs of the program and its libraries
 //   table    24 bytes, 32 bits: 16
