@@ -15,13 +15,22 @@
 static void print_usage() {
     std::fputs("Usage: vexcov-import clang [-spi FILE] [-dpi FILE] [-root DIR] [-runs N] [files]\n", stdout);
     std::fputs("\n", stdout);
-    std::fputs("Turns coverage exports of clang into a profile that vexcov reads. An export is written by\n",
-               stdout);
+    std::fputs("Turns coverage data of clang into a profile that vexcov reads. The files are\n", stdout);
     std::fputs("\n", stdout);
+    std::fputs("   programs, libraries, object files and archives that were compiled with\n", stdout);
+    std::fputs("   -fprofile-instr-generate -fcoverage-mapping, and the profiles of their runs,\n", stdout);
+    std::fputs("   raw (.profraw) or merged (.profdata)\n", stdout);
+    std::fputs("\n", stdout);
+    std::fputs("   directories, which are searched for programs, libraries and profiles\n", stdout);
+    std::fputs("\n", stdout);
+    std::fputs("   exports, as written by\n", stdout);
     std::fputs("   llvm-cov export -format=text -skip-expansions -instr-profile=app.profdata ./app\n",
                stdout);
     std::fputs("\n", stdout);
-    std::fputs("and read from the named files, which are merged, or from standard input.\n", stdout);
+    std::fputs("and are merged. Programs that are not named are looked for below the working directory by\n",
+               stdout);
+    std::fputs("the build IDs of raw profiles. Without a file an export is read from standard input.\n",
+               stdout);
     std::fputs("\n", stdout);
     std::fputs("   -spi FILE\n", stdout);
     std::fputs("        Writes the static profile to FILE. Default is pgopti.spi\n", stdout);

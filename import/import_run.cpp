@@ -1,6 +1,7 @@
 #include "import/import_run.h"
 
 #include "common/fatal.h"
+#include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
 #include "import/import_message.h"
 #include "import/import_options.h"
@@ -60,7 +61,17 @@ static void read_input(std::FILE* stream, const std::string& input, const source
     read_clang_export(stream, shown, collect, &all->function);
 }
 
+/// Joins what was among the inputs of clang's own files.
+static void read_clang_files(clang_inputs* inputs, const source_names& names, collected* all) {
+    const auto collect = [&](const export_function& function, const std::string& input) {
+        collect_function(function, printable(input), names, &all->extracted, all);
+    };
+    if (!inputs->empty())
+        inputs->read(collect, &all->function);
+}
+
 static void read_inputs(const import_options& options, const source_names& names, collected* all) {
+    clang_inputs clang_files;
     if (options.inputs.empty())
         read_input(stdin, "standard input", names, all);
     for (const std::string& input : options.inputs) {
@@ -68,12 +79,15 @@ static void read_inputs(const import_options& options, const source_names& names
             read_input(stdin, "standard input", names, all);
             continue;
         }
+        if (clang_files.take(input))
+            continue;
         std::FILE* stream = std::fopen(input.c_str(), "rb");
         if (!stream)
             import_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
         read_input(stream, input, names, all);
         std::fclose(stream);
     }
+    read_clang_files(&clang_files, names, all);
 }
 
 static void check_names(const collected& all) {

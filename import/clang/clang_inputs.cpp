@@ -1,0 +1,114 @@
+#include "import/clang/clang_inputs.h"
+
+#include "import/clang/file_kind.h"
+#include "import/clang/join_reader.h"
+#include "import/import_message.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+static bool is_profile_name(const fs::path& path) {
+    return path.extension() == ".profraw" || path.extension() == ".profdata";
+}
+
+std::vector<std::string> files_below(const std::string& directory) {
+    std::vector<std::string> files;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(directory, fs::directory_options::skip_permission_denied, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+        const fs::file_type type = entry->symlink_status(error).type();
+        if (type == fs::file_type::regular)
+            files.push_back(entry->path().string());
+        if (error)
+            break;
+    }
+    if (error)
+        import_error("cannot search %s: %s", printable(directory).c_str(), error.message().c_str());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+void clang_inputs::search(const std::string& directory) {
+    const std::size_t programs = programs_.size();
+    const std::size_t profiles = profiles_.size();
+    bool raw = false;
+    bool merged = false;
+    for (const std::string& path : files_below(directory)) {
+        file_kind kind = file_kind::other;
+        try {
+            file_bytes file(path);
+            kind = kind_of(&file);
+        } catch (const not_of_interest&) {
+            continue; // a file of someone else
+        } catch (const input_error& failure) {
+            import_error("%s %s", printable(path).c_str(), failure.what());
+        }
+        if (kind == file_kind::program || kind == file_kind::archive)
+            programs_.push_back({path, false});
+        if (!is_profile_name(path) || (kind != file_kind::profile && kind != file_kind::empty))
+            continue;
+        profiles_.push_back(path);
+        (fs::path(path).extension() == ".profraw" ? raw : merged) = true;
+    }
+    if (programs_.size() == programs && profiles_.size() == profiles)
+        import_error("%s holds no programs and no profiles", printable(directory).c_str());
+    if (raw && merged)
+        import_warning("%s holds both raw and merged profiles, whose counts are added up",
+                       printable(directory).c_str());
+}
+
+bool clang_inputs::take(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::directory) {
+        search(path);
+        return true;
+    }
+    if (status.type() != fs::file_type::regular)
+        return false;
+    file_kind kind = file_kind::other;
+    try {
+        file_bytes file(path);
+        kind = kind_of(&file);
+    } catch (const input_error&) {
+        return false; // the reader of exports has the words
+    }
+    if (kind == file_kind::foreign_program)
+        import_error("%s is a program of a kind that is not supported; give the output of llvm-cov export",
+                     printable(path).c_str());
+    if (kind == file_kind::other && fs::path(path).extension() == ".proftext")
+        import_error("%s is a profile as text; give the raw or merged profile", printable(path).c_str());
+    if (kind == file_kind::profile || (kind == file_kind::empty && is_profile_name(path))) {
+        profiles_.push_back(path);
+        return true;
+    }
+    if (kind == file_kind::other || kind == file_kind::empty)
+        return false;
+    programs_.push_back({path, true});
+    return true;
+}
+
+void clang_inputs::read(
+    const std::function<void(const export_function&, const std::string& input)>& on_function,
+    export_function* memory) {
+    if (profiles_.empty())
+        import_error(
+            "no profile given: name the .profraw files that the program's runs wrote, or the .profdata "
+            "file that was made of them");
+    join_reader reader;
+    for (const std::string& profile : profiles_)
+        reader.read_profile(profile);
+    if (programs_.empty())
+        reader.find_programs(files_below("."));
+    for (const program& each : programs_)
+        reader.read_program(each.path, each.named);
+    reader.check_programs();
+    for (const std::string& profile : profiles_) {
+        if (reader.join().lacks_names())
+            reader.read_names(profile);
+    }
+    reader.join().hand_out(on_function, memory);
+}

@@ -1,0 +1,176 @@
+#include "import/clang/clang_join.h"
+
+#include "import/clang/indexed_profile.h"
+#include "import/clang/name_hash.h"
+#include "import/clang/profile_names.h"
+#include "import/clang/raw_profile.h"
+#include "import/import_message.h"
+
+#include <algorithm>
+#include <iterator>
+
+void clang_join::begin_input(const std::string& name) {
+    inputs_.push_back({name, {}, {}});
+}
+
+void clang_join::add_object(const mapped_sections& object) {
+    input& current = inputs_.back();
+    if (!object.build_id.empty())
+        current.ids.insert(object.build_id);
+    files_.read_tables(object.tables);
+    const std::vector<std::uint32_t> added =
+        records_.add(object.functions, &files_, static_cast<std::uint32_t>(inputs_.size() - 1));
+    current.records.insert(current.records.end(), added.begin(), added.end());
+    read_names(object.names);
+}
+
+/// A function of the standard library, which is mostly included as a system header and has no mapping then.
+static bool is_of_library(std::string_view name) {
+    return name.starts_with("_ZNSt") || name.starts_with("_ZNKSt") || name.starts_with("_ZSt");
+}
+
+/// Most of the time goes into hashes: those of the library's names, most of all, are taken only when a name
+/// is missing.
+void clang_join::read_names(std::string_view section) {
+    for (const bool of_library : {false, true}) {
+        if (!lacks_names())
+            return;
+        for_each_name(section, [&](std::string_view name) {
+            if (is_of_library(name) == of_library)
+                records_.set_name(name_hash(name), name);
+            return lacks_names();
+        });
+    }
+}
+
+void clang_join::add_profile(std::string_view file) {
+    if (is_indexed_profile(file))
+        return read_indexed_profile(file, &counters_, [](std::uint64_t, std::string_view) {});
+    read_raw_profile(file, {&counters_, [this](std::string_view id) { profiled_ids_.emplace(id); },
+                            [](std::string_view) {}});
+}
+
+void clang_join::add_names(std::string_view file) {
+    counter_store ignored;
+    if (is_indexed_profile(file))
+        return read_indexed_profile(file, &ignored, [this](std::uint64_t hash, std::string_view name) {
+            records_.set_name(hash, name);
+        });
+    read_raw_profile(
+        file, {&ignored, [](std::string_view) {}, [this](std::string_view section) { read_names(section); }});
+}
+
+/// Translation units that saw a function and did not use it describe it, too, as one region without a
+/// counter.
+bool clang_join::is_wanted(const function_record& record) const {
+    if (!record.unused)
+        return true;
+    if (records_.is_used(record.name))
+        return false;
+    if (!counters_.knows(record.name))
+        return true;
+    const function_counters counters = counters_.find(record.name, record.structure);
+    return counters.data && counters.size != 0 && counters.data[0] == 0;
+}
+
+void clang_join::name_files(const function_record& record, export_function* function) const {
+    function->filenames.clear();
+    const std::uint32_t* const files = files_.list(record.files);
+    for (std::uint32_t i = 0; i < files_.list_size(record.files); ++i)
+        function->filenames.add(files_.name(files[i]));
+}
+
+bool clang_join::decode(const function_record& record, const function_counters& counters,
+                        export_function* function) {
+    const std::string& program = inputs_[record.input].name;
+    function->name = records_.name(record.name);
+    if (function->name.empty())
+        import_error("%s has lost the names of its functions; give the file as the linker wrote it",
+                     printable(program).c_str());
+    try {
+        return decoder_.decode(records_.mapping(record), files_.list_size(record.files), counters, function);
+    } catch (const input_error& error) {
+        import_error("%s %s (function \"%s\")", printable(program).c_str(), error.what(),
+                     printable(function->name).c_str());
+    }
+}
+
+static std::uint64_t hash_of(const function_record& record) {
+    return mix_hash(record.name, record.files);
+}
+
+/// By this record or by another one of the same name and files: it is in another program.
+bool clang_join::was_handed_out(const function_record& record) const {
+    const auto is_same = [&](std::uint32_t number) {
+        const function_record& other = records_.records()[number];
+        return other.name == record.name && other.files == record.files;
+    };
+    return handed_out_.find(hash_of(record), is_same) != hash_index::kNone;
+}
+
+/// Whether the function that a record describes is to be handed out; `*function` is it then.
+bool clang_join::join(std::uint32_t number, export_function* function) {
+    const function_record& record = records_.records()[number];
+    if (!is_wanted(record))
+        return false;
+    const function_counters counters = counters_.find(record.name, record.structure);
+    const bool other_build = !counters.data && counters_.knows(record.name);
+    if (!other_build && was_handed_out(record))
+        return false;
+    if (other_build || !decode(record, counters, function)) {
+        if (!record.unused)
+            mismatched_.push_back(number);
+        return false;
+    }
+    handed_out_.add(hash_of(record), number);
+    records_.set_matched(record.name);
+    name_files(record, function);
+    return true;
+}
+
+void clang_join::hand_out(
+    const std::function<void(const export_function&, const std::string& input)>& on_function,
+    export_function* memory) {
+    std::vector<bool> done(records_.records().size());
+    for (const input& each : inputs_) {
+        for (const std::uint32_t record : each.records) {
+            if (!done[record] && join(record, memory))
+                on_function(*memory, each.name);
+            done[record] = true;
+        }
+    }
+    print_warnings();
+}
+
+/// Where another function of the name fits its counts, they are of that one: each program has a main.
+void clang_join::warn_of_mismatches() const {
+    std::vector<std::uint32_t> left;
+    std::copy_if(mismatched_.begin(), mismatched_.end(), std::back_inserter(left),
+                 [&](std::uint32_t i) { return !records_.is_matched(records_.records()[i].name); });
+    if (!left.empty())
+        import_warning("%zu functions do not fit their counts and were left out, the first is \"%s\"; "
+                       "was the program built again after the run?",
+                       left.size(), printable(records_.name(records_.records()[left[0]].name)).c_str());
+}
+
+void clang_join::print_warnings() const {
+    bool same_build = false;
+    bool has_ids = false;
+    for (const input& each : inputs_) {
+        const auto unknown = [&](std::uint32_t i) { return !counters_.knows(records_.records()[i].name); };
+        if (!each.records.empty() && std::all_of(each.records.begin(), each.records.end(), unknown))
+            import_warning("no profile belongs to %s: nothing in it was executed",
+                           printable(each.name).c_str());
+        has_ids = has_ids || !each.ids.empty();
+        same_build = same_build || std::any_of(each.ids.begin(), each.ids.end(), [&](const std::string& id) {
+                         return profiled_ids_.contains(id);
+                     });
+    }
+    if (has_ids && !profiled_ids_.empty() && !same_build)
+        import_warning(
+            "the profiles are of another build than the programs: they have no build ID in common");
+    warn_of_mismatches();
+    if (counters_.different() != 0)
+        import_warning("%llu times a function came with another number of counts; the first was kept",
+                       static_cast<unsigned long long>(counters_.different()));
+}

@@ -1,0 +1,84 @@
+// The functions of all programs, each once: the same function is in every program that it is linked into.
+//
+//   section   records, each at a multiple of 8; a linked program has one section of them, an object file
+//             one for each record
+//   record    u64 hash of the name, u32 size of the mapping, u64 hash of the structure, u64 key of the file
+//             table, the mapping (function_mapping.h); fields are not aligned
+#pragma once
+
+#include "import/clang/file_tables.h"
+#include "import/clang/function_mapping.h"
+#include "import/clang/hash_index.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// A function as its program describes it.
+struct function_record {
+    std::uint64_t name;      ///< hash of it
+    std::uint64_t structure; ///< hash of the source text's structure, the same in the profile
+    std::uint32_t files;     ///< list of source_files
+    std::uint32_t input;     ///< the first program that has it, as its caller counts
+    bool unused;             ///< seen and not used by its translation unit: no counters stand for it
+    std::size_t begin;       ///< of the mapping behind its files
+    std::size_t size;
+};
+
+class function_records {
+  public:
+    /// Adds the records of an object's section with the tables that `files` holds for it. Returns the numbers
+    /// of its functions in the order in which llvm-cov has them: one for each name, in the place of the first
+    /// record of that name, and not of an unused function where there is another. Throws input_error where
+    /// the section is damaged.
+    std::vector<std::uint32_t> add(std::string_view section, source_files* files, std::uint32_t input);
+
+    const std::vector<function_record>& records() const { return records_; }
+    std::string_view mapping(const function_record& record) const {
+        return std::string_view(mappings_).substr(record.begin, record.size);
+    }
+
+    /// Whether a record that is not of an unused function has the name.
+    bool is_used(std::uint64_t name) const { return names_[name_index(name)].used; }
+
+    /// Marks a name as one that some record fits its counts by, and tells whether it was marked.
+    void set_matched(std::uint64_t name) { names_[name_index(name)].matched = true; }
+    bool is_matched(std::uint64_t name) const { return names_[name_index(name)].matched; }
+
+    /// Takes `name` as that of the records with its hash; others are of no interest.
+    void set_name(std::uint64_t hash, std::string_view name);
+
+    /// The name of a hash that a record has; empty as long as it is not known.
+    std::string_view name(std::uint64_t hash) const;
+
+    /// How many names of records are not known yet.
+    std::size_t nameless() const { return nameless_; }
+
+  private:
+    struct function_name {
+        std::size_t begin = 0; ///< in `texts_`
+        std::size_t size = 0;  ///< 0: is not known
+        bool used = false;
+        bool matched = false;
+        std::uint32_t object = 0; ///< the last one with a record of it, counted from 1
+        std::size_t place = 0;    ///< of the record in that object
+    };
+
+    std::uint32_t name_index(std::uint64_t hash) const {
+        return name_indices_.find(hash, [](std::uint32_t) { return true; });
+    }
+    std::uint32_t add_record(const function_record& record, std::string_view mapping);
+    void place_record(std::uint32_t record, std::vector<std::uint32_t>* object);
+
+    std::vector<function_record> records_;
+    hash_index record_indices_;
+    std::vector<function_name> names_;
+    hash_index name_indices_; ///< by the hashes of the names
+    std::string mappings_;    ///< one behind the other
+    std::string texts_;       ///< names, one behind the other
+    std::size_t nameless_ = 0;
+    std::uint32_t objects_ = 0;
+    mapping_files head_;                ///< of the record being read; kept for its memory, as is the next
+    std::vector<std::uint32_t> listed_; ///< its files
+};

@@ -1,0 +1,138 @@
+#include "import/clang/join_reader.h"
+
+#include "import/clang/archive.h"
+#include "import/clang/file_kind.h"
+#include "import/import_message.h"
+
+#include <algorithm>
+
+[[noreturn]] static void refuse(const std::string& path, const input_error& error) {
+    import_error("%s %s", printable(path).c_str(), error.what());
+}
+
+void join_reader::read_profile(const std::string& path) {
+    try {
+        file_bytes file(path);
+        if (file.size() == 0)
+            import_warning("%s is empty: its process was killed or still runs", printable(path).c_str());
+        else
+            join_.add_profile(file.at(0, file.size()));
+    } catch (const input_error& error) {
+        refuse(path, error);
+    }
+}
+
+void join_reader::read_names(const std::string& path) {
+    try {
+        file_bytes file(path);
+        if (file.size() != 0)
+            join_.add_names(file.at(0, file.size()));
+    } catch (const input_error& error) {
+        refuse(path, error);
+    }
+}
+
+void join_reader::read_archive(file_bytes* file, const std::string& path) {
+    bool any = false;
+    const auto on_member = [&](const file_part& part, const std::string& name) {
+        if (!is_elf(part.at(0, std::min<std::uint64_t>(part.size(), 4))))
+            return;
+        try {
+            const mapped_sections sections = read_mapped_sections(part);
+            if (!any)
+                join_.begin_input(path);
+            any = true;
+            join_.add_object(sections);
+        } catch (const not_of_interest&) { // members may be
+            return;
+        } catch (const input_error& error) {
+            refuse(path + "(" + name + ")", error);
+        }
+    };
+    for_each_member(file, path, on_member);
+    if (!any)
+        throw not_of_interest("has no member with coverage mapping: none was compiled with "
+                              "-fprofile-instr-generate -fcoverage-mapping");
+}
+
+void join_reader::read_object(const file_part& file, const std::string& path, bool named) {
+    mapped_sections sections;
+    try {
+        sections = read_mapped_sections(file);
+    } catch (const not_of_interest&) {
+        throw;
+    } catch (const file_failure&) {
+        throw;
+    } catch (const input_error& error) {
+        if (named)
+            throw;
+        import_warning("%s %s; it is passed over", printable(path).c_str(), error.what());
+        return;
+    }
+    join_.begin_input(path);
+    join_.add_object(sections);
+}
+
+void join_reader::read_program(const std::string& path, bool named) {
+    try {
+        file_bytes file(path);
+        if (kind_of(&file) == file_kind::archive)
+            read_archive(&file, path);
+        else
+            read_object(file_part(&file, 0, file.size()), path, named);
+    } catch (const not_of_interest& error) {
+        if (named)
+            refuse(path, error);
+        if (passed_over_.empty())
+            passed_over_ = printable(path) + " " + error.what();
+    } catch (const input_error& error) {
+        refuse(path, error);
+    }
+}
+
+static std::string hexadecimal(std::string_view bytes) {
+    static const char digits[] = "0123456789abcdef";
+    std::string text;
+    for (const char c : bytes) {
+        text += digits[static_cast<unsigned char>(c) >> 4];
+        text += digits[static_cast<unsigned char>(c) & 15];
+    }
+    return text;
+}
+
+/// The build ID of a file that may be anything.
+static std::string build_id_of(const std::string& path) {
+    try {
+        file_bytes file(path);
+        return kind_of(&file) == file_kind::program ? read_build_id(file_part(&file, 0, file.size()))
+                                                    : std::string();
+    } catch (const file_failure& failure) {
+        refuse(path, failure);
+    } catch (const input_error&) {
+        return {};
+    }
+}
+
+void join_reader::find_programs(const std::vector<std::string>& files) {
+    std::set<std::string> missing = join_.profiled_ids();
+    if (missing.empty())
+        import_error("no program given: the profiles do not say which programs wrote them");
+    for (const std::string& path : files) {
+        const std::string id = build_id_of(path);
+        if (missing.erase(id) != 0)
+            read_program(path, false);
+    }
+    for (const std::string& id : missing)
+        import_warning("no program with the build ID %s of a profile was found below the working directory",
+                       hexadecimal(id).c_str());
+    if (missing.size() == join_.profiled_ids().size())
+        import_error("no program given, and none of those below the working directory wrote the profiles");
+}
+
+void join_reader::check_programs() const {
+    if (!join_.without_objects())
+        return;
+    if (passed_over_.empty())
+        import_error("no program given");
+    import_error("no program with coverage mapping was found: %s", passed_over_.c_str());
+}

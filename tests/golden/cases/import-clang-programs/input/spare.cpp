@@ -1,0 +1,3 @@
+int spare(int x) {
+    return x ? 4 : 5;
+}
