@@ -1,12 +1,14 @@
 #include "import/import_options.h"
 
 #include "common/fatal.h"
+#include "import/gcc/gcov_runs.h"
 #include "import/import_message.h"
 
 #include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #ifndef VEXCOV_VERSION
 #define VEXCOV_VERSION "1.0.0"
@@ -20,25 +22,40 @@ struct import_option {
 };
 
 static void print_usage() {
-    std::fputs("Usage: vexcov-import clang [-spi FILE] [-dpi FILE] [-root DIR] [-runs N] [files]\n", stdout);
+    std::fputs("Usage: vexcov-import clang [options] [files]\n", stdout);
+    std::fputs("       vexcov-import gcc [-gcov PROGRAM] [-jobs N] [-all] [options] [inputs]\n", stdout);
     std::fputs("\n", stdout);
-    std::fputs("Turns coverage exports of clang into a profile that vexcov reads. An export is written by\n",
+    std::fputs("Turns the coverage data of other tools into a profile that vexcov reads. Several inputs\n",
                stdout);
+    std::fputs("are merged; - is the standard input.\n", stdout);
+    std::fputs("\n", stdout);
+    std::fputs("clang: exports, from the named files or from standard input, that are written by\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("   llvm-cov export -format=text -skip-expansions -instr-profile=app.profdata ./app\n",
                stdout);
     std::fputs("\n", stdout);
-    std::fputs("and read from the named files, which are merged, or from standard input.\n", stdout);
+    std::fputs("gcc: the counters of programs that were built with --coverage. An input is a directory,\n",
+               stdout);
+    std::fputs("which is searched for .gcno and .gcda files (default is the working directory), a .gcda\n",
+               stdout);
+    std::fputs("file, or a .json or .json.gz file that gcov --json-format wrote.\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("   -spi FILE\n", stdout);
     std::fputs("        Writes the static profile to FILE. Default is pgopti.spi\n", stdout);
     std::fputs("   -dpi FILE\n", stdout);
     std::fputs("        Writes the dynamic profile to FILE. Default is pgopti.dpi\n", stdout);
     std::fputs("   -root DIR\n", stdout);
-    std::fputs("        Writes the names of source files below DIR relative to it.\n", stdout);
-    std::fputs("        All names stay as the compiler gave them by default.\n", stdout);
+    std::fputs("        Writes the names of source files below DIR relative to it, and with gcc leaves\n",
+               stdout);
+    std::fputs("        out all others. All names stay as they were given by default.\n", stdout);
     std::fputs("   -runs N\n", stdout);
     std::fputs("        Sets the number of runs that the counts stand for. Default is 1\n", stdout);
+    std::fputs("   -all\n", stdout);
+    std::fputs("        Keeps the source files outside of -root, such as system headers.\n", stdout);
+    std::fputs("   -gcov PROGRAM\n", stdout);
+    std::fputs("        Runs PROGRAM. Default is the gcov of the compiler's version.\n", stdout);
+    std::fputs("   -jobs N\n", stdout);
+    std::fputs("        Runs gcov N times at once. Default is the number of processors.\n", stdout);
     std::fputs("   -help\n", stdout);
     std::fputs("        Prints this text.\n", stdout);
     std::fputs("   -version\n", stdout);
@@ -62,6 +79,24 @@ static void set_runs(import_options* options, const char* value) {
         import_error("-runs needs a number from 1 to 4294967295, not %s", printable(value).c_str());
 }
 
+static void set_gcov(import_options* options, const char* value) {
+    options->gcov = value;
+    options->gcc_option = "-gcov";
+}
+
+static void set_jobs(import_options* options, const char* value) {
+    const char* end = value + std::strlen(value);
+    const std::from_chars_result result = std::from_chars(value, end, options->jobs);
+    if (result.ec != std::errc() || result.ptr != end || options->jobs == 0 || options->jobs > kMostJobs)
+        import_error("-jobs needs a number from 1 to %u, not %s", kMostJobs, printable(value).c_str());
+    options->gcc_option = "-jobs";
+}
+
+static void set_all(import_options* options, const char*) {
+    options->all_sources = true;
+    options->gcc_option = "-all";
+}
+
 static void show_help(import_options*, const char*) {
     print_usage();
     pgt_Exit(0);
@@ -74,7 +109,8 @@ static void show_version(import_options*, const char*) {
 
 static const import_option option_table[] = {
     {"-spi", "a file name", set_spi}, {"-dpi", "a file name", set_dpi}, {"-root", "a directory", set_root},
-    {"-runs", "a number", set_runs},  {"-help", nullptr, show_help},    {"-version", nullptr, show_version},
+    {"-runs", "a number", set_runs},  {"-gcov", "a program", set_gcov}, {"-jobs", "a number", set_jobs},
+    {"-all", nullptr, set_all},       {"-help", nullptr, show_help},    {"-version", nullptr, show_version},
 };
 
 static const import_option* find_option(const char* argument) {
@@ -101,7 +137,21 @@ static int take_option(int argc, char** argv, int index, import_options* options
     return index + 1;
 }
 
+static bool take_format(std::string_view word, import_options* options) {
+    static constexpr std::pair<std::string_view, import_format> formats[] = {{"clang", import_format::clang},
+                                                                             {"gcc", import_format::gcc}};
+    for (const auto& [name, format] : formats) {
+        if (name != word)
+            continue;
+        options->format = format;
+        return true;
+    }
+    return false;
+}
+
 static void check_options(const import_options& options) {
+    if (options.gcc_option && options.format != import_format::gcc)
+        import_error("option %s is for the format gcc only", options.gcc_option);
     if (options.spi_file.empty() || options.dpi_file.empty())
         import_error("the name of a profile to write is empty");
     if (options.spi_file == options.dpi_file)
@@ -117,12 +167,12 @@ void parse_import_options(int argc, char** argv, import_options* options) {
             i = take_option(argc, argv, i, options);
         else if (format_given)
             options->inputs.emplace_back(argument);
-        else if (argument == "clang")
+        else if (take_format(argument, options))
             format_given = true;
         else
-            import_error("unknown format %s; the only one is clang", printable(argument).c_str());
+            import_error("unknown format %s; there are clang and gcc", printable(argument).c_str());
     }
     if (!format_given)
-        import_error("no format given: vexcov-import clang [options] [files] (see vexcov-import -help)");
+        import_error("no format given: vexcov-import FORMAT [options] [inputs] (see vexcov-import -help)");
     check_options(*options);
 }

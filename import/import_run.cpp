@@ -2,6 +2,7 @@
 
 #include "common/fatal.h"
 #include "import/clang_export.h"
+#include "import/gcc/gcc_import.h"
 #include "import/import_message.h"
 #include "import/main_file.h"
 #include "import/profile_data.h"
@@ -101,7 +102,7 @@ static void print_warnings(const collected& all, const profile_data& profile) {
             static_cast<unsigned long long>(profile.misplaced));
 }
 
-void run_import(const import_options& options) {
+static void run_clang_import(const import_options& options) {
     const source_names names(options.root);
     collected all;
     read_inputs(options, names, &all);
@@ -113,4 +114,13 @@ void run_import(const import_options& options) {
         pgt_Exit(1);
     write_profiles(profile, options.dpi_file, options.spi_file, options.runs);
     print_warnings(all, profile);
+}
+
+void run_import(const import_options& options) {
+    switch (options.format) {
+    case import_format::clang:
+        return run_clang_import(options);
+    case import_format::gcc:
+        return run_gcc_import(options);
+    }
 }

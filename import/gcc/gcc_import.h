@@ -1,0 +1,10 @@
+// A whole run of "vexcov-import gcc".
+#pragma once
+
+#include "import/import_options.h"
+
+/// Reads the counters of every object and the JSON files that the command line names, and writes the two
+/// profiles. Without inputs, the working directory is searched for objects. Any failure ends the run with a
+/// message and status 1, with both profiles as they were; what is wrong with single objects is told in
+/// warnings.
+void run_gcc_import(const import_options& options);

@@ -1,0 +1,40 @@
+#include "import/gcc/source_selection.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+static bool is_there(const fs::path& path) {
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+std::optional<std::string> source_selection::find_name(std::string_view directory,
+                                                       std::string_view file) const {
+    fs::path path = file;
+    if (path.is_relative() && !directory.empty()) {
+        path = (fs::path(directory) / file).lexically_normal();
+        if (!root_.empty() && !is_there(path)) {
+            std::error_code error;
+            const fs::path below_root = (fs::absolute(root_, error) / file).lexically_normal();
+            if (!error && is_there(below_root))
+                path = below_root;
+        }
+    }
+    const std::string name = names_.name_in_profile(path.lexically_normal().string());
+    if (!root_.empty() && !all_ && name.starts_with('/'))
+        return std::nullopt;
+    return name;
+}
+
+const std::optional<std::string>& source_selection::name_of(std::string_view directory,
+                                                            std::string_view file) {
+    pair_.assign(directory);
+    pair_ += '\0';
+    pair_ += file;
+    const auto found = known_.find(pair_);
+    if (found != known_.end())
+        return found->second;
+    return known_.emplace(pair_, find_name(directory, file)).first->second;
+}
