@@ -24,6 +24,7 @@ struct import_option {
 static void print_usage() {
     std::fputs("Usage: vexcov-import clang [options] [files]\n", stdout);
     std::fputs("       vexcov-import gcc [-gcov PROGRAM] [-jobs N] [-all] [options] [inputs]\n", stdout);
+    std::fputs("       vexcov-import lcov [options] files\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("Turns the coverage data of other tools into a profile that vexcov reads. Several inputs\n",
                stdout);
@@ -39,6 +40,8 @@ static void print_usage() {
     std::fputs("which is searched for .gcno and .gcda files (default is the working directory), a .gcda\n",
                stdout);
     std::fputs("file, or a .json or .json.gz file that gcov --json-format wrote.\n", stdout);
+    std::fputs("\n", stdout);
+    std::fputs("lcov: trace files (.info) of lcov and of tools that write its format.\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("   -spi FILE\n", stdout);
     std::fputs("        Writes the static profile to FILE. Default is pgopti.spi\n", stdout);
@@ -138,8 +141,8 @@ static int take_option(int argc, char** argv, int index, import_options* options
 }
 
 static bool take_format(std::string_view word, import_options* options) {
-    static constexpr std::pair<std::string_view, import_format> formats[] = {{"clang", import_format::clang},
-                                                                             {"gcc", import_format::gcc}};
+    static constexpr std::pair<std::string_view, import_format> formats[] = {
+        {"clang", import_format::clang}, {"gcc", import_format::gcc}, {"lcov", import_format::lcov}};
     for (const auto& [name, format] : formats) {
         if (name != word)
             continue;
@@ -170,7 +173,7 @@ void parse_import_options(int argc, char** argv, import_options* options) {
         else if (take_format(argument, options))
             format_given = true;
         else
-            import_error("unknown format %s; there are clang and gcc", printable(argument).c_str());
+            import_error("unknown format %s; there are clang, gcc and lcov", printable(argument).c_str());
     }
     if (!format_given)
         import_error("no format given: vexcov-import FORMAT [options] [inputs] (see vexcov-import -help)");

@@ -6,7 +6,7 @@
 #include <vector>
 
 /// What the inputs are.
-enum class import_format { clang, gcc };
+enum class import_format { clang, gcc, lcov };
 
 /// What the command line asks for; fixed before the first input is read.
 struct import_options {

@@ -4,6 +4,7 @@
 #include "import/clang_export.h"
 #include "import/gcc/gcc_import.h"
 #include "import/import_message.h"
+#include "import/lcov/lcov_import.h"
 #include "import/main_file.h"
 #include "import/profile_data.h"
 #include "import/profile_writer.h"
@@ -122,5 +123,7 @@ void run_import(const import_options& options) {
         return run_clang_import(options);
     case import_format::gcc:
         return run_gcc_import(options);
+    case import_format::lcov:
+        return run_lcov_import(options);
     }
 }
