@@ -22,7 +22,7 @@ static void warn_of(std::vector<std::string> names, const char* what) {
     std::sort(names.begin(), names.end());
     std::string list;
     for (std::size_t i = 0; i < names.size() && i < kNamesShown; ++i)
-        list += "\n   " + printable(names[i]);
+        list += "\n   " + shown_path(names[i]);
     if (names.size() > kNamesShown)
         list += "\n   and " + std::to_string(names.size() - kNamesShown) + " more";
     import_warning("%zu %s:%s", names.size(), what, list.c_str());

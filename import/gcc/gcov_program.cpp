@@ -74,7 +74,7 @@ std::string gcov_programs::find(const gcc_object& object) const {
     const std::optional<compiler_version> version = version_of(program);
     if (version && version->major == object.version.major)
         return program;
-    const std::string compiled = printable(object.notes) + " was compiled by " + object.version.text();
+    const std::string compiled = shown_path(object.notes) + " was compiled by " + object.version.text();
     if (given_.empty())
         import_error(
             "%s, and there is no gcov of that version: there is no %s in PATH, and %s (name one with -gcov)",
@@ -94,6 +94,6 @@ const std::string& gcov_programs::program_for(const gcc_object& object) {
     if (major < kOldestGcc)
         import_error("%s was compiled by clang, or by %s, whose gcov writes no JSON; for clang, build with "
                      "-fprofile-instr-generate -fcoverage-mapping and see vexcov-import clang",
-                     printable(object.notes).c_str(), object.version.text().c_str());
+                     shown_path(object.notes).c_str(), object.version.text().c_str());
     return known_.emplace(major, find(object)).first->second;
 }

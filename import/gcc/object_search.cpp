@@ -22,6 +22,13 @@ static std::string absolute_name(const fs::path& path) {
     return (error ? path : whole).lexically_normal().string();
 }
 
+std::string shown_path(const std::string& path) {
+    std::error_code error;
+    const std::string here = (fs::current_path(error) / "").string();
+    const bool below = !error && path.size() > here.size() && path.starts_with(here);
+    return printable(below ? path.substr(here.size()) : path);
+}
+
 void object_search::add_directory(const std::string& path) {
     std::error_code error;
     std::vector<fs::path> open = {path};
@@ -42,7 +49,7 @@ void object_search::add_directory(const std::string& path) {
                 counters_.push_back(absolute_name(name));
         }
         if (error)
-            closed_.push_back(directory.string());
+            closed_.push_back(absolute_name(directory));
     }
 }
 

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-/// What gcov is to read.
+/// What gcov is to read. Paths are absolute.
 struct gcc_object {
-    std::string notes;    ///< path of the .gcno file
-    std::string counters; ///< path of the .gcda file; empty: the object was never run
+    std::string notes;    ///< the .gcno file
+    std::string counters; ///< the .gcda file; empty: the object was never run
     compiler_version version;
 };
 
@@ -22,6 +22,9 @@ struct object_list {
     std::vector<std::string> damaged_counters; ///< counter files that are empty, cut short or none
     std::vector<std::string> closed;           ///< directories that could not be read
 };
+
+/// A path for messages: relative to the working directory when it lies below, control characters made visible.
+std::string shown_path(const std::string& path);
 
 class object_search {
   public:
