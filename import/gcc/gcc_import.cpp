@@ -64,7 +64,7 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
 }
 
 /// Reads every input into the store.
-static void read_inputs(const import_options& options, line_store* store) {
+static void read_inputs(const import_options& options, const std::string& prefix, line_store* store) {
     const auto add = [store](const gcov_document& document) { store->add(document); };
     object_search search;
     if (options.inputs.empty())
@@ -77,14 +77,14 @@ static void read_inputs(const import_options& options, line_store* store) {
     }
     const object_list list = search.pair();
     gcov_programs programs(options.gcov);
-    warn_of_objects(
-        list, run_gcov(list.objects, &programs, options.jobs == 0 ? default_jobs() : options.jobs, add));
+    const unsigned jobs = options.jobs == 0 ? default_jobs() : options.jobs;
+    warn_of_objects(list, run_gcov(list.objects, &programs, jobs, prefix, add));
 }
 
 void run_gcc_import(const import_options& options) {
     source_selection sources(options.root, options.all_sources);
     line_store store(&sources);
-    read_inputs(options, &store);
+    read_inputs(options, sources.prefix(), &store);
     if (store.functions().empty())
         import_error("the input holds no functions");
     const std::uint64_t clamped = store.clamped();

@@ -38,8 +38,12 @@ struct job {
 class job_list {
   public:
     job_list(const std::vector<gcc_object>& objects, gcov_programs* programs, unsigned jobs,
-             const std::function<void(const gcov_document&)>& on_document, std::chrono::seconds patience)
+             const std::string& prefix, const std::function<void(const gcov_document&)>& on_document,
+             std::chrono::seconds patience)
         : objects_(objects), programs_(*programs), patience_(patience) {
+        if (!prefix.empty())
+            arguments_.insert(arguments_.end(), {"--relative-only", "--source-prefix", prefix});
+        arguments_.emplace_back(); // the object
         const std::size_t number = std::min<std::size_t>(std::max(jobs, 1U), objects.size());
         for (std::size_t i = 0; i < number; ++i)
             jobs_.push_back(std::make_unique<job>(i, on_document));
@@ -57,6 +61,7 @@ class job_list {
     const std::vector<gcc_object>& objects_;
     gcov_programs& programs_;
     std::chrono::seconds patience_;
+    std::vector<std::string> arguments_ = {"--json-format", "--stdout"};
     std::vector<std::unique_ptr<job>> jobs_;
     std::size_t next_ = 0;    ///< object to start
     std::size_t running_ = 0; ///< jobs that have one
@@ -68,8 +73,8 @@ class job_list {
 bool job_list::start(job* free) {
     const gcc_object& object = objects_[next_];
     const std::string& program = programs_.program_for(object);
-    const int error =
-        free->child.start(program, {"--json-format", "--stdout", links_.name_for(object, free->number)});
+    arguments_.back() = links_.name_for(object, free->number);
+    const int error = free->child.start(program, arguments_);
     if (error != 0) {
         links_.release(free->number);
         if (running_ == 0 || (error != EAGAIN && error != EMFILE && error != ENFILE && error != ENOMEM))
@@ -160,11 +165,12 @@ gcov_troubles job_list::run() {
 } // namespace
 
 gcov_troubles run_gcov(const std::vector<gcc_object>& objects, gcov_programs* programs, unsigned jobs,
+                       const std::string& prefix,
                        const std::function<void(const gcov_document&)>& on_document,
                        std::chrono::seconds patience) {
     for (const gcc_object& object : objects) // before anything is read
         programs->program_for(object);
-    return job_list(objects, programs, jobs, on_document, patience).run();
+    return job_list(objects, programs, jobs, prefix, on_document, patience).run();
 }
 
 unsigned default_jobs() {

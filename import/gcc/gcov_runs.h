@@ -22,9 +22,11 @@ struct gcov_troubles {
 };
 
 /// Runs gcov once for each object, at most `jobs` at a time, and hands out each document when it is complete,
-/// in no particular order. Ends the run with a message when gcov cannot be started. A gcov that is silent for
-/// longer than `patience` is ended.
+/// in no particular order. With a `prefix`, gcov leaves out source files with absolute names outside of this
+/// directory, such as system headers, which are most of what it has to do for C++. Ends the run with a
+/// message when gcov cannot be started. A gcov that is silent for longer than `patience` is ended.
 gcov_troubles run_gcov(const std::vector<gcc_object>& objects, gcov_programs* programs, unsigned jobs,
+                       const std::string& prefix,
                        const std::function<void(const gcov_document&)>& on_document,
                        std::chrono::seconds patience = kLongestSilence);
 

@@ -23,7 +23,8 @@ struct object_list {
     std::vector<std::string> closed;           ///< directories that could not be read
 };
 
-/// A path for messages: relative to the working directory when it lies below, control characters made visible.
+/// A path for messages: relative to the working directory when it lies below, control characters made
+/// visible.
 std::string shown_path(const std::string& path);
 
 class object_search {

@@ -28,6 +28,16 @@ std::optional<std::string> source_selection::find_name(std::string_view director
     return name;
 }
 
+/// A root that symbolic links lead to has a second name.
+std::string source_selection::prefix() const {
+    std::error_code error;
+    if (root_.empty() || all_)
+        return "";
+    const fs::path physical = fs::canonical(root_, error);
+    const std::string lexical = (fs::absolute(root_, error) / "").lexically_normal().string();
+    return !error && lexical == (physical / "").string() && lexical.size() > 1 ? physical.string() : "";
+}
+
 const std::optional<std::string>& source_selection::name_of(std::string_view directory,
                                                             std::string_view file) {
     pair_.assign(directory);

@@ -19,6 +19,10 @@ class source_selection {
     /// can be told to write other names than those they read. The result is valid until the next call.
     const std::optional<std::string>& name_of(std::string_view directory, std::string_view file);
 
+    /// The directory outside of which no source file with an absolute name is needed, without a slash at its
+    /// end; empty when there is none.
+    std::string prefix() const;
+
     const source_names& names() const { return names_; }
 
   private:
