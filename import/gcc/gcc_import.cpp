@@ -12,6 +12,7 @@
 #include "import/profile_writer.h"
 
 #include <algorithm>
+#include <utility>
 
 constexpr std::size_t kNamesShown = 20; ///< of one warning; the rest is counted
 
@@ -28,7 +29,8 @@ static void warn_of(std::vector<std::string> names, const char* what) {
     import_warning("%zu %s:%s", names.size(), what, list.c_str());
 }
 
-static void warn_of_objects(const object_list& list, gcov_troubles troubles) {
+/// Warns of all that is wrong with single objects. True when gcov could read each of them.
+static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
     std::vector<std::string> damaged = list.damaged_counters;
     for (std::string& counters : troubles.damaged) {
         if (!std::binary_search(list.rebuilt.begin(), list.rebuilt.end(), counters) &&
@@ -44,7 +46,9 @@ static void warn_of_objects(const object_list& list, gcov_troubles troubles) {
         "counter files are cut short or damaged; what gcov could not read of them counts as not executed");
     warn_of(list.without_notes, "counter files have no notes file (.gcno) and were left out");
     warn_of(list.damaged_notes, "notes files are damaged and were left out");
-    warn_of(troubles.unreadable, "objects could not be read by gcov and were left out");
+    const bool complete = troubles.unreadable.empty();
+    warn_of(std::move(troubles.unreadable), "objects could not be read by gcov and were left out");
+    return complete;
 }
 
 static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
@@ -63,8 +67,8 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             number(made.profile.misplaced));
 }
 
-/// Reads every input into the store.
-static void read_inputs(const import_options& options, const std::string& prefix, line_store* store) {
+/// Reads every input into the store. False when some object could not be read, which has been said.
+static bool read_inputs(const import_options& options, const std::string& prefix, line_store* store) {
     const auto add = [store](const gcov_document& document) { store->add(document); };
     object_search search;
     if (options.inputs.empty())
@@ -78,13 +82,13 @@ static void read_inputs(const import_options& options, const std::string& prefix
     const object_list list = search.pair();
     gcov_programs programs(options.gcov);
     const unsigned jobs = options.jobs == 0 ? default_jobs() : options.jobs;
-    warn_of_objects(list, run_gcov(list.objects, &programs, jobs, prefix, add));
+    return warn_of_objects(list, run_gcov(list.objects, &programs, jobs, prefix, add));
 }
 
 void run_gcc_import(const import_options& options) {
     source_selection sources(options.root, options.all_sources);
     line_store store(&sources);
-    read_inputs(options, sources.prefix(), &store);
+    const bool complete = read_inputs(options, sources.prefix(), &store);
     if (store.functions().empty())
         import_error("the input holds no functions");
     const std::uint64_t clamped = store.clamped();
@@ -94,4 +98,6 @@ void run_gcc_import(const import_options& options) {
         pgt_Exit(1);
     write_profiles(made.profile, options.dpi_file, options.spi_file, options.runs);
     warn_of_figures(made, clamped);
+    if (!complete)
+        pgt_Incomplete();
 }

@@ -12,19 +12,19 @@ namespace {
 /// Makes the records of one source file.
 class file_placer {
   public:
-    file_placer(line_store* store, std::vector<std::uint32_t> indices)
-        : store_(*store), indices_(std::move(indices)) {}
+    file_placer(std::vector<counted_function>* functions, std::vector<std::uint32_t> indices)
+        : functions_(*functions), indices_(std::move(indices)) {}
 
     std::vector<placed_function> place(const source_lines& source);
 
   private:
-    const counted_function& at(std::size_t i) const { return store_.functions()[indices_[i]]; }
+    const counted_function& at(std::size_t i) const { return functions_[indices_[i]]; }
     void order();
     void find_code_before();
     void find_shared_lines();
     void share_first_line(const counted_function& inner, std::size_t outer);
 
-    line_store& store_;
+    std::vector<counted_function>& functions_;
     std::vector<std::uint32_t> indices_; ///< of the file's functions, ascending by start, the longer first
     std::vector<function_surroundings> surroundings_;
     std::vector<std::uint32_t> called_starts_; ///< lines on which called functions begin, ascending
@@ -32,8 +32,8 @@ class file_placer {
 
 void file_placer::order() {
     std::sort(indices_.begin(), indices_.end(), [this](std::uint32_t a, std::uint32_t b) {
-        const counted_function& x = store_.functions()[a];
-        const counted_function& y = store_.functions()[b];
+        const counted_function& x = functions_[a];
+        const counted_function& y = functions_[b];
         if (x.extent.start != y.extent.start)
             return x.extent.start < y.extent.start;
         if (x.extent.end != y.extent.end)
@@ -91,7 +91,7 @@ std::vector<placed_function> file_placer::place(const source_lines& source) {
     std::vector<placed_function> functions;
     for (std::size_t i = 0; i < indices_.size(); ++i) {
         functions.push_back(place_function(at(i), surroundings_[i], called_starts_, source));
-        store_.functions()[indices_[i]].lines = {};
+        functions_[indices_[i]].lines = {};
     }
     return functions;
 }
@@ -121,21 +121,22 @@ static std::vector<std::uint32_t> order_of_names(const std::vector<std::string>&
 
 line_profile build_line_profile(line_store* store, const source_names& names) {
     line_profile result;
+    std::vector<counted_function>& functions = store->functions();
     std::vector<std::vector<std::uint32_t>> by_file(store->files().size());
-    for (std::uint32_t i = 0; i < store->functions().size(); ++i)
-        by_file[store->functions()[i].file].push_back(i);
+    for (std::uint32_t i = 0; i < functions.size(); ++i)
+        by_file[functions[i].file].push_back(i);
     for (const std::uint32_t file : order_of_names(store->files())) {
         const std::string& name = store->files()[file];
         const source_text text(names.path_of(name));
         const source_lines source(text);
         result.unreadable += source.readable() ? 0 : 1;
-        std::vector<placed_function> functions = file_placer(store, std::move(by_file[file])).place(source);
-        result.profile.misplaced += count_misplaced(functions, source);
+        std::vector<placed_function> placed = file_placer(&functions, std::move(by_file[file])).place(source);
+        result.profile.misplaced += count_misplaced(placed, source);
         result.profile.files.push_back(name);
-        add_file_records(static_cast<std::uint32_t>(result.profile.files.size() - 1), std::move(functions),
+        add_file_records(static_cast<std::uint32_t>(result.profile.files.size() - 1), std::move(placed),
                          &result.profile);
     }
-    store->functions().clear();
+    functions.clear();
     sort_records(&result.profile);
     return result;
 }

@@ -1,5 +1,7 @@
 #include "import/gcc/line_store.h"
 
+#include "import/gcc/sorted_merge.h"
+
 #include <algorithm>
 #include <functional>
 #include <tuple>
@@ -28,7 +30,7 @@ std::uint32_t line_store::function_index(std::uint32_t file, std::string_view de
         if (function.file == file && function.extent.start == start && function.demangled == demangled)
             return i;
     }
-    functions_.push_back({file, head->second, {}, std::string(demangled), {start, start}, 0, {}});
+    functions_.push_back({file, head->second, {}, std::string(demangled), {start, start}, 0, {}, {}});
     head->second = static_cast<std::uint32_t>(functions_.size() - 1);
     return head->second;
 }
@@ -45,6 +47,14 @@ std::uint32_t line_store::add_function(const gcov_document& document, const gcov
     return index;
 }
 
+static bool before(const counted_line& a, const counted_line& b) {
+    return a.line < b.line;
+}
+
+static bool same_place(const counted_line& a, const counted_line& b) {
+    return a.line == b.line;
+}
+
 static void add_up(counted_line* line, const counted_line& other) {
     line->complete = line->complete || other.complete;
     line->unexecuted = line->unexecuted || other.unexecuted;
@@ -52,7 +62,7 @@ static void add_up(counted_line* line, const counted_line& other) {
 }
 
 /// Gathers the file's lines by function and line.
-void line_store::collect_lines(const gcov_document& document, const gcov_file& file, std::uint32_t index) {
+void line_store::gather_lines(const gcov_document& document, const gcov_file& file, std::uint32_t index) {
     const std::vector<std::uint32_t>& owners = owners_.find(document, file);
     arriving_.clear();
     for (std::size_t i = 0; i < file.lines; ++i) {
@@ -74,23 +84,6 @@ void line_store::collect_lines(const gcov_document& document, const gcov_file& f
     });
 }
 
-/// Adds lines of one function, ascending, to those that it has.
-void line_store::merge_lines(const arriving_line* begin, const arriving_line* end) {
-    std::vector<counted_line>& lines = functions_[begin->function].lines;
-    merged_.clear();
-    auto old = lines.begin();
-    for (const arriving_line* line = begin; line != end; ++line) {
-        while (old != lines.end() && old->line <= line->counted.line)
-            merged_.push_back(*old++);
-        if (!merged_.empty() && merged_.back().line == line->counted.line)
-            add_up(&merged_.back(), line->counted);
-        else
-            merged_.push_back(line->counted);
-    }
-    merged_.insert(merged_.end(), old, lines.end());
-    lines.assign(merged_.begin(), merged_.end());
-}
-
 void line_store::add_file(const gcov_document& document, const gcov_file& file, std::uint32_t index) {
     stored_.assign(file.functions, kNone);
     for (std::size_t i = 0; i < file.functions; ++i) {
@@ -98,15 +91,21 @@ void line_store::add_file(const gcov_document& document, const gcov_file& file, 
         if (function.start.line != 0)
             stored_[i] = add_function(document, function, index);
     }
-    collect_lines(document, file, index);
-    const arriving_line* const end = arriving_.data() + arriving_.size();
-    for (const arriving_line* line = arriving_.data(); line != end;) {
-        const arriving_line* behind = line;
-        while (behind != end && behind->function == line->function)
-            ++behind;
-        merge_lines(line, behind);
-        line = behind;
+    gather_lines(document, file, index);
+    for (std::size_t i = 0; i < arriving_.size();) {
+        counted_function& function = functions_[arriving_[i].function];
+        of_function_.clear();
+        for (const std::uint32_t number = arriving_[i].function;
+             i < arriving_.size() && arriving_[i].function == number; ++i)
+            of_function_.push_back(arriving_[i].counted);
+        collect_in_order(&function.lines, &function.more, of_function_.begin(), of_function_.end());
     }
+}
+
+std::vector<counted_function>& line_store::functions() {
+    for (counted_function& function : functions_)
+        merge_in_order(&function.lines, &function.more);
+    return functions_;
 }
 
 void line_store::add(const gcov_document& document) {

@@ -29,6 +29,7 @@ struct counted_function {
     source_extent extent;            ///< from its name to its closing brace; line 0: the code of no function
     std::uint64_t entries;           ///< executions, of all copies
     std::vector<counted_line> lines; ///< ascending, each once
+    std::vector<counted_line> more;  ///< added since, in any order; for the store only
 };
 
 class line_store {
@@ -43,7 +44,8 @@ class line_store {
     /// Names in the profile.
     const std::vector<std::string>& files() const { return files_; }
 
-    std::vector<counted_function>& functions() { return functions_; }
+    /// Everything that was added.
+    std::vector<counted_function>& functions();
 
     /// Counts that were clamped.
     std::uint64_t clamped() const { return clamped_; }
@@ -60,8 +62,7 @@ class line_store {
     std::uint32_t add_function(const gcov_document& document, const gcov_function& function,
                                std::uint32_t file);
     void add_file(const gcov_document& document, const gcov_file& file, std::uint32_t index);
-    void collect_lines(const gcov_document& document, const gcov_file& file, std::uint32_t index);
-    void merge_lines(const arriving_line* begin, const arriving_line* end);
+    void gather_lines(const gcov_document& document, const gcov_file& file, std::uint32_t index);
 
     source_selection& sources_;
     line_owners owners_;
@@ -74,5 +75,5 @@ class line_store {
     // The file being added; kept for their memory.
     std::vector<std::uint32_t> stored_; ///< for each function of the file its index in functions_
     std::vector<arriving_line> arriving_;
-    std::vector<counted_line> merged_;
+    std::vector<counted_line> of_function_; ///< the arriving lines of one function
 };

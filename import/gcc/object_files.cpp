@@ -1,7 +1,10 @@
 #include "import/gcc/object_files.h"
 
+#include "import/import_message.h"
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
@@ -54,8 +57,11 @@ static bool read_at(int descriptor, char* bytes, std::size_t size, off_t offset)
 static std::optional<object_head> read_head(const std::string& path, std::string_view magic,
                                             bool to_the_end) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (descriptor == -1)
+    if (descriptor == -1) {
+        if (errno != ENOENT && errno != EACCES) // not the file's fault
+            import_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
         return std::nullopt;
+    }
     struct stat status;
     std::array<char, kHeadSize> bytes = {};
     std::array<char, kEndSize> end = {};

@@ -27,6 +27,8 @@ struct object_head {
     std::uint32_t stamp = 0;
 };
 
+// A file that is there and cannot be opened for lack of descriptors and the like ends the run with a message.
+
 /// The head of a notes file; nothing when it cannot be read, is none, or is of no known version.
 std::optional<object_head> read_notes_head(const std::string& path);
 

@@ -48,7 +48,10 @@ void object_search::add_directory(const std::string& path) {
             else if (name.native().ends_with(kCounters))
                 counters_.push_back(absolute_name(name));
         }
-        if (error)
+        if (error && error != std::errc::permission_denied && error != std::errc::no_such_file_or_directory)
+            import_error("cannot read %s: %s", shown_path(absolute_name(directory)).c_str(),
+                         error.message().c_str());
+        if (error == std::errc::permission_denied)
             closed_.push_back(absolute_name(directory));
     }
 }

@@ -155,8 +155,20 @@ void trace_reader::count_functions() {
     }
 }
 
+/// clang writes the source file in front of the names of local functions: "file.c:name", "path/file.c;name".
+static std::string_view without_file(std::string_view name, std::string_view file) {
+    const std::size_t separator = name.find_first_of(":;");
+    if (separator == std::string_view::npos || separator == 0 || separator + 1 == name.size())
+        return name;
+    const std::string_view prefix = name.substr(0, separator);
+    const bool scope = name[separator + 1] == ':';
+    return !scope && (file.ends_with(prefix) || prefix.ends_with(file)) ? name.substr(separator + 1) : name;
+}
+
 void trace_reader::end_section() {
     count_functions();
+    for (trace_function& function : section_.functions)
+        function.name.erase(0, function.name.size() - without_file(function.name, section_.file).size());
     std::erase_if(section_.functions, [](const trace_function& function) { return function.line == 0; });
     on_section_(section_);
     open_ = false;
