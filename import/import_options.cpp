@@ -2,20 +2,29 @@
 
 #include "common/fatal.h"
 #include "common/option_table.h"
+#include "import/gcc/gcov_runs.h"
 #include "import/import_message.h"
 
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
+#include <utility>
 
 #ifndef VEXCOV_VERSION
 #define VEXCOV_VERSION "1.0.0"
 #endif
 
 static void print_usage() {
-    std::fputs("Usage: vexcov-import clang [-spi FILE] [-dpi FILE] [-root DIR] [-runs N] [files]\n", stdout);
+    std::fputs("Usage: vexcov-import clang [options] [files]\n", stdout);
+    std::fputs("       vexcov-import gcc [-gcov PROGRAM] [-jobs N] [-all] [options] [inputs]\n", stdout);
+    std::fputs("       vexcov-import lcov [options] files\n", stdout);
     std::fputs("\n", stdout);
-    std::fputs("Turns coverage data of clang into a profile that vexcov reads. The files are\n", stdout);
+    std::fputs("Turns the coverage data of other tools into a profile that vexcov reads. Several inputs\n",
+               stdout);
+    std::fputs("are merged; - is the standard input.\n", stdout);
+    std::fputs("\n", stdout);
+    std::fputs("clang: files and directories:\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("   programs, libraries, object files and archives that were compiled with\n", stdout);
     std::fputs("   -fprofile-instr-generate -fcoverage-mapping, and the profiles of their runs,\n", stdout);
@@ -27,20 +36,34 @@ static void print_usage() {
     std::fputs("   llvm-cov export -format=text -skip-expansions -instr-profile=app.profdata ./app\n",
                stdout);
     std::fputs("\n", stdout);
-    std::fputs("and are merged. Programs that are not named are looked for below the working directory by\n",
+    std::fputs("Programs that are not named are looked for below the working directory by the build IDs\n",
                stdout);
-    std::fputs("the build IDs of raw profiles. Without a file an export is read from standard input.\n",
+    std::fputs("of raw profiles. Without a file an export is read from standard input.\n", stdout);
+    std::fputs("\n", stdout);
+    std::fputs("gcc: the counters of programs that were built with --coverage. An input is a directory,\n",
                stdout);
+    std::fputs("which is searched for .gcno and .gcda files (default is the working directory), a .gcda\n",
+               stdout);
+    std::fputs("file, or a .json or .json.gz file that gcov --json-format wrote.\n", stdout);
+    std::fputs("\n", stdout);
+    std::fputs("lcov: trace files (.info) of lcov and of tools that write its format.\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("   -spi FILE\n", stdout);
     std::fputs("        Writes the static profile to FILE. Default is pgopti.spi\n", stdout);
     std::fputs("   -dpi FILE\n", stdout);
     std::fputs("        Writes the dynamic profile to FILE. Default is pgopti.dpi\n", stdout);
     std::fputs("   -root DIR\n", stdout);
-    std::fputs("        Writes the names of source files below DIR relative to it.\n", stdout);
-    std::fputs("        All names stay as the compiler gave them by default.\n", stdout);
+    std::fputs("        Writes the names of source files below DIR relative to it, and with gcc leaves\n",
+               stdout);
+    std::fputs("        out all others. All names stay as they were given by default.\n", stdout);
     std::fputs("   -runs N\n", stdout);
     std::fputs("        Sets the number of runs that the counts stand for. Default is 1\n", stdout);
+    std::fputs("   -all\n", stdout);
+    std::fputs("        Keeps the source files outside of -root, such as system headers.\n", stdout);
+    std::fputs("   -gcov PROGRAM\n", stdout);
+    std::fputs("        Runs PROGRAM. Default is the gcov of the compiler's version.\n", stdout);
+    std::fputs("   -jobs N\n", stdout);
+    std::fputs("        Runs gcov N times at once. Default is the number of processors.\n", stdout);
     std::fputs("   -help\n", stdout);
     std::fputs("        Prints this text.\n", stdout);
     std::fputs("   -version\n", stdout);
@@ -64,6 +87,24 @@ static void set_runs(import_options* options, const char* value) {
         import_error("-runs needs a number from 1 to 4294967295, not %s", printable(value).c_str());
 }
 
+static void set_gcov(import_options* options, const char* value) {
+    options->gcov = value;
+    options->gcc_option = "-gcov";
+}
+
+static void set_jobs(import_options* options, const char* value) {
+    const char* end = value + std::strlen(value);
+    const std::from_chars_result result = std::from_chars(value, end, options->jobs);
+    if (result.ec != std::errc() || result.ptr != end || options->jobs == 0 || options->jobs > kMostJobs)
+        import_error("-jobs needs a number from 1 to %u, not %s", kMostJobs, printable(value).c_str());
+    options->gcc_option = "-jobs";
+}
+
+static void set_all(import_options* options, const char*) {
+    options->all_sources = true;
+    options->gcc_option = "-all";
+}
+
 static void show_help(import_options*, const char*) {
     print_usage();
     pgt_Exit(0);
@@ -76,22 +117,38 @@ static void show_version(import_options*, const char*) {
 
 /// With what the message for a missing value names.
 static const option_row<import_options*> option_table[] = {
-    {"-spi", set_spi, true, "a file name"},   {"-dpi", set_dpi, true, "a file name"},
-    {"-root", set_root, true, "a directory"}, {"-runs", set_runs, true, "a number"},
-    {"-help", show_help, false, nullptr},     {"-version", show_version, false, nullptr},
+    {"-spi", set_spi, true, "a file name"},     {"-dpi", set_dpi, true, "a file name"},
+    {"-root", set_root, true, "a directory"},   {"-runs", set_runs, true, "a number"},
+    {"-gcov", set_gcov, true, "a program"},     {"-jobs", set_jobs, true, "a number"},
+    {"-all", set_all, false, nullptr},          {"-help", show_help, false, nullptr},
+    {"-version", show_version, false, nullptr},
 };
+
+static bool take_format(std::string_view word, import_options* options) {
+    static constexpr std::pair<std::string_view, import_format> formats[] = {
+        {"clang", import_format::clang}, {"gcc", import_format::gcc}, {"lcov", import_format::lcov}};
+    for (const auto& [name, format] : formats) {
+        if (name != word)
+            continue;
+        options->format = format;
+        return true;
+    }
+    return false;
+}
 
 /// Takes the name of the format, then those of the inputs.
 static void take_name(const char* name, bool* format_given, import_options* options) {
     if (*format_given)
         options->inputs.emplace_back(name);
-    else if (std::strcmp(name, "clang") == 0)
+    else if (take_format(name, options))
         *format_given = true;
     else
-        import_error("unknown format %s; the only one is clang", printable(name).c_str());
+        import_error("unknown format %s; there are clang, gcc and lcov", printable(name).c_str());
 }
 
 static void check_options(const import_options& options) {
+    if (options.gcc_option && options.format != import_format::gcc)
+        import_error("option %s is for the format gcc only", options.gcc_option);
     if (options.spi_file.empty() || options.dpi_file.empty())
         import_error("the name of a profile to write is empty");
     if (options.spi_file == options.dpi_file)
@@ -116,6 +173,6 @@ void parse_import_options(int argc, char** argv, import_options* options) {
         }
     }
     if (!format_given)
-        import_error("no format given: vexcov-import clang [options] [files] (see vexcov-import -help)");
+        import_error("no format given: vexcov-import FORMAT [options] [inputs] (see vexcov-import -help)");
     check_options(*options);
 }

@@ -1,17 +1,27 @@
-// Command line of vexcov-import: "vexcov-import clang [options] [files]".
+// Command line of vexcov-import: "vexcov-import FORMAT [options] [inputs]".
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+/// What the inputs are.
+enum class import_format { clang, gcc, lcov };
+
 /// What the command line asks for; fixed before the first input is read.
 struct import_options {
+    import_format format = import_format::clang;
     std::string spi_file = "pgopti.spi"; ///< static profile to write
     std::string dpi_file = "pgopti.dpi"; ///< dynamic profile to write
     std::string root;                    ///< source names below it become relative; empty: none do
     std::uint32_t runs = 1;              ///< number of runs that the profile stands for, at least 1
-    std::vector<std::string> inputs;     ///< exports to read, merged in this order; none: standard input
+    std::vector<std::string> inputs;     ///< what to read, merged in this order; none: the format's own input
+
+    // Of the format gcc.
+    std::string gcov;                 ///< program to run; empty: the one of the compiler
+    unsigned jobs = 0;                ///< runs of it at a time; 0: one for each processor
+    const char* gcc_option = nullptr; ///< one of these options that was given
+    bool all_sources = false;         ///< source files outside the root are read, too
 };
 
 /// Reads the argument vector into `options`. -help and -version print to standard output and end the run with

@@ -3,13 +3,15 @@
 #include "common/fatal.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
+#include "import/gcc/gcc_import.h"
 #include "import/import_message.h"
 #include "import/import_options.h"
+#include "import/lcov/lcov_import.h"
 #include "import/main_file.h"
 #include "import/profile_data.h"
 #include "import/record_store.h"
 #include "import/source_names.h"
-#include "profile/profile_pair.h"
+#include "import/write_pair.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -116,9 +118,7 @@ static void print_warnings(const collected& all, const profile_data& data) {
             static_cast<unsigned long long>(data.misplaced));
 }
 
-void run_importer(int argc, char** argv) {
-    import_options options;
-    parse_import_options(argc, argv, &options);
+static void run_clang_import(const import_options& options) {
     const source_names names(options.root);
     collected all;
     read_inputs(options, names, &all);
@@ -128,9 +128,19 @@ void run_importer(int argc, char** argv) {
     profile_data data = build_profile(&all.store, names);
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);
-    data.profile.num_runs = options.runs;
-    std::string error;
-    if (!PGOPTI_Write_Profiles(data.profile, PGOPTI_LAYOUT_64, options.dpi_file, options.spi_file, &error))
-        import_error("%s", error.c_str());
+    write_pair(std::move(data.profile), options);
     print_warnings(all, data);
+}
+
+void run_importer(int argc, char** argv) {
+    import_options options;
+    parse_import_options(argc, argv, &options);
+    switch (options.format) {
+    case import_format::clang:
+        return run_clang_import(options);
+    case import_format::gcc:
+        return run_gcc_import(options);
+    case import_format::lcov:
+        return run_lcov_import(options);
+    }
 }

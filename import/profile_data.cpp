@@ -173,11 +173,8 @@ void file_builder::add_routine(const std::string& name, candidate function) {
     routine.line = mark ? mark->line : function.extent.start.line;
     routine.block_count = static_cast<std::uint32_t>(function.blocks.size());
     routine.has_record = function.count > 0;
-    if (routine.has_record) {
-        routine.blocks.reserve(function.blocks.size());
-        for (const profile_block& block : function.blocks)
-            routine.blocks.push_back({{block.position.line, block.position.column}, block.count});
-    }
+    if (routine.has_record)
+        routine.blocks = stored_blocks(function.blocks);
     profile_.profile.routines.push_back(std::move(routine));
 }
 

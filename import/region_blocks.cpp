@@ -3,6 +3,14 @@
 #include <algorithm>
 #include <cstddef>
 
+std::vector<PGOPTI_BLOCK> stored_blocks(const std::vector<profile_block>& blocks) {
+    std::vector<PGOPTI_BLOCK> result;
+    result.reserve(blocks.size());
+    for (const profile_block& block : blocks)
+        result.push_back({{block.position.line, block.position.column}, block.count});
+    return result;
+}
+
 source_position first_code_inside(const source_extent& function, code_cursor* cursor) {
     const std::optional<source_position> code =
         cursor->next_code({function.start.line, function.start.column + 1});

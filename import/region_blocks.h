@@ -7,6 +7,7 @@
 #include "common/code_cursor.h"
 #include "common/source_text.h"
 #include "import/source_region.h"
+#include "profile/profile_content.h"
 
 #include <optional>
 #include <vector>
@@ -16,6 +17,9 @@ struct profile_block {
     source_position position;
     std::uint64_t count;
 };
+
+/// Blocks as the dynamic profile's writer takes them.
+std::vector<PGOPTI_BLOCK> stored_blocks(const std::vector<profile_block>& blocks);
 
 /// A function that is defined inside another one, such as the body of a lambda.
 struct nested_function {

@@ -1,0 +1,103 @@
+#include "import/gcc/gcc_import.h"
+
+#include "common/fatal.h"
+#include "import/gcc/file_records.h"
+#include "import/gcc/gcov_runs.h"
+#include "import/gcc/json_input.h"
+#include "import/gcc/line_profile.h"
+#include "import/gcc/line_store.h"
+#include "import/gcc/object_search.h"
+#include "import/gcc/source_selection.h"
+#include "import/import_message.h"
+#include "import/write_pair.h"
+
+#include <algorithm>
+#include <utility>
+
+constexpr std::size_t kNamesShown = 20; ///< of one warning; the rest is counted
+
+/// Warns of objects or files. `format` takes their number.
+static void warn_of(std::vector<std::string> names, const char* what) {
+    if (names.empty())
+        return;
+    std::sort(names.begin(), names.end());
+    std::string list;
+    for (std::size_t i = 0; i < names.size() && i < kNamesShown; ++i)
+        list += "\n   " + shown_path(names[i]);
+    if (names.size() > kNamesShown)
+        list += "\n   and " + std::to_string(names.size() - kNamesShown) + " more";
+    import_warning("%zu %s:%s", names.size(), what, list.c_str());
+}
+
+/// Warns of all that is wrong with single objects. True when gcov could read each of them.
+static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
+    std::vector<std::string> damaged = list.damaged_counters;
+    for (std::string& counters : troubles.damaged) {
+        if (!std::binary_search(list.rebuilt.begin(), list.rebuilt.end(), counters) &&
+            !std::binary_search(list.damaged_counters.begin(), list.damaged_counters.end(), counters))
+            damaged.push_back(std::move(counters));
+    }
+    warn_of(list.closed, "directories could not be read");
+    warn_of(
+        list.rebuilt,
+        "objects were compiled again after they ran, so that their counts are lost (run the tests again)");
+    warn_of(
+        damaged,
+        "counter files are cut short or damaged; what gcov could not read of them counts as not executed");
+    warn_of(list.without_notes, "counter files have no notes file (.gcno) and were left out");
+    warn_of(list.damaged_notes, "notes files are damaged and were left out");
+    const bool complete = troubles.unreadable.empty();
+    warn_of(std::move(troubles.unreadable), "objects could not be read by gcov and were left out");
+    return complete;
+}
+
+static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
+    const auto number = [](std::uint64_t value) { return static_cast<unsigned long long>(value); };
+    if (clamped != 0)
+        import_warning(
+            "%llu counts were negative or too large and were set to 0 or to the largest count; threads that "
+            "count at the same time do that (build with -fprofile-update=atomic)",
+            number(clamped));
+    if (made.unreadable != 0)
+        import_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
+    if (made.misplaced != 0)
+        import_warning(
+            "%llu blocks lie beyond the end of their file; the sources have changed since the program was "
+            "built",
+            number(made.misplaced));
+}
+
+/// Reads every input into the store. False when some object could not be read, which has been said.
+static bool read_inputs(const import_options& options, const std::string& prefix, line_store* store) {
+    const auto add = [store](const gcov_document& document) { store->add(document); };
+    object_search search;
+    if (options.inputs.empty())
+        search.add(".");
+    for (const std::string& input : options.inputs) {
+        if (is_json_input(input))
+            read_json_input(input, add);
+        else
+            search.add(input);
+    }
+    const object_list list = search.pair();
+    gcov_programs programs(options.gcov);
+    const unsigned jobs = options.jobs == 0 ? default_jobs() : options.jobs;
+    return warn_of_objects(list, run_gcov(list.objects, &programs, jobs, prefix, add));
+}
+
+void run_gcc_import(const import_options& options) {
+    source_selection sources(options.root, options.all_sources);
+    line_store store(&sources);
+    const bool complete = read_inputs(options, sources.prefix(), &store);
+    if (store.functions().empty())
+        import_error("the input holds no functions");
+    const std::uint64_t clamped = store.clamped();
+    line_profile made = build_line_profile(&store, sources.names());
+    check_record_names(made.profile);
+    if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
+        pgt_Exit(1);
+    write_pair(std::move(made.profile), options);
+    warn_of_figures(made, clamped);
+    if (!complete)
+        pgt_Incomplete();
+}

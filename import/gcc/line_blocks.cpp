@@ -1,0 +1,138 @@
+#include "import/gcc/line_blocks.h"
+
+#include <algorithm>
+
+namespace {
+
+/// Makes the blocks of one function.
+class function_placer {
+  public:
+    function_placer(const counted_function& function, const function_surroundings& surroundings,
+                    const std::vector<std::uint32_t>& called_starts, const source_lines& source)
+        : function_(function), surroundings_(surroundings), called_starts_(called_starts), source_(source) {}
+
+    placed_function place();
+
+  private:
+    bool is_outside() const { return function_.extent.start.line == 0; }
+    bool was_called() const;
+    source_position entry() const;
+    bool ends_with_brace() const;
+    bool is_entry_line(const counted_line& line) const;
+    bool is_brace_line(const counted_line& line) const;
+    bool is_left_out(const counted_line& line) const;
+    bool is_punctuation(const counted_line& line) const;
+    void add_line(const counted_line& line);
+    void add_last();
+
+    const counted_function& function_;
+    const function_surroundings& surroundings_;
+    const std::vector<std::uint32_t>& called_starts_;
+    const source_lines& source_;
+    bool called_ = false;
+    std::vector<profile_block> blocks_;
+    std::vector<profile_block> trailing_; ///< those that other runs may not have
+};
+
+bool function_placer::was_called() const {
+    if (!is_outside())
+        return function_.entries != 0;
+    return std::any_of(function_.lines.begin(), function_.lines.end(),
+                       [](const counted_line& line) { return line.count != 0; });
+}
+
+source_position function_placer::entry() const {
+    const source_position start = function_.extent.start;
+    if (surroundings_.code_before)
+        return {start.line, std::max<std::uint32_t>(start.column, 1)};
+    return source_.first_code(start.line);
+}
+
+/// Whether the function's end is a brace, as far as that can be seen.
+bool function_placer::ends_with_brace() const {
+    const source_position end = function_.extent.end;
+    const std::string_view text = source_.text(end.line);
+    return !is_outside() && end.column >= 1 && end.column <= text.size() && text[end.column - 1] == '}';
+}
+
+bool function_placer::is_entry_line(const counted_line& line) const {
+    return line.line == function_.extent.start.line;
+}
+
+/// The closing brace is the first character of the function's last line: the last block stands for the line.
+bool function_placer::is_brace_line(const counted_line& line) const {
+    return line.line == function_.extent.end.line && ends_with_brace() &&
+           source_.first_code(line.line) == function_.extent.end;
+}
+
+bool function_placer::is_punctuation(const counted_line& line) const {
+    const std::string_view text = source_.text(line.line);
+    return !text.empty() && text.find_first_not_of("});, \t\r\f\v") == std::string_view::npos;
+}
+
+/// Only exception paths lead to the line, and none was taken. Such a line is code that no test covered when
+/// it is the body of a handler, but destructors run there, too, so that a lone brace has such paths.
+bool function_placer::is_left_out(const counted_line& line) const {
+    if (!called_ || line.count != 0 || line.unexecuted)
+        return false;
+    return is_punctuation(line) ||
+           std::binary_search(called_starts_.begin(), called_starts_.end(), line.line);
+}
+
+void function_placer::add_line(const counted_line& line) {
+    const bool first = is_entry_line(line);
+    if (is_brace_line(line) && !first)
+        return;
+    const source_position position = first ? entry() : source_.first_code(line.line);
+    if (!first && !is_left_out(line))
+        (is_punctuation(line) ? trailing_ : blocks_).push_back({position, line.count});
+    if (called_ && line.count != 0 && !line.complete)
+        trailing_.push_back({position, 0});
+}
+
+/// The last block must stand behind all others, as vexcov shows what begins there as covered.
+void function_placer::add_last() {
+    source_position largest = {0, 0};
+    for (const std::vector<profile_block>* part : {&blocks_, &trailing_}) {
+        for (const profile_block& block : *part)
+            largest = std::max(largest, block.position);
+    }
+    source_position position = function_.extent.end;
+    if (!ends_with_brace() || position <= largest) {
+        const source_position behind = source_.behind(std::max(position.line, largest.line));
+        position = source_.readable() ? behind : std::max(position, behind);
+    }
+    if (position <= largest)
+        position = {largest.line, largest.column + 1};
+    blocks_.push_back({position, 0});
+}
+
+placed_function function_placer::place() {
+    called_ = was_called();
+    if (!is_outside())
+        blocks_.push_back({entry(), function_.entries});
+    for (const counted_line& line : function_.lines)
+        add_line(line);
+    if (called_) {
+        for (const counted_line& line : surroundings_.shared)
+            trailing_.push_back({source_.first_code(line.line), line.count});
+    }
+    if (blocks_.empty()) // only punctuation
+        std::swap(blocks_, trailing_);
+    add_last();
+    // The first line of an inner function that was never called belongs to the code around it when that was
+    // executed; the function is marked from the next line on.
+    std::uint32_t line = function_.extent.start.line;
+    if (!function_.lines.empty() && (is_outside() || !called_))
+        line = function_.lines.front().line;
+    const std::size_t last = blocks_.size() - 1;
+    blocks_.insert(blocks_.end(), trailing_.begin(), trailing_.end());
+    return {function_.name, line, called_, last, std::move(blocks_)};
+}
+
+} // namespace
+
+placed_function place_function(const counted_function& function, const function_surroundings& surroundings,
+                               const std::vector<std::uint32_t>& called_starts, const source_lines& source) {
+    return function_placer(function, surroundings, called_starts, source).place();
+}

@@ -1,0 +1,25 @@
+// From the lines of a function to its basic blocks.
+//
+// gcov knows lines, not columns: a line with code is one block, at its first character that is not blank. The
+// numbers of the blocks do not depend on counts, so that the profiles of two runs of one program can be
+// compared; the blocks that are there in some runs only have the last numbers.
+#pragma once
+
+#include "import/gcc/file_records.h"
+#include "import/gcc/line_store.h"
+#include "import/gcc/source_lines.h"
+
+#include <cstdint>
+#include <vector>
+
+/// What the functions around it make of a function.
+struct function_surroundings {
+    bool code_before = false; ///< code of another function stands before it on its first line
+    std::vector<counted_line>
+        shared; ///< first lines of called functions inside, with the count that is its own
+};
+
+/// The blocks of one function. `called_starts`: the lines on which functions of the file that were called
+/// begin, ascending.
+placed_function place_function(const counted_function& function, const function_surroundings& surroundings,
+                               const std::vector<std::uint32_t>& called_starts, const source_lines& source);

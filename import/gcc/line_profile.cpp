@@ -1,0 +1,142 @@
+#include "import/gcc/line_profile.h"
+
+#include "import/gcc/line_blocks.h"
+
+#include <algorithm>
+#include <numeric>
+#include <tuple>
+#include <utility>
+
+namespace {
+
+/// Makes the records of one source file.
+class file_placer {
+  public:
+    file_placer(std::vector<counted_function>* functions, std::vector<std::uint32_t> indices)
+        : functions_(*functions), indices_(std::move(indices)) {}
+
+    std::vector<placed_function> place(const source_lines& source);
+
+  private:
+    const counted_function& at(std::size_t i) const { return functions_[indices_[i]]; }
+    void order();
+    void find_code_before();
+    void find_shared_lines();
+    void share_first_line(const counted_function& inner, std::size_t outer);
+
+    std::vector<counted_function>& functions_;
+    std::vector<std::uint32_t> indices_; ///< of the file's functions, ascending by start, the longer first
+    std::vector<function_surroundings> surroundings_;
+    std::vector<std::uint32_t> called_starts_; ///< lines on which called functions begin, ascending
+};
+
+void file_placer::order() {
+    std::sort(indices_.begin(), indices_.end(), [this](std::uint32_t a, std::uint32_t b) {
+        const counted_function& x = functions_[a];
+        const counted_function& y = functions_[b];
+        if (x.extent.start != y.extent.start)
+            return x.extent.start < y.extent.start;
+        if (x.extent.end != y.extent.end)
+            return x.extent.end > y.extent.end;
+        return std::tie(x.name, x.demangled) < std::tie(y.name, y.demangled);
+    });
+}
+
+void file_placer::find_code_before() {
+    std::uint32_t last_line = 0; // of the functions that start before this one
+    for (std::size_t i = 0; i < indices_.size();) {
+        const source_position start = at(i).extent.start;
+        std::uint32_t group_end = last_line;
+        for (; i < indices_.size() && at(i).extent.start == start; ++i) {
+            surroundings_[i].code_before = start.line != 0 && last_line >= start.line;
+            group_end = std::max(group_end, at(i).extent.end.line);
+        }
+        last_line = group_end;
+    }
+}
+
+/// Where the line on which `inner` begins was executed more often than it, the rest is the outer function's.
+void file_placer::share_first_line(const counted_function& inner, std::size_t outer) {
+    const auto line = std::lower_bound(inner.lines.begin(), inner.lines.end(), inner.extent.start.line,
+                                       [](const counted_line& a, std::uint32_t b) { return a.line < b; });
+    if (line == inner.lines.end() || line->line != inner.extent.start.line || line->count <= inner.entries)
+        return;
+    surroundings_[outer].shared.push_back({line->line, true, false, line->count - inner.entries});
+}
+
+void file_placer::find_shared_lines() {
+    std::vector<std::size_t> open; // called functions around the current one, the innermost last
+    for (std::size_t i = 0; i < indices_.size(); ++i) {
+        const counted_function& function = at(i);
+        const source_extent extent = function.extent;
+        if (function.entries == 0 || extent.start.line == 0)
+            continue;
+        called_starts_.push_back(extent.start.line);
+        while (!open.empty() && at(open.back()).extent.end < extent.start)
+            open.pop_back();
+        const bool again =
+            !open.empty() && at(open.back()).extent == extent; // another instance of a template
+        if (!again)
+            open.push_back(i);
+        if (open.size() > 1)
+            share_first_line(function, open[open.size() - 2]);
+    }
+}
+
+std::vector<placed_function> file_placer::place(const source_lines& source) {
+    order();
+    surroundings_.resize(indices_.size());
+    find_code_before();
+    find_shared_lines();
+    std::vector<placed_function> functions;
+    for (std::size_t i = 0; i < indices_.size(); ++i) {
+        functions.push_back(place_function(at(i), surroundings_[i], called_starts_, source));
+        functions_[indices_[i]].lines = {};
+    }
+    return functions;
+}
+
+} // namespace
+
+/// Blocks on lines that the file does not have.
+static std::uint64_t count_misplaced(const std::vector<placed_function>& functions,
+                                     const source_lines& source) {
+    std::uint64_t misplaced = 0;
+    for (const placed_function& function : functions) {
+        for (const profile_block& block : function.blocks)
+            misplaced += source.beyond_end(block.position.line) ? 1 : 0;
+    }
+    return misplaced;
+}
+
+/// Indices of the store's files in the order of their names: that of their appearance may differ from run to
+/// run.
+static std::vector<std::uint32_t> order_of_names(const std::vector<std::string>& files) {
+    std::vector<std::uint32_t> order(files.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::sort(order.begin(), order.end(),
+              [&files](std::uint32_t a, std::uint32_t b) { return files[a] < files[b]; });
+    return order;
+}
+
+line_profile build_line_profile(line_store* store, const source_names& names) {
+    line_profile result;
+    std::vector<counted_function>& functions = store->functions();
+    std::vector<std::vector<std::uint32_t>> by_file(store->files().size());
+    for (std::uint32_t i = 0; i < functions.size(); ++i)
+        by_file[functions[i].file].push_back(i);
+    for (const std::uint32_t file : order_of_names(store->files())) {
+        const std::string& name = store->files()[file];
+        const source_text text(names.path_of(name));
+        const source_lines source(text);
+        result.unreadable += source.readable() ? 0 : 1;
+        std::vector<placed_function> placed = file_placer(&functions, std::move(by_file[file])).place(source);
+        result.misplaced += count_misplaced(placed, source);
+        result.profile.files.push_back(name);
+        add_file_records(static_cast<std::uint32_t>(result.profile.files.size() - 1), std::move(placed),
+                         &result.profile);
+    }
+    functions.clear();
+    sort_records(&result.profile);
+    return result;
+}

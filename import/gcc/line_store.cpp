@@ -1,0 +1,119 @@
+#include "import/gcc/line_store.h"
+
+#include "import/gcc/sorted_merge.h"
+
+#include <algorithm>
+#include <functional>
+#include <tuple>
+
+constexpr std::uint32_t kNone = 0xffffffff;
+
+/// The routine that shows code outside every function, such as that of a file included in a function's body.
+constexpr std::string_view kIncluded = "(included)";
+
+std::uint32_t line_store::file_index(const std::string& name) {
+    const auto [entry, added] = file_indices_.emplace(name, static_cast<std::uint32_t>(files_.size()));
+    if (added)
+        files_.push_back(name);
+    return entry->second;
+}
+
+/// The function of this place; a new one without a mangled name where there is none.
+std::uint32_t line_store::function_index(std::uint32_t file, std::string_view demangled,
+                                         source_position start) {
+    std::size_t hash = std::hash<std::string_view>()(demangled);
+    for (const std::uint32_t part : {file, start.line, start.column})
+        hash = (hash ^ part) * 0x9e3779b97f4a7c15U + (hash >> 29);
+    const auto head = heads_.emplace(hash, kNone).first;
+    for (std::uint32_t i = head->second; i != kNone; i = functions_[i].next) {
+        const counted_function& function = functions_[i];
+        if (function.file == file && function.extent.start == start && function.demangled == demangled)
+            return i;
+    }
+    functions_.push_back({file, head->second, {}, std::string(demangled), {start, start}, 0, {}, {}});
+    head->second = static_cast<std::uint32_t>(functions_.size() - 1);
+    return head->second;
+}
+
+std::uint32_t line_store::add_function(const gcov_document& document, const gcov_function& function,
+                                       std::uint32_t file) {
+    const std::uint32_t index = function_index(file, document.view(function.demangled), function.start);
+    counted_function& stored = functions_[index];
+    const std::string_view name = document.view(function.name);
+    if (stored.name.empty() || name < stored.name)
+        stored.name = name;
+    stored.extent.end = std::max(stored.extent.end, function.end);
+    stored.entries = add_counts(stored.entries, function.entries);
+    return index;
+}
+
+static bool before(const counted_line& a, const counted_line& b) {
+    return a.line < b.line;
+}
+
+static bool same_place(const counted_line& a, const counted_line& b) {
+    return a.line == b.line;
+}
+
+static void add_up(counted_line* line, const counted_line& other) {
+    line->complete = line->complete || other.complete;
+    line->unexecuted = line->unexecuted || other.unexecuted;
+    line->count = add_counts(line->count, other.count);
+}
+
+/// Gathers the file's lines by function and line.
+void line_store::gather_lines(const gcov_document& document, const gcov_file& file, std::uint32_t index) {
+    const std::vector<std::uint32_t>& owners = owners_.find(document, file);
+    arriving_.clear();
+    for (std::size_t i = 0; i < file.lines; ++i) {
+        const gcov_line& line = document.lines[file.first_line + i];
+        if (line.line == 0)
+            continue;
+        if (owners[i] == kNoFunction) {
+            const std::uint32_t outside = function_index(index, kIncluded, {0, 0});
+            functions_[outside].name = kIncluded;
+            arriving_.push_back({outside, {}});
+        } else {
+            arriving_.push_back({stored_[owners[i] - file.first_function], {}});
+        }
+        arriving_.back().counted = {line.line, line.count != 0 && !line.unexecuted, line.unexecuted,
+                                    line.count};
+    }
+    std::sort(arriving_.begin(), arriving_.end(), [](const arriving_line& a, const arriving_line& b) {
+        return std::tie(a.function, a.counted.line) < std::tie(b.function, b.counted.line);
+    });
+}
+
+void line_store::add_file(const gcov_document& document, const gcov_file& file, std::uint32_t index) {
+    stored_.assign(file.functions, kNone);
+    for (std::size_t i = 0; i < file.functions; ++i) {
+        const gcov_function& function = document.functions[file.first_function + i];
+        if (function.start.line != 0)
+            stored_[i] = add_function(document, function, index);
+    }
+    gather_lines(document, file, index);
+    for (std::size_t i = 0; i < arriving_.size();) {
+        counted_function& function = functions_[arriving_[i].function];
+        of_function_.clear();
+        for (const std::uint32_t number = arriving_[i].function;
+             i < arriving_.size() && arriving_[i].function == number; ++i)
+            of_function_.push_back(arriving_[i].counted);
+        collect_in_order(&function.lines, &function.more, of_function_.begin(), of_function_.end());
+    }
+}
+
+std::vector<counted_function>& line_store::functions() {
+    for (counted_function& function : functions_)
+        merge_in_order(&function.lines, &function.more);
+    return functions_;
+}
+
+void line_store::add(const gcov_document& document) {
+    clamped_ += document.clamped;
+    for (const gcov_file& file : document.files) {
+        const std::optional<std::string>& name =
+            sources_.name_of(document.view(document.directory), document.view(file.name));
+        if (name && file.functions + file.lines != 0)
+            add_file(document, file, file_index(*name));
+    }
+}

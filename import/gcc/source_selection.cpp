@@ -1,0 +1,50 @@
+#include "import/gcc/source_selection.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+static bool is_there(const fs::path& path) {
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+std::optional<std::string> source_selection::find_name(std::string_view directory,
+                                                       std::string_view file) const {
+    fs::path path = file;
+    if (path.is_relative() && !directory.empty()) {
+        path = (fs::path(directory) / file).lexically_normal();
+        if (!root_.empty() && !is_there(path)) {
+            std::error_code error;
+            const fs::path below_root = (fs::absolute(root_, error) / file).lexically_normal();
+            if (!error && is_there(below_root))
+                path = below_root;
+        }
+    }
+    const std::string name = names_.name_in_profile(path.lexically_normal().string());
+    if (!root_.empty() && !all_ && name.starts_with('/'))
+        return std::nullopt;
+    return name;
+}
+
+/// A root that symbolic links lead to has a second name.
+std::string source_selection::prefix() const {
+    std::error_code error;
+    if (root_.empty() || all_)
+        return "";
+    const fs::path physical = fs::canonical(root_, error);
+    const std::string lexical = (fs::absolute(root_, error) / "").lexically_normal().string();
+    return !error && lexical == (physical / "").string() && lexical.size() > 1 ? physical.string() : "";
+}
+
+const std::optional<std::string>& source_selection::name_of(std::string_view directory,
+                                                            std::string_view file) {
+    pair_.assign(directory);
+    pair_ += '\0';
+    pair_ += file;
+    const auto found = known_.find(pair_);
+    if (found != known_.end())
+        return found->second;
+    return known_.emplace(pair_, find_name(directory, file)).first->second;
+}

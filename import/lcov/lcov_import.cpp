@@ -1,0 +1,64 @@
+#include "import/lcov/lcov_import.h"
+
+#include "common/fatal.h"
+#include "import/gcc/compressed_input.h"
+#include "import/gcc/file_records.h"
+#include "import/import_message.h"
+#include "import/lcov/trace_profile.h"
+#include "import/lcov/trace_reader.h"
+#include "import/lcov/trace_store.h"
+#include "import/write_pair.h"
+
+namespace {
+
+/// What was odd in the traces.
+struct trace_oddities {
+    std::uint64_t unknown = 0; ///< lines with unknown records
+    std::uint64_t clamped = 0; ///< counts
+};
+
+} // namespace
+
+static void read_trace(const std::string& input, trace_store* store, trace_oddities* oddities) {
+    compressed_input stream(input);
+    trace_reader reader(stream.shown(), [store](const trace_section& section) { store->add(section); });
+    for (std::string_view piece = stream.read(); !piece.empty(); piece = stream.read())
+        reader.feed(piece);
+    reader.finish();
+    oddities->unknown += reader.unknown();
+    oddities->clamped += reader.clamped();
+}
+
+static void print_warnings(const trace_oddities& oddities, const trace_profile& made) {
+    const auto number = [](std::uint64_t value) { return static_cast<unsigned long long>(value); };
+    if (oddities.unknown != 0)
+        import_warning("%llu lines with unknown records were passed over", number(oddities.unknown));
+    if (oddities.clamped != 0)
+        import_warning("%llu counts were negative or too large and were set to 0 or to the largest count",
+                       number(oddities.clamped));
+    if (made.unreadable != 0)
+        import_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
+    if (made.misplaced != 0)
+        import_warning(
+            "%llu blocks lie beyond the end of their file; the sources have changed since the trace was "
+            "written",
+            number(made.misplaced));
+}
+
+void run_lcov_import(const import_options& options) {
+    if (options.inputs.empty())
+        import_error("no trace file given: vexcov-import lcov [options] files (see vexcov-import -help)");
+    const source_names names(options.root);
+    trace_store store(names);
+    trace_oddities oddities;
+    for (const std::string& input : options.inputs)
+        read_trace(input, &store, &oddities);
+    trace_profile made = build_trace_profile(&store, names);
+    if (made.profile.routines.empty())
+        import_error("the input holds no lines and no functions");
+    check_record_names(made.profile);
+    if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
+        pgt_Exit(1);
+    write_pair(std::move(made.profile), options);
+    print_warnings(oddities, made);
+}

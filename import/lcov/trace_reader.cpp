@@ -1,0 +1,231 @@
+#include "import/lcov/trace_reader.h"
+
+#include "import/import_message.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <utility>
+
+constexpr std::size_t kLongestLine = std::size_t{1} << 24;
+
+/// A record that means something, or nothing that is needed.
+struct trace_reader::record_kind {
+    std::string_view name;
+    bool in_section; ///< it can stand in sections only
+    void (trace_reader::*take)(std::string_view rest);
+};
+
+const trace_reader::record_kind trace_reader::kRecords[] = {
+    {"DA", true, &trace_reader::take_count},     {"BRDA", true, &trace_reader::take_branch},
+    {"FN", true, &trace_reader::take_function},  {"FNDA", true, &trace_reader::take_function_count},
+    {"FNL", true, &trace_reader::take_place},    {"FNA", true, &trace_reader::take_alias},
+    {"SF", false, &trace_reader::begin_section}, {"TN", false, &trace_reader::pass_over},
+    {"VER", false, &trace_reader::pass_over},    {"FNF", false, &trace_reader::pass_over},
+    {"FNH", false, &trace_reader::pass_over},    {"LF", false, &trace_reader::pass_over},
+    {"LH", false, &trace_reader::pass_over},     {"BRF", false, &trace_reader::pass_over},
+    {"BRH", false, &trace_reader::pass_over},    {"MCDC", false, &trace_reader::pass_over},
+    {"MCF", false, &trace_reader::pass_over},    {"MCH", false, &trace_reader::pass_over},
+};
+
+void trace_reader::fail(const char* what) const {
+    import_error("%s, line %llu: %s", input_.c_str(), static_cast<unsigned long long>(line_), what);
+}
+
+/// Takes the text up to the next comma, and the comma.
+static std::string_view next_field(std::string_view* rest) {
+    const std::string_view field = rest->substr(0, rest->find(','));
+    rest->remove_prefix(std::min(rest->size(), field.size() + 1));
+    return field;
+}
+
+static bool is_number(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+std::uint32_t trace_reader::line_number(std::string_view text) const {
+    std::uint32_t value = 0;
+    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (result.ec != std::errc() || result.ptr != text.data() + text.size() || value > kLargestLine)
+        fail("a line number is missing or cannot be");
+    return value;
+}
+
+/// Counts that no program can reach are clamped. Some writers give them with an exponent.
+std::uint64_t trace_reader::count(std::string_view text) {
+    std::uint64_t value = 0;
+    const char* const end = text.data() + text.size();
+    std::from_chars_result result = std::from_chars(text.data(), end, value);
+    if (result.ec == std::errc() && result.ptr == end && value <= kLargestCount)
+        return value;
+    double number = 0;
+    result = std::from_chars(text.data(), end, number);
+    if (result.ptr != end || text.empty() || result.ec == std::errc::invalid_argument || !(number == number))
+        fail("a count is missing or is no number");
+    if (result.ec == std::errc() && number >= 0 && number < 0x1p63)
+        return static_cast<std::uint64_t>(number);
+    ++clamped_;
+    return text.front() == '-' ? 0 : kLargestCount;
+}
+
+void trace_reader::begin_section(std::string_view path) {
+    if (open_) // some writers leave out the end
+        end_section();
+    if (path.empty())
+        fail("the name of the source file is missing");
+    section_.file = path;
+    section_.lines.clear();
+    section_.functions.clear();
+    names_.clear();
+    places_.clear();
+    open_ = any_section_ = true;
+}
+
+/// "FN:3,name" or "FN:3,9,name".
+void trace_reader::take_function(std::string_view rest) {
+    trace_function function;
+    function.line = line_number(next_field(&rest));
+    const std::size_t comma = rest.find(',');
+    if (comma != std::string_view::npos && is_number(rest.substr(0, comma)))
+        function.end = line_number(next_field(&rest));
+    function.name = rest;
+    ++names_[function.name].functions;
+    section_.functions.push_back(std::move(function));
+}
+
+void trace_reader::take_function_count(std::string_view rest) {
+    const std::uint64_t entries = count(next_field(&rest));
+    names_[std::string(rest)].counts.push_back(entries);
+}
+
+void trace_reader::take_place(std::string_view rest) {
+    const std::string index(next_field(&rest));
+    const std::uint32_t line = line_number(next_field(&rest));
+    places_[index] = {line, rest.empty() ? 0 : line_number(next_field(&rest))};
+}
+
+void trace_reader::take_alias(std::string_view rest) {
+    const auto place = places_.find(std::string(next_field(&rest)));
+    if (place == places_.end())
+        fail("the record FNA has an index that no FNL had");
+    const std::uint64_t entries = count(next_field(&rest));
+    section_.functions.push_back({place->second.first, place->second.second, std::string(rest), entries});
+}
+
+void trace_reader::take_count(std::string_view rest) {
+    trace_line line;
+    line.line = line_number(next_field(&rest));
+    line.counted = true;
+    line.count = count(next_field(&rest));
+    if (line.line != 0)
+        section_.lines.push_back(line);
+}
+
+/// Exception paths that were not taken make no line partly covered.
+void trace_reader::take_branch(std::string_view rest) {
+    trace_line line;
+    line.line = line_number(next_field(&rest));
+    const bool exception = next_field(&rest).starts_with('e');
+    const std::size_t comma = rest.rfind(','); // what a branch is called may hold commas itself
+    if (comma == std::string_view::npos)
+        fail("the record BRDA has too few fields");
+    const std::string_view taken = rest.substr(comma + 1);
+    line.taken = taken != "-" && count(taken) != 0;
+    line.passed = !line.taken && !exception;
+    if (line.line != 0)
+        section_.lines.push_back(line);
+}
+
+/// Counts come by name. Functions of one name get theirs in turn; when there are fewer, the last is for all
+/// others.
+void trace_reader::count_functions() {
+    std::unordered_map<std::string_view, std::size_t> taken;
+    for (trace_function& function : section_.functions) {
+        const auto same = names_.find(function.name);
+        if (same == names_.end() || same->second.counts.empty())
+            continue;
+        const std::vector<std::uint64_t>& counts = same->second.counts;
+        const std::size_t number = taken[same->first]++;
+        function.entries = counts[std::min(number, counts.size() - 1)];
+        if (number + 1 == same->second.functions) { // counts that are left, such as those of a second test
+            for (std::size_t i = number + 1; i < counts.size(); ++i)
+                function.entries = add_counts(function.entries, counts[i]);
+        }
+    }
+}
+
+/// clang writes the source file in front of the names of local functions: "file.c:name", "path/file.c;name".
+static std::string_view without_file(std::string_view name, std::string_view file) {
+    const std::size_t separator = name.find_first_of(":;");
+    if (separator == std::string_view::npos || separator == 0 || separator + 1 == name.size())
+        return name;
+    const std::string_view prefix = name.substr(0, separator);
+    const bool scope = name[separator + 1] == ':';
+    return !scope && (file.ends_with(prefix) || prefix.ends_with(file)) ? name.substr(separator + 1) : name;
+}
+
+void trace_reader::end_section() {
+    count_functions();
+    for (trace_function& function : section_.functions)
+        function.name.erase(0, function.name.size() - without_file(function.name, section_.file).size());
+    std::erase_if(section_.functions, [](const trace_function& function) { return function.line == 0; });
+    on_section_(section_);
+    open_ = false;
+}
+
+void trace_reader::take_record(std::string_view name, std::string_view rest) {
+    for (const record_kind& kind : kRecords) {
+        if (kind.name != name)
+            continue;
+        if (kind.in_section && !open_)
+            fail("a record stands outside of every source file");
+        (this->*kind.take)(rest);
+        return;
+    }
+    ++unknown_;
+}
+
+void trace_reader::take_line(std::string_view line) {
+    ++line_;
+    while (!line.empty() && (line.back() == '\r' || line.back() == ' '))
+        line.remove_suffix(1);
+    if (line.empty() || line.front() == '#')
+        return;
+    if (line == "end_of_record") {
+        if (open_)
+            end_section();
+        return;
+    }
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos)
+        ++unknown_;
+    else
+        take_record(line.substr(0, colon), line.substr(colon + 1));
+}
+
+void trace_reader::feed(std::string_view piece) {
+    for (std::size_t newline = piece.find('\n'); newline != std::string_view::npos;
+         newline = piece.find('\n')) {
+        if (cut_.empty()) {
+            take_line(piece.substr(0, newline));
+        } else {
+            cut_ += piece.substr(0, newline);
+            take_line(cut_);
+            cut_.clear();
+        }
+        piece.remove_prefix(newline + 1);
+    }
+    if (cut_.size() + piece.size() > kLongestLine)
+        fail("a line is longer than 16 MiB: this is no trace file of LCOV");
+    cut_ += piece;
+}
+
+void trace_reader::finish() {
+    if (!cut_.empty())
+        take_line(cut_);
+    if (!any_section_)
+        import_error("%s is no trace file of LCOV: it has no record SF", input_.c_str());
+    if (open_)
+        import_error("%s ends in the middle: the last record end_of_record is missing", input_.c_str());
+}

@@ -1,0 +1,51 @@
+#include "import/lcov/trace_store.h"
+
+#include "import/gcc/sorted_merge.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <tuple>
+
+static bool same_place(const trace_line& a, const trace_line& b) {
+    return a.line == b.line;
+}
+
+static bool before(const trace_line& a, const trace_line& b) {
+    return a.line < b.line;
+}
+
+static void add_up(trace_line* line, const trace_line& other) {
+    line->counted = line->counted || other.counted;
+    line->taken = line->taken || other.taken;
+    line->passed = line->passed || other.passed;
+    line->count = add_counts(line->count, other.count);
+}
+
+static bool same_place(const trace_function& a, const trace_function& b) {
+    return a.line == b.line && a.name == b.name;
+}
+
+static bool before(const trace_function& a, const trace_function& b) {
+    return std::tie(a.line, a.name) < std::tie(b.line, b.name);
+}
+
+static void add_up(trace_function* function, const trace_function& other) {
+    function->end = std::max(function->end, other.end);
+    function->entries = add_counts(function->entries, other.entries);
+}
+
+void trace_store::add(const trace_section& section) {
+    const std::string path = std::filesystem::path(section.file).lexically_normal().string();
+    traced_file& file = files_[names_.name_in_profile(path)];
+    collect_in_order(&file.lines, &file.new_lines, section.lines.begin(), section.lines.end());
+    collect_in_order(&file.functions, &file.new_functions, section.functions.begin(),
+                     section.functions.end());
+}
+
+std::map<std::string, traced_file>& trace_store::files() {
+    for (auto& [name, file] : files_) {
+        merge_in_order(&file.lines, &file.new_lines);
+        merge_in_order(&file.functions, &file.new_functions);
+    }
+    return files_;
+}

@@ -1,0 +1,34 @@
+// The source files of all traces with their lines and functions. What comes again is added up, so that memory
+// grows with the program, not with the traces.
+#pragma once
+
+#include "import/lcov/trace_section.h"
+#include "import/source_names.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+struct traced_file {
+    std::vector<trace_line> lines;         ///< ascending, each once
+    std::vector<trace_function> functions; ///< ascending by line and name, each once
+
+    // What was added since, in any order; at most about as much as is above.
+    std::vector<trace_line> new_lines;
+    std::vector<trace_function> new_functions;
+};
+
+class trace_store {
+  public:
+    /// `names` must outlive this.
+    explicit trace_store(const source_names& names) : names_(names) {}
+
+    void add(const trace_section& section);
+
+    /// Everything that was added, by the name in the profile.
+    std::map<std::string, traced_file>& files();
+
+  private:
+    const source_names& names_;
+    std::map<std::string, traced_file> files_;
+};

@@ -1,0 +1,78 @@
+#include "import/gcc/gcov_json.h"
+#include "import/gcc/gcov_runs.h"
+#include "import/gcc/object_files.h"
+#include "tests/tools/product.h"
+#include "tests/tools/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+using namespace std::string_literals;
+
+/// Directory, files and counts of all documents, or what is wrong.
+static std::string read(std::string_view text, std::size_t piece) {
+    std::string result;
+    gcov_reader reader([&result](const gcov_document& document) {
+        result += std::string(document.view(document.directory)) + ":";
+        for (const gcov_file& file : document.files)
+            result += " " + std::string(document.view(file.name));
+        for (const gcov_line& line : document.lines)
+            result += " " + std::string(document.view(line.function)) + "=" + std::to_string(line.count);
+        result += "\n";
+    });
+    for (; !text.empty(); text.remove_prefix(std::min(piece, text.size()))) {
+        if (!reader.feed(text.substr(0, piece)))
+            return reader.fault();
+    }
+    return reader.finish() ? result : reader.fault();
+}
+
+TEST(GcovJson, NamesAndDocumentsInPieces) {
+    // A control byte and a byte that is no UTF-8 stand in the name as they are; one is escaped.
+    const std::string text =
+        "{\"files\":[{\"lines\":[{\"function_name\":\"f\",\"line_number\":1,\"count\":3},"
+        "{\"function_name\":\"f\",\"line_number\":2,\"count\":0},{\"line_number\":3,\"count\":1}],"
+        "\"file\":\"a\x01\xff\\u00e9\\\"\\\\.c\"}],\"format_version\":\"1\"}\n"
+        "{\"format_version\":\"2\",\"more\":[{}],\"files\":[],\"current_working_directory\":\"/d\"}"s;
+    for (const std::size_t piece : {std::size_t{1}, std::size_t{7}, text.size()})
+        EXPECT_EQ(read(text, piece), ": a\x01\xff\xc3\xa9\"\\.c f=3 f=0 =1\n/d:\n") << piece;
+}
+
+TEST(GcovJson, DeepNestingIsAFault) {
+    EXPECT_NE(read("{\"x\":" + std::string(1000000, '['), 4096).find("is not valid JSON"), std::string::npos);
+}
+
+TEST(GccObjects, HeadsOfBothByteOrders) {
+    const scratch_directory scratch;
+    const auto notes = [&scratch](const std::string& bytes) {
+        const std::optional<object_head> head = read_notes_head(scratch.put("x.gcno", bytes));
+        return head ? head->version.text() : "none";
+    };
+    EXPECT_EQ(notes("oncg*22B\1\2\3\4rest"), "GCC 12.2");
+    EXPECT_EQ(notes("gcnoB31*\1\2\3\4rest"), "GCC 13.1");
+    EXPECT_EQ(notes("oncg*39A\1\2\3\4"), "GCC 9.3");
+    EXPECT_EQ(notes("oncgR804\1\2\3\4"), "GCC 4.8");
+    for (const std::string bytes :
+         {"oncg*22B\1\2\3", "", "oncg*2xB\1\2\3\4", "adcg*22B\1\2\3\4", "oncg*00A\1\2\3\4"})
+        EXPECT_EQ(notes(bytes), "none") << bytes;
+    const auto complete = [&scratch](const std::string& bytes) {
+        return read_counters_head(scratch.put("x.gcda", bytes)).has_value();
+    };
+    EXPECT_TRUE(complete("adcg*22B\1\2\3\4\0\0\0\0"s));
+    EXPECT_FALSE(complete("adcg*22B\1\2\3\4\0\0\0"s));
+    EXPECT_FALSE(complete("adcg*22B\1\2\3\4\0\0\0\1"s));
+}
+
+TEST(GccObjects, AGcovThatHangsIsEnded) {
+    const scratch_directory scratch;
+    const std::string gcov = scratch.put("gcov", "#!/bin/sh\n[ $1 = --version ] && exit\nexec sleep 50\n");
+    std::filesystem::permissions(gcov, std::filesystem::perms::owner_all);
+    gcov_programs programs(gcov);
+    const std::vector<gcc_object> objects = {{"/x/a.gcno", "", {12, 2}}, {"/x/b.gcno", "", {12, 2}}};
+    const auto nothing = [](const gcov_document&) { FAIL(); };
+    const gcov_troubles troubles = run_gcov(objects, &programs, 2, "", nothing, std::chrono::seconds(0));
+    EXPECT_EQ(troubles.unreadable, (std::vector<std::string>{"/x/a.gcno: gcov did not come to an end",
+                                                             "/x/b.gcno: gcov did not come to an end"}));
+}
