@@ -11,7 +11,7 @@ struct import_options {
     std::string dpi_file = "pgopti.dpi"; ///< dynamic profile to write
     std::string root;                    ///< source names below it become relative; empty: none do
     std::uint32_t runs = 1;              ///< number of runs that the profile stands for, at least 1
-    std::vector<std::string> inputs;     ///< exports to read, merged in this order; none: standard input
+    std::vector<std::string> inputs; ///< files and directories to read; none: an export from standard input
 };
 
 /// Reads the argument vector into `options`. -help and -version print to standard output and end the run with
