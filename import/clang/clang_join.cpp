@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <iterator>
 
+/// Bytes of the names of one function's files. A function of thousands of macros has some hundred thousand.
+constexpr std::size_t kMostFileNames = std::size_t{1} << 28;
+
 void clang_join::begin_input(const std::string& name) {
     inputs_.push_back({name, {}, {}});
 }
@@ -76,8 +79,14 @@ bool clang_join::is_wanted(const function_record& record) const {
 void clang_join::name_files(const function_record& record, export_function* function) const {
     function->filenames.clear();
     const std::uint32_t* const files = files_.list(record.files);
-    for (std::uint32_t i = 0; i < files_.list_size(record.files); ++i)
+    std::size_t size = 0;
+    for (std::uint32_t i = 0; i < files_.list_size(record.files); ++i) {
+        size += files_.name(files[i]).size();
+        if (size > kMostFileNames)
+            import_error("%s has damaged coverage mapping: function \"%s\" has too many files",
+                         printable(inputs_[record.input].name).c_str(), printable(function->name).c_str());
         function->filenames.add(files_.name(files[i]));
+    }
 }
 
 bool clang_join::decode(const function_record& record, const function_counters& counters,

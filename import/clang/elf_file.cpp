@@ -163,7 +163,7 @@ std::string elf_reader::build_id_in(const section& note) const {
             break;
         const std::string_view name = notes.bytes(padded_name).substr(0, name_size);
         const std::string_view text = notes.bytes(padded_text).substr(0, text_size);
-        if (is_id && name == std::string_view("GNU", 4))
+        if (is_id && name == std::string_view("GNU\0", 4))
             return std::string(text);
     }
     return {};

@@ -9,6 +9,7 @@
 constexpr std::uint32_t kOldestVersion = 4;
 constexpr std::uint32_t kDirectoryVersion = 6; ///< first one with the directory of the compilation
 constexpr std::uint32_t kNewestVersion = 7;
+constexpr std::size_t kLongestName = 4096; ///< of a path that can be opened
 
 std::string normal_source_name(std::string_view directory, std::string_view name) {
     std::string whole;
@@ -83,6 +84,8 @@ const file_table* source_files::decode(std::string_view packed, std::uint64_t ke
     std::string_view directory;
     for (std::uint64_t i = 0; i < number; ++i) {
         const std::string_view name = names.bytes(names.leb());
+        if (name.size() > kLongestName)
+            throw input_error("has a damaged table of source files");
         if (i == 0 && has_directory)
             directory = name;
         entry->second.push_back(file_number(has_directory ? normal_source_name(i == 0 ? "" : directory, name)
