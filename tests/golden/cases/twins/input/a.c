@@ -12,3 +12,4 @@ line 11;
 line 12;
 line 13;
 line 14;
+line 15;
