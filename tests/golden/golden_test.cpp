@@ -44,7 +44,7 @@ static file_tree read_tree(const fs::path& root) {
 
 /// Copies the case's input to `scratch`, with its profiles compiled, and returns it as it stands there.
 static file_tree place_input(const fs::path& input, const fs::path& scratch) {
-    fs::copy(input, scratch, fs::copy_options::recursive);
+    fs::copy(input, scratch, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
     for (const auto& [name, bytes] : read_tree(scratch)) {
         if (!name.ends_with(".dpitext"))
             continue;

@@ -9,3 +9,4 @@ int tail(int n) {
     return n; }
 int none(int n) { return n; }
 int many(int n) { return n; }
+int pair(void) { if (x()) y(); } // NEVER

@@ -1,1 +1,1 @@
-int angle;
+int angle; // <<>>

@@ -13,3 +13,5 @@ line 12;
 line 13;
 line 14;
 line 15;
+line 16;
+line 17;
