@@ -16,7 +16,7 @@ struct import_options {
     std::string root;                    ///< source names below it become relative; empty: none do
     std::uint32_t runs = 1;              ///< number of runs that the profile stands for, at least 1
     std::vector<std::string>
-        inputs; ///< files and directories to read, merged in this order; none: standard input
+        inputs; ///< files and directories to read, merged in this order; none: what the format says
 
     // Of the format gcc.
     std::string gcov;                 ///< program to run; empty: the one of the compiler

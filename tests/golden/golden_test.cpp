@@ -4,7 +4,8 @@
 //   input/     what lies in the scratch directory before the first command. A file NAME.dpitext is compiled
 //              to NAME.dpi (tools/profile_text.h). A directory input/bin becomes the program search path.
 //   command    one command a line: "vexcov ARGUMENTS..." or "vexcov-import ARGUMENTS..." is run by a shell,
-//              "cd DIRECTORY" sets the directory of the runs that follow, relative to the scratch directory.
+//              "cd DIRECTORY" sets the directory of the runs that follow, relative to the scratch directory,
+//              and makes it if need be.
 //              Lines that begin with "#" are comments.
 //   shows      patterns, one a line, of the files that the case is about; without it, all are
 //   expected/  every file that the commands made or changed, and "console": for each run the command, what it
@@ -43,7 +44,7 @@ static file_tree read_tree(const fs::path& root) {
 
 /// Copies the case's input to `scratch`, with its profiles compiled, and returns it as it stands there.
 static file_tree place_input(const fs::path& input, const fs::path& scratch) {
-    fs::copy(input, scratch, fs::copy_options::recursive);
+    fs::copy(input, scratch, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
     for (const auto& [name, bytes] : read_tree(scratch)) {
         if (!name.ends_with(".dpitext"))
             continue;
@@ -70,7 +71,7 @@ static std::string run_commands(const fs::path& command_file, const fs::path& sc
             continue;
         console += "$ " + line + "\n";
         if (line.starts_with("cd ")) {
-            directory = scratch / line.substr(3);
+            fs::create_directories(directory = scratch / line.substr(3));
             continue;
         }
         const program_result result = run_command(line, directory, (scratch / "bin").string());

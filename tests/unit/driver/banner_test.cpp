@@ -12,7 +12,7 @@ TEST(Banner, DirectoryAndPackageOfTheCompiler) {
     scratch.put("plain/zrq", ""); // cannot be executed
     std::filesystem::permissions(scratch.put("bin/zrq", ""), std::filesystem::perms::owner_all);
     const std::string top = scratch.path().string(), bin = top + "/bin";
-    setenv("PATH", (top + "/plain:" + top + "/none:" + bin).c_str(), 1);
+    setenv("PATH", (top + "/plain::" + top + "/none:" + bin).c_str(), 1);
     EXPECT_EQ(banner_Exec_Dir("zrq"), bin) << "the first directory where it can be executed";
     EXPECT_EQ(banner_Exec_Dir("zcq"), "");
     EXPECT_EQ(banner_Exec_Dir("/some/where/zrq"), "/some/where");

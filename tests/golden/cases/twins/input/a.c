@@ -12,3 +12,6 @@ line 11;
 line 12;
 line 13;
 line 14;
+line 15;
+line 16;
+line 17;

@@ -1,0 +1,3 @@
+int crlf(int n) { // NEVER
+    return n;
+}

@@ -1,0 +1,1 @@
+int never() { return 1; }
