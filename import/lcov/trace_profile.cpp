@@ -95,6 +95,7 @@ std::vector<owned_lines> line_distribution::distribute() {
         return std::tuple(x.line, ~x.end, x.entries != 0) < std::tuple(y.line, ~y.end, y.entries != 0);
     });
     std::vector<owned_lines> result;
+    result.reserve(functions.size() + 1);
     for (const trace_function& function : functions)
         result.push_back({&function, {}});
     result.push_back({nullptr, {}});
