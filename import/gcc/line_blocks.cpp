@@ -1,5 +1,7 @@
 #include "import/gcc/line_blocks.h"
 
+#include "import/gcc/stretches.h"
+
 #include <algorithm>
 
 namespace {
@@ -37,8 +39,7 @@ class function_placer {
 bool function_placer::was_called() const {
     if (!is_outside())
         return function_.entries != 0;
-    return std::any_of(function_.lines.begin(), function_.lines.end(),
-                       [](const counted_line& line) { return line.count != 0; });
+    return any_executed(function_.lines);
 }
 
 source_position function_placer::entry() const {

@@ -1,6 +1,7 @@
 #include "import/gcc/line_profile.h"
 
 #include "import/gcc/line_blocks.h"
+#include "import/gcc/stretches.h"
 
 #include <algorithm>
 #include <numeric>
@@ -22,6 +23,8 @@ class file_placer {
     void order();
     void find_code_before();
     void find_shared_lines();
+    void place_stretches(counted_function* outside, const source_lines& source,
+                         std::vector<placed_function>* placed);
     void share_first_line(const counted_function& inner, std::size_t outer);
 
     std::vector<counted_function>& functions_;
@@ -83,6 +86,18 @@ void file_placer::find_shared_lines() {
     }
 }
 
+/// Places code outside every function that was never executed.
+void file_placer::place_stretches(counted_function* outside, const source_lines& source,
+                                  std::vector<placed_function>* placed) {
+    std::vector<std::uint32_t> starts;
+    for (std::size_t i = 0; i < indices_.size(); ++i)
+        starts.push_back(at(i).extent.start.line);
+    for (std::vector<counted_line>& stretch : split_stretches(outside->lines, starts)) {
+        outside->lines = std::move(stretch);
+        placed->push_back(place_function(*outside, {}, called_starts_, source));
+    }
+}
+
 std::vector<placed_function> file_placer::place(const source_lines& source) {
     order();
     surroundings_.resize(indices_.size());
@@ -90,8 +105,12 @@ std::vector<placed_function> file_placer::place(const source_lines& source) {
     find_shared_lines();
     std::vector<placed_function> functions;
     for (std::size_t i = 0; i < indices_.size(); ++i) {
-        functions.push_back(place_function(at(i), surroundings_[i], called_starts_, source));
-        functions_[indices_[i]].lines = {};
+        counted_function& function = functions_[indices_[i]];
+        if (function.extent.start.line == 0 && !any_executed(function.lines))
+            place_stretches(&function, source, &functions);
+        else
+            functions.push_back(place_function(function, surroundings_[i], called_starts_, source));
+        function.lines = {};
     }
     return functions;
 }

@@ -3,6 +3,7 @@
 #include "common/source_text.h"
 #include "import/gcc/file_records.h"
 #include "import/gcc/source_lines.h"
+#include "import/gcc/stretches.h"
 
 #include <algorithm>
 #include <numeric>
@@ -13,6 +14,7 @@
 constexpr const char* kFileRoutine = "(file)";
 
 constexpr std::size_t kOutside = ~std::size_t{0};
+constexpr std::size_t kNoHeir = kOutside - 1;
 
 namespace {
 
@@ -40,12 +42,15 @@ class line_distribution {
 
     void find_ends();
     void open(std::size_t index);
-    std::size_t owner(const trace_line& line);
+    std::size_t innermost(const trace_line& line);
+    std::size_t owner(const trace_line& line, std::size_t around) const;
+    void add_outside(std::vector<trace_line> outside, std::vector<owned_lines>* result) const;
 
     traced_file& file_;
     std::vector<std::size_t> order_; ///< of the functions: by line, those inside behind those around them
     std::size_t next_ = 0;           ///< in order_: the next to open
     std::vector<open_function> open_;
+    std::vector<std::size_t> heirs_; ///< for each function who gets the rest of its lines, or kNoHeir
 };
 
 /// A function whose last line is not known reaches to the next one.
@@ -73,14 +78,23 @@ void line_distribution::open(std::size_t index) {
     open_.push_back(opened);
 }
 
-std::size_t line_distribution::owner(const trace_line& line) {
+/// The innermost function around a line, or kOutside.
+std::size_t line_distribution::innermost(const trace_line& line) {
     for (; next_ < order_.size() && file_.functions[order_[next_]].line <= line.line; ++next_)
         open(order_[next_]);
     while (!open_.empty() && open_.back().end < line.line)
         open_.pop_back();
-    if (open_.empty())
+    return open_.empty() ? kOutside : open_.back().index;
+}
+
+/// Executed lines in a function that was not belong to one around it. Behind them, the rest of the function
+/// does so, too, as the mark of a function that was never called reaches to the next block only.
+std::size_t line_distribution::owner(const trace_line& line, std::size_t around) const {
+    if (around == kOutside)
         return kOutside;
-    return line.count == 0 ? open_.back().index : open_.back().executed;
+    if (line.count != 0)
+        return open_.back().executed;
+    return heirs_[around] == kNoHeir ? around : heirs_[around];
 }
 
 std::vector<owned_lines> line_distribution::distribute() {
@@ -98,14 +112,32 @@ std::vector<owned_lines> line_distribution::distribute() {
     result.reserve(functions.size() + 1);
     for (const trace_function& function : functions)
         result.push_back({&function, {}});
-    result.push_back({nullptr, {}});
+    heirs_.assign(functions.size(), kNoHeir);
+    std::vector<trace_line> outside;
     for (const trace_line& line : file_.lines) {
         if (!line.counted)
             continue;
-        const std::size_t index = owner(line);
-        result[index == kOutside ? functions.size() : index].lines.push_back(line);
+        const std::size_t around = innermost(line);
+        const std::size_t index = owner(line, around);
+        if (index != around && !result[around].lines.empty())
+            heirs_[around] = index;
+        (index == kOutside ? outside : result[index].lines).push_back(line);
     }
+    add_outside(std::move(outside), &result);
     return result;
+}
+
+/// The routine of the file, or several where none of it was executed.
+void line_distribution::add_outside(std::vector<trace_line> outside, std::vector<owned_lines>* result) const {
+    if (any_executed(outside)) {
+        result->push_back({nullptr, std::move(outside)});
+        return;
+    }
+    std::vector<std::uint32_t> starts;
+    for (const trace_function& function : file_.functions)
+        starts.push_back(function.line);
+    for (std::vector<trace_line>& stretch : split_stretches(outside, starts))
+        result->push_back({nullptr, std::move(stretch)});
 }
 
 } // namespace
@@ -156,10 +188,8 @@ trace_profile build_trace_profile(trace_store* store, const source_names& names)
         const source_text text(names.path_of(name));
         const source_lines source(text);
         std::vector<placed_function> functions;
-        for (const owned_lines& owned : line_distribution(&file).distribute()) {
-            if (owned.function || !owned.lines.empty())
-                functions.push_back(place(owned, source));
-        }
+        for (const owned_lines& owned : line_distribution(&file).distribute())
+            functions.push_back(place(owned, source));
         file = {};
         if (functions.empty())
             continue;
