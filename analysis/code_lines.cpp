@@ -3,6 +3,7 @@
 #include "common/code_lexer.h"
 
 #include <algorithm>
+#include <utility>
 
 constexpr std::uint32_t kNone = 0xffffffff; ///< no mark
 constexpr std::uint32_t kOpen = 0xfffffffe; ///< a body that no brace closes
@@ -32,7 +33,7 @@ void code_lines::note_code(std::size_t from, std::size_t to) {
             return;
         ++line_;
         line_start_ = newline + 1;
-        from = std::min(text.find_first_not_of(" \t\r\n", line_start_), to);
+        from = std::min(text.find_first_not_of(" \t\r\f\v\n", line_start_), to);
         for (std::size_t i = line_start_; i < from; ++i) { // blank lines inside a literal
             if (text[i] == '\n') {
                 ++line_;
@@ -50,41 +51,73 @@ void code_lines::note_mark(std::size_t offset) {
         marks_.push_back({{line_, static_cast<std::uint32_t>(offset - line_start_ + 1)}, c, '\0', kNone});
 }
 
+/// Counts the lines that end in text[from, to).
+void code_lines::pass_lines(std::size_t from, std::size_t to) {
+    for (; from < to; ++from) {
+        if (analysis_.text[from] == '\n') {
+            ++line_;
+            line_start_ = from + 1;
+        }
+    }
+}
+
+/// The braces of both branches of a condition would not match: those of the first one count.
+void code_lines::note_directive(std::size_t offset) {
+    const std::string_view text = analysis_.text;
+    const std::size_t begin = std::min(text.find_first_not_of(" \t", offset + 1), text.size());
+    const std::string_view word = text.substr(begin, 4);
+    if (word.starts_with("if")) {
+        branches_.push_back(false);
+    } else if ((word == "else" || word == "elif") && !branches_.empty()) {
+        other_branches_ += branches_.back() ? 0 : 1;
+        branches_.back() = true;
+    } else if (word == "endi" && !branches_.empty()) {
+        other_branches_ -= branches_.back() ? 1 : 0;
+        branches_.pop_back();
+    }
+}
+
 void code_lines::read_text() {
     const std::string_view text = analysis_.text;
     bool line_begin = true;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t code = behind_no_code(text, at, &line_begin);
-        for (; at < code; ++at) {
-            if (text[at] == '\n') {
-                ++line_;
-                line_start_ = at + 1;
-            }
-        }
+    for (std::size_t at = text.starts_with("\xef\xbb\xbf") ? 3 : 0; at < text.size();) {
+        const std::size_t code = behind_blank(text, at, &line_begin);
+        pass_lines(at, code);
         if (code == text.size())
             return;
+        if (text[code] == '#' && line_begin) {
+            note_directive(code);
+            at = behind_directive(text, code);
+            pass_lines(code, at);
+            continue;
+        }
         line_begin = false;
         at = begins_literal(text, code) ? behind_literal(text, code) : code + 1;
         while (at < text.size() && is_word_character(text[at - 1]) && is_word_character(text[at]))
             ++at;
-        if (needs_marks_)
+        if (needs_marks_ && other_branches_ == 0)
             note_mark(code);
         note_code(code, at);
     }
 }
 
-/// Gives each opening mark the one that closes it.
+/// Gives each opening mark the one that closes it. A brace closes what is open inside it, too.
 void code_lines::match_marks() {
-    std::vector<std::uint32_t> open;
+    std::vector<std::uint32_t> parentheses;
+    std::vector<std::pair<std::uint32_t, std::size_t>> braces; ///< with the parentheses open around each
     for (std::uint32_t i = 0; i < marks_.size(); ++i) {
-        const char kind = marks_[i].kind;
-        if (kind == '{' || kind == '(') {
-            open.push_back(i);
-        } else if (!open.empty() && marks_[open.back()].kind == (kind == '}'   ? '{'
-                                                                 : kind == ')' ? '('
-                                                                               : '?')) {
-            marks_[open.back()].match = i;
-            open.pop_back();
+        const std::size_t around = braces.empty() ? 0 : braces.back().second;
+        if (marks_[i].kind == '{') {
+            braces.emplace_back(i, parentheses.size());
+        } else if (marks_[i].kind == '(') {
+            parentheses.push_back(i);
+        } else if (marks_[i].kind == ')' && parentheses.size() > around) {
+            marks_[parentheses.back()].match = i;
+            parentheses.pop_back();
+        } else if (marks_[i].kind == '}' && !braces.empty()) {
+            marks_[braces.back().first].match = i;
+            parentheses.resize(around);
+            braces.pop_back();
         }
     }
 }
@@ -109,47 +142,68 @@ void code_lines::find_bodies() {
     }
 }
 
-/// What a function reaches that begins on `line` and was never called; the line alone when it has no body.
-source_extent code_lines::uncalled_extent(std::uint32_t line) const {
+/// What a function reaches that begins on `line` and was never called; the line alone when it has no body. A
+/// body without end reaches to `next_line`, where the next function begins, or to the end of the text for 0.
+source_extent code_lines::uncalled_extent(std::uint32_t line, std::uint32_t next_line) const {
     const auto first =
         std::lower_bound(marks_.begin(), marks_.end(), line,
                          [](const mark& m, std::uint32_t wanted) { return m.position.line < wanted; });
     const std::uint32_t body = bodies_[static_cast<std::size_t>(first - marks_.begin())];
     if (body == kOpen)
-        return {{line, 1}, {analysis_.positions.lines(), 0}};
+        return {{line, 1}, {next_line != 0 ? next_line : analysis_.positions.lines(), 0}};
     return {{line, 1}, body == kNone ? source_position{line, 0xffffffff} : marks_[body].position};
 }
 
-void code_lines::find_extents() {
-    for (const source_function& function : analysis_.functions) {
-        if (function.called)
-            functions_.push_back({function.first, function.last});
-        else if (function.line > 0)
-            functions_.push_back(uncalled_extent(static_cast<std::uint32_t>(function.line)));
-    }
-    std::sort(functions_.begin(), functions_.end());
+void code_lines::extent_list::join() {
+    std::sort(extents.begin(), extents.end());
     std::size_t kept = 0;
-    for (const source_extent& extent : functions_) {
-        if (kept != 0 && extent.start <= functions_[kept - 1].end)
-            functions_[kept - 1].end = std::max(functions_[kept - 1].end, extent.end);
+    for (const source_extent& extent : extents) {
+        if (kept != 0 && extent.start <= extents[kept - 1].end)
+            extents[kept - 1].end = std::max(extents[kept - 1].end, extent.end);
         else
-            functions_[kept++] = extent;
+            extents[kept++] = extent;
     }
-    functions_.resize(kept);
+    extents.resize(kept);
+}
+
+/// True when one of them reaches the line; `*inside`: when one of them holds the place.
+bool code_lines::extent_list::reaches(std::uint32_t line, source_position code, bool* inside) {
+    while (next < extents.size() && extents[next].end.line < line)
+        ++next;
+    *inside = false;
+    std::size_t i = next;
+    for (; i < extents.size() && extents[i].start.line <= line; ++i) {
+        *inside = *inside || (extents[i].start <= code && code <= extents[i].end);
+        if (extents[i].end.line > line)
+            return true;
+    }
+    return i != next;
+}
+
+void code_lines::find_extents() {
+    std::vector<std::uint32_t> lines; // at which functions begin
+    for (const source_function& function : analysis_.functions)
+        if (function.line > 0)
+            lines.push_back(static_cast<std::uint32_t>(function.line));
+    std::sort(lines.begin(), lines.end());
+    for (const source_function& function : analysis_.functions) {
+        const std::uint32_t line = static_cast<std::uint32_t>(std::max(function.line, 0));
+        if (function.called) {
+            functions_.extents.push_back({function.first, function.last});
+            called_.extents.push_back({function.first, function.last});
+        } else if (line != 0) {
+            const auto next = std::upper_bound(lines.begin(), lines.end(), line);
+            functions_.extents.push_back(uncalled_extent(line, next == lines.end() ? 0 : *next));
+        }
+    }
+    functions_.join();
+    called_.join();
 }
 
 code_line code_lines::examine(std::uint32_t line) {
-    while (next_ < functions_.size() && functions_[next_].end.line < line)
-        ++next_;
-    code_line result = {false, false, line <= first_code_.size() ? first_code_[line - 1] : 0};
-    if (result.column == 0)
-        return result;
+    code_line result = {false, false, false, line <= first_code_.size() ? first_code_[line - 1] : 0};
     const source_position code = {line, result.column};
-    for (std::size_t i = next_; i < functions_.size() && functions_[i].start.line <= line; ++i) {
-        result.in_function = true;
-        result.inside = result.inside || (functions_[i].start <= code && code <= functions_[i].end);
-        if (functions_[i].end.line > line)
-            break;
-    }
+    result.in_function = functions_.reaches(line, code, &result.inside) && result.column != 0;
+    called_.reaches(line, code, &result.inside_called);
     return result;
 }

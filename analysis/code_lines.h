@@ -11,6 +11,7 @@
 struct code_line {
     bool in_function;     ///< code, on a line that a function reaches
     bool inside;          ///< its first code lies inside a function, not in front of its first block
+    bool inside_called;   ///< it lies inside a function that was called
     std::uint32_t column; ///< of its first code, 1-based; 0 for none
 };
 
@@ -32,21 +33,34 @@ class code_lines {
     };
 
     void read_text();
+    void pass_lines(std::size_t from, std::size_t to);
+    void note_directive(std::size_t offset);
     void note_code(std::size_t from, std::size_t to);
     void note_mark(std::size_t offset);
     void match_marks();
     void find_bodies();
     void find_extents();
-    source_extent uncalled_extent(std::uint32_t line) const;
+    source_extent uncalled_extent(std::uint32_t line, std::uint32_t next_line) const;
 
     const source_analysis& analysis_;
     bool needs_marks_;                      ///< some function was never called
     std::vector<std::uint32_t> first_code_; ///< column of the first code of each line, from line 1; 0: none
     std::uint32_t line_ = 1;                ///< while reading: that of the text at hand
     std::size_t line_start_ = 0;            ///< offset at which it begins
-    std::vector<mark> marks_;               ///< in order
+    std::vector<bool> branches_;        ///< while reading, for each open #if: text behind an #else or #elif
+    std::size_t other_branches_ = 0;    ///< how many of them are
+    std::vector<mark> marks_;           ///< in order; of conditional text only that of the first branch
     std::vector<std::uint32_t> bodies_; ///< for each mark: the one that closes the body of a function whose
                                         ///< head goes on there, kNone, or kOpen for a body without end
-    std::vector<source_extent> functions_; ///< what the functions reach, joined where they overlap; ascending
-    std::size_t next_ = 0; ///< the first of them that ends on the line asked about, or behind it
+
+    /// What functions reach, joined where they overlap, ascending.
+    struct extent_list {
+        std::vector<source_extent> extents;
+        std::size_t next = 0; ///< the first of them that ends on the line asked about, or behind it
+
+        void join();
+        bool reaches(std::uint32_t line, source_position code, bool* inside);
+    };
+    extent_list functions_; ///< all of them
+    extent_list called_;    ///< those that were called
 };

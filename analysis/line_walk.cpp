@@ -86,14 +86,16 @@ std::size_t line_walk::look_ahead() const {
     return blanks == 0 || at_end ? 0 : blanks + 1;
 }
 
-/// How often the code at a position was executed; `before`: the count in force in front of it.
-static std::uint64_t executions(const block_list_node& position, std::uint64_t before) {
-    if (position.count == NEVER_ENTERED || position.count < position.numAdjusted)
-        return 0;
+/// Takes the count of a position. A function's last block is mostly not counted, but credited: it is taken
+/// for reached as often as the code in front of it that has a count.
+void line_walk::pass_position(const block_list_node& position) {
+    if (position.count == NEVER_ENTERED || position.count < position.numAdjusted) {
+        in_force_ = 0;
+        return;
+    }
     const std::uint64_t count = position.count - position.numAdjusted;
-    // A function's last block is mostly not counted, but credited: it is taken for reached as often as the
-    // code in front of it.
-    return count == 0 && position.bAdjusted() ? std::max<std::uint64_t>(before, 1) : count;
+    in_force_ = count == 0 && position.bAdjusted() ? std::max<std::uint64_t>(last_count_, 1) : count;
+    last_count_ = in_force_;
 }
 
 void line_walk::examine_code() {
@@ -104,23 +106,24 @@ void line_walk::examine_code() {
     examined_ = line_.number;
     const std::size_t passed = static_cast<std::size_t>(positions_.data() - all_.data());
     for (; counted_ < passed; ++counted_)
-        in_force_ = executions(all_[counted_], in_force_);
+        pass_position(all_[counted_]);
     const code_line code = code_->examine(line_.number);
     holds_code_ = code.in_function;
-    count_ = 0;
-    if (!holds_code_)
-        return;
-    std::uint64_t before = in_force_;
-    bool inside = code.inside;
-    for (const block_list_node& position : positions_) {
-        if (inside && position.column > code.column)
-            count_ = std::max(count_, before);
-        inside = inside && position.column <= code.column;
-        before = executions(position, before);
-        count_ = std::max(count_, before);
+    std::uint64_t at_code = in_force_; // in force at the line's first code
+    std::uint64_t largest = 0;
+    for (; counted_ < passed + positions_.size(); ++counted_) {
+        const block_list_node& position = all_[counted_];
+        pass_position(position);
+        largest = std::max(largest, in_force_);
+        // The mark of an inner function that was never called stands at the start of its line, in front of
+        // the code of the one around it.
+        const bool mark_of_inner = code.inside_called && position.count == NEVER_ENTERED;
+        if (position.column <= code.column && !mark_of_inner)
+            at_code = in_force_;
     }
-    if (inside)
-        count_ = std::max(count_, before);
+    if (code.inside)
+        largest = std::max(largest, at_code);
+    count_ = holds_code_ ? largest : 0;
 }
 
 bool line_walk::holds_code() {

@@ -74,6 +74,7 @@ class line_walk {
   private:
     void find_stretches();
     std::size_t look_ahead() const;
+    void pass_position(const block_list_node& position);
     void examine_code();
 
     const source_analysis& analysis_;
@@ -88,6 +89,7 @@ class line_walk {
     std::uint32_t examined_ = 0;       ///< line that the two below belong to
     bool holds_code_ = false;
     std::uint64_t count_ = 0;
-    std::size_t counted_ = 0;    ///< positions whose counts went into the next
-    std::uint64_t in_force_ = 0; ///< count of the last position before the line
+    std::size_t counted_ = 0;      ///< positions that were passed
+    std::uint64_t in_force_ = 0;   ///< count of the last of them
+    std::uint64_t last_count_ = 0; ///< that of the last one with a count, other than a function never called
 };

@@ -32,7 +32,7 @@ std::size_t code_cursor::pass(std::size_t offset, bool* line_begin) const {
         }
         return two == "/*" ? behind_comment(text, offset) : offset;
     case '#':
-        return *line_begin ? behind_line(text, offset) : offset;
+        return *line_begin ? behind_directive(text, offset) : offset;
     default:
         return offset;
     }

@@ -2,6 +2,7 @@
 
 #include <string>
 
+constexpr std::size_t kLongestNumber = 80; ///< characters of a number that are looked at
 constexpr std::size_t kLongestRawMark =
     16; ///< characters between the quote and the parenthesis of a raw string
 
@@ -23,16 +24,44 @@ std::size_t behind_line(std::string_view text, std::size_t offset) {
     }
 }
 
+std::size_t behind_directive(std::string_view text, std::size_t offset) {
+    while (offset < text.size()) {
+        const std::string_view two = text.substr(offset, 2);
+        if (two == "//")
+            return behind_line(text, offset);
+        if (two == "/*") {
+            offset = behind_comment(text, offset);
+        } else if (two[0] == '"') {
+            offset = behind_literal(text, offset);
+        } else if (two[0] == '\\') { // continues the line, or hides a quote
+            offset += text.substr(offset, 3) == "\\\r\n" ? 3 : 2;
+        } else if (two[0] == '\n') {
+            return offset + 1;
+        } else {
+            ++offset;
+        }
+    }
+    return text.size();
+}
+
 std::size_t behind_comment(std::string_view text, std::size_t offset) {
     const std::size_t end = text.find("*/", offset + 2);
     return end == std::string_view::npos ? text.size() : end + 2;
 }
 
-/// In 1'000 and 0xab'cd the apostrophe begins no literal.
+static bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// In 1'000 and 0xab'cd the apostrophe begins no literal: what stands in front of it begins with a digit.
 static bool separates_digits(std::string_view text, std::size_t offset) {
-    const char before = offset == 0 ? ' ' : text[offset - 1];
-    return text[offset] == '\'' && ((before >= '0' && before <= '9') || (before >= 'a' && before <= 'f') ||
-                                    (before >= 'A' && before <= 'F'));
+    if (text[offset] != '\'')
+        return false;
+    std::size_t start = offset;
+    while (start > 0 && offset - start < kLongestNumber &&
+           (is_word_character(text[start - 1]) || (text[start - 1] == '\'' && is_digit(text[start]))))
+        --start;
+    return is_digit(text[start]);
 }
 
 bool begins_literal(std::string_view text, std::size_t offset) {
@@ -70,12 +99,12 @@ std::size_t behind_literal(std::string_view text, std::size_t offset) {
         if (text[offset] == quote)
             return offset + 1;
         if (text[offset] == '\\' && offset + 1 < text.size())
-            ++offset;
+            offset += text.substr(offset, 3) == "\\\r\n" ? 2 : 1;
     }
     return offset;
 }
 
-std::size_t behind_no_code(std::string_view text, std::size_t offset, bool* line_begin) {
+std::size_t behind_blank(std::string_view text, std::size_t offset, bool* line_begin) {
     while (offset < text.size()) {
         const std::string_view two = text.substr(offset, 2);
         const char c = two[0];
@@ -84,7 +113,7 @@ std::size_t behind_no_code(std::string_view text, std::size_t offset, bool* line
             ++offset;
         } else if (c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v') {
             ++offset;
-        } else if (two == "//" || (c == '#' && *line_begin)) {
+        } else if (two == "//") {
             *line_begin = true;
             offset = behind_line(text, offset);
         } else if (two == "/*") {

@@ -22,6 +22,10 @@ bool begins_literal(std::string_view text, std::size_t offset);
 /// string.
 std::size_t behind_literal(std::string_view text, std::size_t offset);
 
-/// The offset behind the blanks, newlines, comments and preprocessor lines from `offset` on. `*line_begin`:
-/// whether only such lie in front of `offset` on its line; kept up to date.
-std::size_t behind_no_code(std::string_view text, std::size_t offset, bool* line_begin);
+/// The offset behind the preprocessor directive whose "#" is at `offset`: behind its last line, or further
+/// where a comment that begins on it goes on.
+std::size_t behind_directive(std::string_view text, std::size_t offset);
+
+/// The offset behind the blanks, newlines and comments from `offset` on. `*line_begin`: whether only such lie
+/// in front of `offset` on its line; kept up to date.
+std::size_t behind_blank(std::string_view text, std::size_t offset, bool* line_begin);

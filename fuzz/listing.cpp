@@ -2,6 +2,7 @@
 // listing made of them is taken apart again.
 #include "report/listing.h"
 
+#include "analysis/line_walk.h"
 #include "common/source_file.h"
 #include "coverage/block_marking.h"
 #include "coverage/coverage_list.h"
@@ -106,6 +107,33 @@ static void check_positions(const plain_positions& plain) {
             "the number of positions");
 }
 
+/// Walks the lines of the current source file, with some functions in it that were never called and one that was.
+static void check_lines(std::string_view source) {
+    source_analysis& analysis = g_cl->current_analysis();
+    for (const std::uint32_t line : {1U, 3U, analysis.positions.lines() / 2}) {
+        source_function function = {};
+        function.line = static_cast<std::int32_t>(line);
+        function.called = line == 3;
+        function.first = {line, 1};
+        function.last = {line + 2, 5};
+        analysis.functions.push_back(function);
+    }
+    std::string text;
+    for (line_walk walk(analysis); walk.next();) {
+        const source_line& line = walk.line();
+        text.append(line.text).append(line.has_newline ? "\n" : "");
+        const bool blank = line.text.find_first_not_of(" \t\r\f\v") == std::string_view::npos;
+        require(!walk.holds_code() || !blank, "a blank line holds no code");
+        require(walk.holds_code() || walk.count() == 0, "only code has a count");
+        std::size_t offset = 0;
+        for (const line_stretch& stretch : walk.stretches()) {
+            require(stretch.offset >= offset && stretch.offset <= line.text.size(), "stretches are in order");
+            offset = stretch.offset;
+        }
+    }
+    require(text == source, "the lines are the text");
+}
+
 static void set_options(unsigned int choice) {
     g_bXCOUNTS = (choice & 1) != 0;
     compWithRef = (choice & 2) != 0;
@@ -158,6 +186,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         check_positions(plain);
         written = bOutputLineCoverage("html");
         check_positions(plain);
+        check_lines(source);
         require(g_cl->bAddFilename("s.c"), "a file that the list has already");
         if (choice == 255)
             file_list_node("absent", nullptr);

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 /// Columns with a title that sorts, as in ref.
 enum index_column { COLUMN_NAME, COLUMN_FUNCTION_COVERAGE, COLUMN_BLOCK_COVERAGE };
@@ -146,15 +147,14 @@ bool bCreateCov(bool covered, int order, const char* name, const char* ext, cons
     const bool figures = covered || compWithRef;
     const int* links = ref[page_number(order)];
     write_index_head(stream, covered, project);
-    int* index = CreateIndex(count);
-    SortFiles(index, count, order, list);
+    const std::unique_ptr<int, decltype(&std::free)> index(CreateIndex(count), std::free);
+    SortFiles(index.get(), count, order, list);
     printDataTableStart(stream);
     write_group_titles(stream, figures, name, links[COLUMN_NAME], ext);
     write_figure_titles(stream, figures, name, links, ext);
-    write_file_rows(stream, figures, ext, count, index, list);
+    write_file_rows(stream, figures, ext, count, index.get(), list);
     write_index_tail(stream);
     close_output(stream);
-    std::free(index);
     return true;
 }
 

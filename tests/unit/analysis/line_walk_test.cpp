@@ -117,6 +117,48 @@ TEST_F(LineWalk, NeverCalledFunctionsEndAtTheirBodies) {
     EXPECT_EQ(counts(), "2:0 3:0 4:0 5:0 6:0 9:0 11:0 12:0 13:0 14:0 ");
 }
 
+TEST_F(LineWalk, LambdasThatWereNeverCalled) {
+    set_text("void f() {\n"          // 1
+             "    run([](int x) {\n" // 2
+             "        use(x);\n"     // 3
+             "    });\n"             // 4
+             "}\n"                   // 5
+             "void g() {\n"          // 6
+             "}\n");                 // 7
+    add_function(1, {{1, 10, 5}, {5, 1, 0}});
+    add_function(2, {});
+    add_function(6, {});
+    // The call that hands the lambda over was executed; the closing brace goes on with that count.
+    EXPECT_EQ(counts(), "1:5 2:5 3:0 4:0 5:5 6:0 7:0 ");
+}
+
+TEST_F(LineWalk, BodiesAreFoundThroughConditionalText) {
+    set_text("#define TWO 2 /* a comment {\n"  // 1
+             "   that goes on */\n"            // 2
+             "void f() {\n"                    // 3
+             "#ifdef X\n"                      // 4
+             "    if (a &&\n"                  // 5
+             "#else\n"                         // 6
+             "    if (!a) {\n"                 // 7
+             "#endif\n"                        // 8
+             "        b) {\n"                  // 9
+             "    }\n"                         // 10
+             "    switch (c) { case'{': ; }\n" // 11
+             "    s = \"\\\r\n"                // 12
+             "}\";\n"                          // 13
+             "}\n"                             // 14
+             "int x;\n"                        // 15
+             "void open() {\n"                 // 16
+             "    if (a) {\n"                  // 17
+             "\n"                              // 18
+             "void last() {\n"                 // 19
+             "}\n"                             // 20
+             "int y;\n");                      // 21
+    for (const int line : {3, 16, 19})
+        add_function(line, {});
+    EXPECT_EQ(counts(), "3:0 5:0 7:0 9:0 10:0 11:0 12:0 13:0 14:0 16:0 17:0 19:0 20:0 ");
+}
+
 TEST_F(LineWalk, LookAheadEndsAt255Blanks) {
     const std::string blanks(255, ' ');
     set_text(blanks + "x\n" + " " + blanks + "x\n" + blanks.substr(1) + "\n" + blanks);
