@@ -1,6 +1,7 @@
 #include "coverage/files_of_interest.h"
 
 #include "common/fatal.h"
+#include "common/file_ptr.h"
 #include "coverage/pattern_set.h"
 #include "driver/run_config.h"
 
@@ -110,16 +111,16 @@ static void check_component_file(const char* path) {
 int getModuleNames(const char* path) {
     if (!path)
         return 0;
-    std::FILE* file = std::fopen(path, "r");
+    file_ptr file(std::fopen(path, "r"));
     if (!file) {
         std::fprintf(stderr, "ERROR: Couldn't open the component file %s\n", path);
         pgt_Exit(1);
     }
     char line[4096]; // a longer line counts as several
-    while (std::fgets(line, sizeof line, file))
+    while (std::fgets(line, sizeof line, file.get()))
         read_line(line, path);
-    const bool failed = std::ferror(file) != 0;
-    if (std::fclose(file) != 0)
+    const bool failed = std::ferror(file.get()) != 0;
+    if (std::fclose(file.release()) != 0)
         std::fprintf(stderr, "WARNING: couldn't close the component file %s\n", path);
     patterns_prepared = 0;
     check_component_file(path);

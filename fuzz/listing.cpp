@@ -107,7 +107,8 @@ static void check_positions(const plain_positions& plain) {
             "the number of positions");
 }
 
-/// Walks the lines of the current source file, with some functions in it that were never called and one that was.
+/// Walks the lines of the current source file, with some functions in it that were never called and one that
+/// was.
 static void check_lines(std::string_view source) {
     source_analysis& analysis = g_cl->current_analysis();
     for (const std::uint32_t line : {1U, 3U, analysis.positions.lines() / 2}) {

@@ -1,6 +1,7 @@
 #include "import/import_run.h"
 
 #include "common/fatal.h"
+#include "common/file_ptr.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
 #include "import/gcc/gcc_import.h"
@@ -83,11 +84,10 @@ static void read_inputs(const import_options& options, const source_names& names
         }
         if (clang_files.take(input))
             continue;
-        std::FILE* stream = std::fopen(input.c_str(), "rb");
+        const file_ptr stream(std::fopen(input.c_str(), "rb"));
         if (!stream)
             import_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
-        read_input(stream, input, names, all);
-        std::fclose(stream);
+        read_input(stream.get(), input, names, all);
     }
     read_clang_files(&clang_files, names, all);
 }

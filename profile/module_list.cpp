@@ -1,6 +1,7 @@
 #include "profile/module_list.h"
 
 #include "common/fatal.h"
+#include "common/file_ptr.h"
 #include "demangle/demangle.h"
 #include "driver/run_config.h"
 #include "profile/component_sort.h"
@@ -8,7 +9,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 bool same_file(const COMP* a, const COMP* b) {
     return a->fileName == b->fileName || std::strcmp(a->fileName, b->fileName) == 0;
@@ -63,7 +63,7 @@ static void read_components(std::FILE* file, const char* spiFileName, const comp
 COMP* GetComponentList(const char* spiFileName, int* count, const component_filter& filter,
                        module_list& list) {
     list = module_list();
-    std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(spiFileName, "r"), std::fclose);
+    file_ptr file(std::fopen(spiFileName, "r"));
     if (!file) {
         std::fprintf(stderr, "ERROR: cannot open the SPI file, %s.\n", spiFileName);
         pgt_Exit(1);
