@@ -1,11 +1,9 @@
 // Pages of the report, where whole runs do not reach.
-#include "common/output_file.h"
 #include "coverage/coverage_list.h"
 #include "report/file_index.h"
 #include "report/function_lists.h"
 #include "report/images.h"
 #include "report/listing.h"
-#include "report/tool_bar.h"
 #include "tests/tools/product.h"
 #include "tests/tools/scratch.h"
 
@@ -59,13 +57,4 @@ TEST_F(Pages, ImagesThatCannotBeWritten) {
     });
     EXPECT_EQ(end.output, "ERR at 0 65\nERR at 1 -1\n");
     EXPECT_FALSE(createIcon("none/x.gif", bytes, 2, 0, nullptr, 0));
-}
-
-TEST_F(Pages, HelpPageThatCannotBeWrittenIsToldAtTheEnd) {
-    fs::create_symlink("/dev/full", "CodeCoverage/__HELP.HTML");
-    const outcome end = run_product([] {
-        EXPECT_TRUE(createToolBar("html"));
-        EXPECT_FALSE(close_open_outputs());
-    });
-    EXPECT_EQ(end.errors, "ERROR: cannot write CodeCoverage/__HELP.HTML\n");
 }

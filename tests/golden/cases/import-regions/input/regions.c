@@ -37,3 +37,5 @@ int nested(void)
 }
 int everything(void)
 { if (c) x(); }
+void slash(int n) { if (n) { } /*/ a(); */ b(); }
+void hex(int n) { if (n) M(0xab'cd); c(); }

@@ -8,5 +8,5 @@ int tail(int n) {
     while (n) --n;
     return n; }
 int none(int n) { return n; }
-int many(int n) { return n; }
-int pair(void) { if (x()) y(); } // NEVER
+int many(int n) { return n; } // NEVER
+int pair(void) { if (x()) y(); }

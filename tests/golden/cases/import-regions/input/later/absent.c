@@ -7,3 +7,13 @@ line 6
 line 7
 line 8
 line 9
+line 10
+line 11
+line 12
+line 13
+line 14
+line 15
+line 16
+line 17
+line 18
+line 19
