@@ -1,8 +1,22 @@
-// Numbers as the profile files store them, the least significant byte first, on any machine.
+// Numbers as profiles and object files store them, the least significant byte first, on any machine.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <string_view>
+
+/// Number of type `T` at `offset` of `bytes`, which must reach that far.
+template <typename T> T little_endian_at(std::string_view bytes, std::size_t offset) {
+    T value = 0;
+    if constexpr (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__) {
+        std::memcpy(&value, bytes.data() + offset, sizeof(T));
+    } else {
+        for (std::size_t i = sizeof(T); i-- > 0;)
+            value = static_cast<T>(value << 7 << 1 | static_cast<unsigned char>(bytes[offset + i]));
+    }
+    return value;
+}
 
 /// The 4-byte number at `p`.
 inline std::uint32_t read_u32(const unsigned char* p) {

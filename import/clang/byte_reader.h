@@ -4,24 +4,12 @@
 // another group follows.
 #pragma once
 
+#include "common/little_endian.h"
 #include "import/clang/input_error.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
-
-/// Number of type `T` at `offset` of `bytes`, which must reach that far.
-template <typename T> T little_endian_at(std::string_view bytes, std::size_t offset) {
-    T value = 0;
-    if constexpr (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__) {
-        std::memcpy(&value, bytes.data() + offset, sizeof(T));
-    } else {
-        for (std::size_t i = sizeof(T); i-- > 0;)
-            value = static_cast<T>(value << 7 << 1 | static_cast<unsigned char>(bytes[offset + i]));
-    }
-    return value;
-}
 
 /// Rounds `size` up to a multiple of 8; it must be less than 2^64 - 8.
 constexpr std::uint64_t round_up_8(std::uint64_t size) {
