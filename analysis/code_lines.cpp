@@ -128,17 +128,15 @@ void code_lines::find_bodies() {
     bodies_.assign(marks_.size() + 1, kNone);
     for (std::size_t i = marks_.size(); i-- > 0;) {
         const mark& current = marks_[i];
-        if (current.kind == '(' && current.match != kNone)
-            bodies_[i] = bodies_[current.match + 1];
-        else if (current.kind == ')')
+        if (current.kind == ')') {
             bodies_[i] = bodies_[i + 1];
-        else if (current.kind == '{' && current.match == kNone)
+        } else if (current.kind == '{' && current.match == kNone) {
             bodies_[i] = kOpen;
-        else if (current.kind == '{' &&
-                 (marks_[current.match].next == ',' || marks_[current.match].next == '{'))
-            bodies_[i] = bodies_[current.match + 1];
-        else if (current.kind == '{')
-            bodies_[i] = current.match;
+        } else if ((current.kind == '{' || current.kind == '(') && current.match != kNone) {
+            const char next = marks_[current.match].next;
+            const bool head_goes_on = current.kind == '(' || next == ',' || next == '{';
+            bodies_[i] = head_goes_on ? bodies_[current.match + 1] : current.match;
+        }
     }
 }
 
