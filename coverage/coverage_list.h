@@ -20,7 +20,7 @@ class file_list_node {
 
     const char* lpszGetFilename() const { return analysis_.path.c_str(); }
 
-    /// See coverage_list.
+    /// See coverage_list. `ppNode`, for callers that want the whole position, may be null like the others.
     bool bAddBlockCount(unsigned int line, unsigned int column, std::uint64_t count, bool bNotInRef,
                         unsigned int** ppUnexecuted);
     bool bAdjustLastBlock(unsigned int line, unsigned int column);

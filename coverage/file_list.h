@@ -7,7 +7,7 @@
 
 /// Bits of filename_list_node::flags.
 enum : std::uint32_t {
-    FILE_EXISTS = 1,    ///< the source file could be opened when its entry was made
+    FILE_EXISTS = 1,    ///< the source file could be opened when its entry was made; no page tells yet
     FILE_UNCOVERED = 2, ///< goes to the index of uncovered files
     FILE_COVERED = 4    ///< goes to the index of covered files
 };

@@ -18,11 +18,11 @@ struct func {
     double percent;       ///< percent(covered, blocks)
 };
 
-extern func** fileFuncs;                   ///< the slots, one for each COMP of the file; null between files
-extern std::int32_t numFileFuncs;          ///< functions seen, excluded ones included
-extern func** fileFuncsCovered;            ///< first covered slot (the start of the array)
-extern std::int32_t numFileFuncsCovered;   ///< covered functions, at fileFuncsCovered[0 .. n-1]
-extern func** fileFuncsUncovered;          ///< lowest uncovered slot in use
+extern func** fileFuncs;                 ///< the slots, one for each COMP of the file; null between files
+extern std::int32_t numFileFuncs;        ///< functions seen, excluded ones included; for checks of the table
+extern func** fileFuncsCovered;          ///< first covered slot (the start of the array)
+extern std::int32_t numFileFuncsCovered; ///< covered functions, at fileFuncsCovered[0 .. n-1]
+extern func** fileFuncsUncovered;        ///< lowest uncovered slot in use
 extern std::int32_t numFileFuncsUncovered; ///< uncovered functions, at fileFuncsUncovered[0 .. n-1]
 
 /// Starts the table of the file whose first COMP is given: counts the COMPs of the run and makes the slots.
