@@ -159,6 +159,14 @@ TEST_F(LineWalk, BodiesAreFoundThroughConditionalText) {
     EXPECT_EQ(counts(), "3:0 5:0 7:0 9:0 10:0 11:0 12:0 13:0 14:0 16:0 17:0 19:0 20:0 ");
 }
 
+TEST_F(LineWalk, PositionsBehindTheEndOfALineShowNowhere) {
+    set_text("x\nx\n    ");
+    add_function(1, {{1, 1, 1}, {1, 3, 0}, {3, 5, 0}});
+    // The newline has a column; the end of a text without one has none, not even for the blanks in front of
+    // it.
+    EXPECT_EQ(classes(), "2 0=3\n3\n3\n");
+}
+
 TEST_F(LineWalk, LookAheadEndsAt255Blanks) {
     const std::string blanks(255, ' ');
     set_text(blanks + "x\n" + " " + blanks + "x\n" + blanks.substr(1) + "\n" + blanks);
