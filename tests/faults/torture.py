@@ -49,7 +49,7 @@ DISTURBANCES = {
     "same bytes: locale, zone, umask": "locales de_DE and tr_TR, time zones, umasks, memory that is not zero: the same "
                                        "bytes",
     "same bytes: run after run": "run after run: the same bytes",
-    "same bytes: builds": "GCC -O0, clang -O0 and -O2, sanitizers: the same bytes",
+    "same bytes: builds": "builds with another compiler, without optimisation or with sanitizers: the same bytes",
     "names: hostile": "mangled names that stand for gigabytes, or nest 200,000 deep",
     "names: ordinary": "the names of the C++ library, and some of 12 to 16 KiB, as the library's own demangler has them",
 }
