@@ -80,8 +80,8 @@ PieceId MangledNameReader::operator_expression() {
             id = join(2, id, template_arg());
         return id;
     }
-    if (is_any_of(code, "pp mm "))
-        take('_');
+    if (is_any_of(code, "pp mm ") && !take('_'))
+        return postfix_operand();
     if (is_any_of(code, "ps ng ad de co nt pp mm nx te sz az sZ dl da tw aw at "))
         return join(kOperator, expression());
     if (is_any_of(code, "cv dc sc cc rc ")) {
@@ -94,6 +94,16 @@ PieceId MangledNameReader::operator_expression() {
         return join(kOperator, left, expressions('E'));
     const Id both = join(kOperator, left, expression());
     return is_any_of(code, "qu dX ") ? join(4, both, expression()) : both;
+}
+
+/// The demangler keeps the operand of a postfix operator twice and may walk both: each nesting doubles its
+/// work.
+PieceId MangledNameReader::postfix_operand() {
+    if (++postfix_depth_ > kDeepestPostfix)
+        return fail();
+    const Id id = join(kOperator, expression());
+    --postfix_depth_;
+    return id;
 }
 
 PieceId MangledNameReader::new_expression() {

@@ -9,6 +9,7 @@
 #include <vector>
 
 constexpr int kDeepest = 512;           ///< nesting of types and expressions
+constexpr int kDeepestPostfix = 8;      ///< nesting of postfix operators
 constexpr std::uint32_t kOperator = 24; ///< "reinterpret_cast<>()", "operator delete[]", ...
 
 inline bool is_digit(char c) {
@@ -72,7 +73,8 @@ class MangledNameReader {
     Id type(), plain_type(), extended_type(), param_type(), std_or_substituted_type(),
         vendor_qualified_type();
     Id reference_type(), function_type(), array_type(), qualifiers(), types();
-    Id literal(), expression(), plain_expression(), operator_expression(), new_expression();
+    Id literal(), expression(), plain_expression(), operator_expression(), new_expression(),
+        postfix_operand();
     Id expressions(char end), fold(), function_param(), simple_id(), plain_simple_id(), unresolved_name();
 
     const char* at_;
@@ -83,6 +85,7 @@ class MangledNameReader {
     std::uint32_t last_list_ = 0;    ///< arguments that end the name just read; 0 if none do
     std::uint32_t longest_name_ = 0; ///< what a constructor repeats
     int depth_ = 0;
+    int postfix_depth_ = 0; ///< postfix operators around the place
     bool failed_ = false;
     bool old_unresolved_; ///< `sr` is followed by a type even if that is a plain name
     bool in_conversion_ = false;
