@@ -1,27 +1,41 @@
 #include "import/import_message.h"
 
 #include "common/fatal.h"
+#include "common/progress_line.h"
 
 #include <cstdarg>
 #include <cstdio>
 
+static void print_message(const char* kind, const char* format, std::va_list arguments)
+    __attribute__((format(printf, 2, 0)));
+
+static void print_message(const char* kind, const char* format, std::va_list arguments) {
+    progress_line::wipe();
+    std::fputs(kind, stderr);
+    std::vfprintf(stderr, format, arguments);
+    std::fputs("\n", stderr);
+}
+
 void import_error(const char* format, ...) {
-    std::fputs("ERROR: ", stderr);
     std::va_list arguments;
     va_start(arguments, format);
-    std::vfprintf(stderr, format, arguments);
+    print_message("ERROR: ", format, arguments);
     va_end(arguments);
-    std::fputs("\n", stderr);
     pgt_Exit(1);
 }
 
 void import_warning(const char* format, ...) {
-    std::fputs("WARNING: ", stderr);
     std::va_list arguments;
     va_start(arguments, format);
-    std::vfprintf(stderr, format, arguments);
+    print_message("WARNING: ", format, arguments);
     va_end(arguments);
-    std::fputs("\n", stderr);
+}
+
+void import_note(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    print_message("NOTE: ", format, arguments);
+    va_end(arguments);
 }
 
 std::string printable(std::string_view name) {

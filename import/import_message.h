@@ -10,5 +10,8 @@
 /// Writes "WARNING: ", the text and a newline; the run goes on.
 void import_warning(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+/// Writes "NOTE: ", the text and a newline: nothing is wrong.
+void import_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
 /// A name from the input as it can be shown on a terminal: control characters appear as \x and two digits.
 std::string printable(std::string_view name);
