@@ -2,6 +2,7 @@
 
 #include "common/fatal.h"
 #include "common/file_ptr.h"
+#include "demangle/shared_name.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
 #include "import/gcc/gcc_import.h"
@@ -23,6 +24,7 @@ namespace {
 
 /// What has been read so far.
 struct collected {
+    bool instances = false; ///< those of a template stay apart
     record_store store;
     std::set<std::string> unwritable;  ///< names that the static profile cannot hold
     std::uint64_t empty = 0;           ///< functions without a counted region
@@ -30,6 +32,7 @@ struct collected {
     main_file_function extracted = {}; ///< the one being added
     std::string path; ///< of the last function's source file: the next one is often there, too
     std::string file; ///< its name in the profile
+    std::string name; ///< of the function being added, shared by all instances; kept for its memory
 };
 
 } // namespace
@@ -51,8 +54,14 @@ static void collect_function(const export_function& function, const std::string&
         all->unwritable.insert("function \"" + printable(name) + "\"");
     if (!file_fits)
         all->unwritable.insert("source file \"" + printable(all->file) + "\"");
-    if (name_fits && file_fits)
+    if (!name_fits || !file_fits)
+        return;
+    if (all->instances)
         all->store.add(all->file, name, *extracted);
+    else if (find_shared_name(name, &all->name))
+        all->store.add_instance(all->file, all->name, *extracted);
+    else
+        all->store.add(all->file, all->name, *extracted);
 }
 
 static void read_input(std::FILE* stream, const std::string& input, const source_names& names,
@@ -121,6 +130,7 @@ static void print_warnings(const collected& all, const profile_data& data) {
 static void run_clang_import(const import_options& options) {
     const source_names names(options.root);
     collected all;
+    all.instances = options.instances;
     read_inputs(options, names, &all);
     check_names(all);
     if (all.store.functions().empty())

@@ -87,7 +87,7 @@ static bool read_inputs(const import_options& options, const std::string& prefix
 
 void run_gcc_import(const import_options& options) {
     source_selection sources(options.root, options.all_sources);
-    line_store store(&sources);
+    line_store store(&sources, options.instances);
     const bool complete = read_inputs(options, sources.prefix(), &store);
     if (store.functions().empty())
         import_error("the input holds no functions");

@@ -49,7 +49,7 @@ void run_lcov_import(const import_options& options) {
     if (options.inputs.empty())
         import_error("no trace file given: vexcov-import lcov [options] files (see vexcov-import -help)");
     const source_names names(options.root);
-    trace_store store(names);
+    trace_store store(names, options.instances);
     trace_oddities oddities;
     for (const std::string& input : options.inputs)
         read_trace(input, &store, &oddities);

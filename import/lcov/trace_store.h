@@ -1,5 +1,6 @@
 // The source files of all traces with their lines and functions. What comes again is added up, so that memory
-// grows with the program, not with the traces.
+// grows with the program, not with the traces; and so are the instances of a template, if they are not to
+// stay apart.
 #pragma once
 
 #include "import/lcov/trace_section.h"
@@ -20,15 +21,18 @@ struct traced_file {
 
 class trace_store {
   public:
-    /// `names` must outlive this.
-    explicit trace_store(const source_names& names) : names_(names) {}
+    /// `names` must outlive this. `instances`: those of a template stay apart.
+    trace_store(const source_names& names, bool instances) : names_(names), instances_(instances) {}
 
     void add(const trace_section& section);
 
-    /// Everything that was added, by the name in the profile.
+    /// Everything that was added, by the name in the profile; to be called once. Names of templates that come
+    /// again in a file get their lines.
     std::map<std::string, traced_file>& files();
 
   private:
     const source_names& names_;
+    bool instances_;
+    std::vector<trace_function> arriving_; ///< the functions being added; kept for their memory
     std::map<std::string, traced_file> files_;
 };
