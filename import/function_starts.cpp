@@ -16,11 +16,14 @@ static function_start start_of(const source_text& source, const source_outline& 
     if (!head)
         return without_head;
     const source_position begin = source.position_of(head->begin);
-    if (begin < floor)
+    if (begin <= floor)
         return without_head;
-    // A marker comment in front of the brace takes out the whole function where the profile gives the brace's
-    // line; so a line with nothing but a comment between it and the head stays.
-    return {begin, head->comment ? extent.start.line : begin.line, true, head->starts_line};
+    // A comment in front of the brace may be a marker. It takes out the whole function where it stands on the
+    // function's line, and else where the brace does.
+    const bool may_mark = source.position_of(head->comment).line != begin.line;
+    const std::uint32_t line =
+        may_mark && head->comment != head->body ? source.position_of(head->body).line : begin.line;
+    return {begin, line, true, head->starts_line};
 }
 
 std::vector<function_start> find_function_starts(const source_text& source, const source_outline& outline,
@@ -28,7 +31,7 @@ std::vector<function_start> find_function_starts(const source_text& source, cons
     std::vector<function_start> starts;
     starts.reserve(extents.size());
     std::vector<std::size_t> open;   // functions around the current one, the innermost last
-    source_position behind = {1, 1}; // of the functions that have ended
+    source_position behind = {0, 0}; // where the last of the functions that have ended does
     for (std::size_t i = 0; i < extents.size(); ++i) {
         if (i != 0 && extents[i] == extents[i - 1]) { // another instance of a template
             starts.push_back(starts.back());

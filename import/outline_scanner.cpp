@@ -32,7 +32,8 @@ void outline_scanner::end_statement() {
 }
 
 void outline_scanner::cut_statement() {
-    if (now().depth != 0 || now().begin == kNowhere)
+    const bool goes_on = now().depth != 0 || (last_ == piece::unfinished && now().parenthesis);
+    if (goes_on || now().begin == kNowhere)
         return;
     const scope cut = now();
     end_statement();
@@ -42,8 +43,8 @@ void outline_scanner::cut_statement() {
 
 void outline_scanner::pass_directive(std::uint32_t offset) {
     closed_ = false;
-    last_ = piece::other;
     cut_statement();
+    last_ = piece::other;
     const std::size_t begin = text_.find_first_not_of(" \t", offset + 1);
     const std::string_view word = text_.substr(std::min(begin, text_.size()), 4);
     if (word.starts_with("if")) {
@@ -135,7 +136,8 @@ std::size_t outline_scanner::pass_other(std::uint32_t offset) {
     default:
         break;
     }
-    last_ = text_[offset] == '=' ? piece::equals : piece::other;
+    const char c = text_[offset];
+    last_ = c == '=' ? piece::equals : c == ',' || c == ':' ? piece::unfinished : piece::other;
     return offset + std::size_t{two_colons ? 2U : 1U};
 }
 
@@ -161,8 +163,9 @@ void outline_scanner::open_brace(std::uint32_t offset) {
     scope& around = now();
     const std::uint32_t begin = around.begin != kNowhere ? around.begin : around.declarator;
     if (around.depth == 0 && !around.bracket && begin != kNowhere) {
-        const bool comment = text_.substr(behind_last_, offset - behind_last_).find('/') != text_.npos;
-        heads_.push_back({begin, offset, around.starts_line, comment});
+        const std::size_t comment =
+            text_.substr(0, offset + std::size_t{1}).find_first_of("/{", behind_last_);
+        heads_.push_back({begin, offset, static_cast<std::uint32_t>(comment), around.starts_line});
     }
     scope inner;
     inner.expression = around.expects_expression || last_ == piece::requires_word;
@@ -184,7 +187,7 @@ void outline_scanner::pass_semicolon(std::uint32_t offset) {
     if (now().depth != 0)
         return;
     if (last_ == piece::defaulted && now().begin != kNowhere)
-        heads_.push_back({now().begin, offset, now().starts_line, false});
+        heads_.push_back({now().begin, offset, offset, now().starts_line});
     if (now().word_behind)
         now().declarator = now().begin;
     end_statement();

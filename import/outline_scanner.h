@@ -45,6 +45,7 @@ class outline_scanner {
     /// What the last piece of code was, where that matters.
     enum class piece {
         other,
+        unfinished, ///< a comma or colon
         closing,
         equals,
         word,

@@ -13,10 +13,10 @@
 /// What stands in front of a body, from its first code on: template line, attributes, return type, name,
 /// parameters, initialisers of members. The places are offsets into the text.
 struct outlined_head {
-    std::uint32_t begin; ///< the first code behind the ; { } label or directive in front of it
-    std::uint32_t body;  ///< an opening brace behind it, or the semicolon of "= default"
-    bool starts_line;    ///< no code stands in front of it on its line
-    bool comment;        ///< a comment stands directly in front of `body`
+    std::uint32_t begin;   ///< the first code behind the ; { } label or directive in front of it
+    std::uint32_t body;    ///< an opening brace behind it, or the semicolon of "= default"
+    std::uint32_t comment; ///< the comment directly in front of `body`; `body` itself for none
+    bool starts_line;      ///< no code stands in front of it on its line
 };
 
 /// Code behind an "else", not counting a brace. The places are offsets into the text.
