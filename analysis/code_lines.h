@@ -38,6 +38,7 @@ class code_lines {
     void note_code(std::size_t from, std::size_t to);
     void note_mark(std::size_t offset);
     void match_marks();
+    bool declares_behind(std::size_t close) const;
     void find_bodies();
     void find_extents();
     source_extent uncalled_extent(std::uint32_t line, std::uint32_t next_line) const;
