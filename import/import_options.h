@@ -18,6 +18,9 @@ struct import_options {
     std::uint32_t runs = 1;              ///< number of runs that the profile stands for, at least 1
     std::vector<std::string>
         inputs; ///< files and directories to read, merged in this order; none: what the format says
+    std::vector<std::string>
+        objects; ///< what was compiled, wherever the inputs lie: of clang's programs, of GCC's notes; what
+                 ///< older runs left there is not read. On no command line of the importer
 
     // Of the format gcc.
     std::string gcov;                 ///< program to run; empty: the one of the compiler
