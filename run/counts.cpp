@@ -58,8 +58,8 @@ static void explain_silence(const std::vector<std::string>& files, compiler by) 
             continue;
         import_error(
             "%s was built for coverage by %s, but no such program has left counts\n"
-            "   Does the command run it? A program that is killed, or ends with _exit or abort, leaves "
-            "none,\n   nor does one that is run without the environment of the command",
+            "   Does the command run it? A program leaves none when it is killed, when it ends with _exit or "
+            "abort,\n   when it does not get the environment of the command, or where TMPDIR has no room",
             printable(path).c_str(), of_gcc ? "GCC" : "clang");
     }
 }

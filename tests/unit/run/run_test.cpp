@@ -11,6 +11,8 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -281,6 +283,41 @@ TEST_P(Run, LeavesTheKeysOfTheTerminalToTheTerminal) {
     EXPECT_EQ(interrupt(project), 5); // 6 where it came twice
     fs::current_path(here);
     EXPECT_TRUE(fs::exists(project / "CODE_COVERAGE.HTML"));
+}
+
+/// The fenced blocks of a document with what stands behind the fence.
+static std::vector<std::pair<std::string, std::string>> blocks_in(const fs::path& document) {
+    std::vector<std::pair<std::string, std::string>> blocks;
+    std::istringstream lines(read_file(document));
+    bool inside = false;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("```") && !inside)
+            blocks.emplace_back(line.substr(3), "");
+        if (line.starts_with("```"))
+            inside = !inside;
+        else if (inside)
+            blocks.back().second += line + "\n";
+    }
+    return blocks;
+}
+
+TEST(RunExample, ShowsTheFiguresOfItsReadme) {
+    const scratch_directory scratch;
+    const fs::path folder = scratch.path() / "example";
+    fs::copy(fs::path(VEXCOV_TEST_DATA) / "../examples/cmake", folder, fs::copy_options::recursive);
+    program_result result;
+    std::size_t compared = 0;
+    for (const auto& [kind, text] : blocks_in(folder / "README.md")) {
+        if (kind == "sh") {
+            write_file(scratch.path() / "line", "set -e; export CMAKE_GENERATOR=Ninja\n" + text);
+            result = run_command("/bin/sh ../line", folder, "/usr/bin:/bin");
+            ASSERT_EQ(result.status, 0) << result.standard_error;
+            continue;
+        }
+        EXPECT_TRUE(result.standard_output.ends_with(text)) << result.standard_output;
+        ++compared;
+    }
+    EXPECT_EQ(compared, 2U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Compilers, Run, testing::Values("clang", "gcc"));
