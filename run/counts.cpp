@@ -68,8 +68,6 @@ static std::vector<std::string> all_files(const std::vector<std::string>& object
     std::vector<std::string> files;
     for (const std::string& path : objects) {
         std::error_code error;
-        if (!fs::exists(path, error))
-            import_error("there is no %s to look for objects in", printable(path).c_str());
         if (!fs::is_directory(path, error)) {
             files.push_back(path);
             continue;
@@ -96,6 +94,11 @@ static std::vector<std::string> all_files(const std::vector<std::string>& object
 }
 
 compiler find_counts(const run_options& options, const scratch_folder& scratch) {
+    for (const std::string& path : options.objects) {
+        std::error_code error;
+        if (!fs::exists(path, error))
+            import_error("there is no %s to look for objects in", printable(path).c_str());
+    }
     const bool of_clang = options.compiled_by != compiler::gcc && has_counts(scratch, compiler::clang);
     const bool of_gcc = options.compiled_by != compiler::clang && has_counts(scratch, compiler::gcc);
     if (of_clang && of_gcc)

@@ -130,6 +130,7 @@ static void call_vexcov(const test_run& run, std::vector<std::string> arguments)
     arguments.insert(arguments.begin(), "vexcov-run");
     arguments.insert(arguments.end(), {"-nopmeter", "-spi", run.spi_file, "-dpi", run.dpi_file});
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         argv.push_back(argument.data());
     argv.push_back(nullptr);
