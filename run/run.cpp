@@ -105,6 +105,7 @@ static void make_folder(const std::string& folder) {
 static void import_counts(const test_run& run) {
     const run_options& options = run.options;
     const compiler compiled_by = find_counts(options, run.scratch);
+    setenv("TMPDIR", run.scratch.path_of(".").c_str(), 1); // an import that is ended leaves nothing elsewhere
     import_options settings;
     settings.format = compiled_by == compiler::clang ? import_format::clang : import_format::gcc;
     settings.spi_file = run.spi_file;

@@ -80,8 +80,12 @@ stage_process::~stage_process() {
         close(output_);
     if (process_ == -1)
         return;
-    kill(-process_, SIGKILL);
+    const pid_t group = -process_;
+    kill(group, SIGKILL);
     finish();
+    while (waitpid(group, nullptr, 0) > 0) {
+        // What the stage started has become a child of this process.
+    }
 }
 
 /// What the stage writes until it ends.

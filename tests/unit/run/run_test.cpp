@@ -254,6 +254,19 @@ TEST_P(Run, PassesASignalOnAndMakesTheReport) {
     EXPECT_EQ(twice.standard_output, "");
 }
 
+class RunWithGcov : public Run {};
+
+TEST_P(RunWithGcov, ASignalEndsTheImport) {
+    write_file(project / "gcov", "#!/bin/sh\n[ \"$1\" = --version ] && exec gcov --version\n"
+                                 "echo $$ >ready; exec sleep 50\n");
+    fs::permissions(project / "gcov", fs::perms::owner_all);
+    const program_result result =
+        run("-objects build -gcov ./gcov -- build/app & pid=$!; while [ ! -s ready ]; do sleep 0.05; done; "
+            "kill -TERM $pid; wait $pid; s=$?; kill -0 $(cat ready) || exit $s");
+    EXPECT_EQ(result.status, 143);
+    EXPECT_EQ(result.standard_output, "");
+}
+
 /// Types Ctrl-C at a command's terminal once the program waits for it, and returns the exit status.
 static int interrupt(const fs::path& project) {
     int terminal = -1;
@@ -321,3 +334,4 @@ TEST(RunExample, ShowsTheFiguresOfItsReadme) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Compilers, Run, testing::Values("clang", "gcc"));
+INSTANTIATE_TEST_SUITE_P(Compilers, RunWithGcov, testing::Values("gcc"));
