@@ -320,6 +320,8 @@ TEST(RunExample, ShowsTheFiguresOfItsReadme) {
     fs::copy(fs::path(VEXCOV_TEST_DATA) / "../examples/cmake", folder, fs::copy_options::recursive);
     program_result result;
     std::size_t compared = 0;
+    const std::string readme = read_file(fs::path(VEXCOV_TEST_DATA) / "../README.md");
+    std::size_t shown_in_readme = 0; // of one compiler only
     for (const auto& [kind, text] : blocks_in(folder / "README.md")) {
         if (kind == "sh") {
             write_file(scratch.path() / "line", "set -e; export CMAKE_GENERATOR=Ninja\n" + text);
@@ -328,9 +330,12 @@ TEST(RunExample, ShowsTheFiguresOfItsReadme) {
             continue;
         }
         EXPECT_TRUE(result.standard_output.ends_with(text)) << result.standard_output;
+        const std::string blocks = text.substr(text.find("blocks"), std::string("blocks").size() + 31);
+        shown_in_readme += readme.find(blocks) != std::string::npos;
         ++compared;
     }
     EXPECT_EQ(compared, 2U);
+    EXPECT_EQ(shown_in_readme, 1U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Compilers, Run, testing::Values("clang", "gcc"));
