@@ -54,7 +54,7 @@ int stage_process::start(const std::function<void()>& body, bool held_back) {
     std::fflush(stderr);
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
-        return errno;
+        return errno; // infeasible
     output_ = ends[0];
     fcntl(output_, F_SETFL, O_NONBLOCK);
     process_ = fork();

@@ -16,6 +16,9 @@
 
 constexpr std::chrono::milliseconds kGrace(1000); ///< for what the command has left running
 
+// infeasible: begin
+// Nothing of a process that becomes another program is counted.
+
 /// Becomes the command. Where that fails, what errno holds goes into the pipe.
 [[noreturn]] static void execute(char** command, const std::vector<environment_change>& changes, int report) {
     signal_watch::restore();
@@ -28,9 +31,10 @@ constexpr std::chrono::milliseconds kGrace(1000); ///< for what the command has 
     execvp(command[0], command);
     const int error = errno;
     if (write(report, &error, sizeof error) == -1)
-        std::_Exit(126); // infeasible
+        std::_Exit(126);
     std::_Exit(127);
 }
+// infeasible: end
 
 int test_command::start(char** command, const std::vector<environment_change>& changes) {
     int ends[2];
@@ -40,7 +44,7 @@ int test_command::start(char** command, const std::vector<environment_change>& c
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     process_ = fork();
     if (process_ == 0)
-        execute(command, changes, ends[1]);
+        execute(command, changes, ends[1]); // infeasible
     int error = errno;
     close(ends[1]);
     if (process_ != -1) {

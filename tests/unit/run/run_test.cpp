@@ -47,8 +47,10 @@ static int load(const char* name) {
     return result;
 }
 static int wait_for_signals(int number) {
-    while (signals < number)
-        pause();
+    for (; signals < number; usleep(10000)) {
+        if (signals > 0)
+            std::fclose(std::fopen("signalled", "w"));
+    }
     usleep(100000);
     return signals == number ? 5 : 6;
 }
@@ -178,6 +180,20 @@ TEST_P(Run, AddsUpAllProcessesAndLeavesOnlyTheReport) {
     EXPECT_NE(second["pgopti.spi"].find("src/parts/never.c - never"), std::string::npos);
     second.erase("pgopti.spi");
     EXPECT_EQ(second, bytes_of(project / "the report/1"));
+
+    const program_result third =
+        run("-objects build -o third -all -ref second/pgopti.dpi -nopartial -prj demo "
+            "-xmlfcvrg f.xml -dpi third.dpi -- build/app");
+    EXPECT_NE(
+        third.standard_output.find("total    missed   percent\nfiles              5         0      0.00\n"),
+        std::string::npos)
+        << third.standard_output;
+    EXPECT_EQ(third.standard_error.find("Version"),
+              std::string::npos); // of vexcov's messages only the others
+    EXPECT_NE(third.standard_error.find("WARNING: option -ref overrides option -nopartial.\n"),
+              std::string::npos);
+    EXPECT_TRUE(read_file(project / "f.xml").starts_with("<PROJECT name = \"demo\">\n"));
+    EXPECT_TRUE(fs::exists(project / "third.dpi") && fs::exists(project / "third/pgopti.spi"));
 }
 
 TEST_P(Run, EndsWithTheStatusOfTheCommandOrOfTheReport) {
@@ -191,7 +207,10 @@ TEST_P(Run, EndsWithTheStatusOfTheCommandOrOfTheReport) {
               std::string::npos);
     EXPECT_TRUE(died.standard_output.ends_with("Report: CODE_COVERAGE.HTML\n"));
 
-    EXPECT_EQ(run("-o line/x -- build/app").status, 0);
+    const program_result busy = run("-o deep/er -- sh -c 'build/app; sleep 2 &'");
+    EXPECT_EQ(busy.status, 0);
+    EXPECT_NE(busy.standard_error.find("WARNING: processes that the command started still run"),
+              std::string::npos);
     write_file(project / "file", "");
     const program_result no_folder = run("-o file/x -- build/app");
     EXPECT_EQ(no_folder.status, 1);
@@ -234,8 +253,10 @@ TEST_P(Run, SaysWhatIsMissing) {
 }
 
 TEST_P(Run, PassesASignalOnAndMakesTheReport) {
+    const std::string again = "while [ ! -e signalled ]; do sleep 0.02; done; sleep 0.2; "
+                              "kill -TERM $pid; wait $pid";
     const std::string start =
-        " & pid=$!; while [ ! -e ready ]; do sleep 0.05; done; rm ready; kill -TERM $pid; ";
+        " & pid=$!; while [ ! -e ready ]; do sleep 0.05; done; rm -f ready signalled; kill -TERM $pid; ";
     // Twice in a row, as timeout sends it, is once.
     const program_result once =
         run("-objects build -txtfcvrg f.txt -- build/app wait 1" + start + "kill -TERM $pid; wait $pid");
@@ -247,11 +268,13 @@ TEST_P(Run, PassesASignalOnAndMakesTheReport) {
     const program_result orphan = run("-objects build -- sh -c 'build/app wait 1; :'" + start + "wait $pid");
     EXPECT_EQ(orphan.status, 143);
     EXPECT_TRUE(orphan.standard_output.ends_with("Report: CODE_COVERAGE.HTML\n")) << orphan.standard_error;
-    const program_result twice =
-        run("-objects build -- sh -c 'echo $$ >sh; build/app wait 9; :'" + start +
-            "sleep 0.3; kill -TERM $pid; wait $pid; s=$?; kill -0 $(cat sh) || exit $s");
+    const program_result twice = run("-objects build -- sh -c 'echo $$ >sh; build/app wait 9; :'" + start +
+                                     again + "; s=$?; kill -0 $(cat sh) || exit $s");
     EXPECT_EQ(twice.status, 143);
     EXPECT_EQ(twice.standard_output, "");
+    const program_result alone = run("-objects build -- build/app wait 9" + start + again);
+    EXPECT_EQ(alone.status, 143);
+    EXPECT_EQ(alone.standard_output, "");
 }
 
 class RunWithGcov : public Run {};
