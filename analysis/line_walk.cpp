@@ -98,6 +98,41 @@ void line_walk::pass_position(const block_list_node& position) {
     last_count_ = in_force_;
 }
 
+/// Adds the blocks of a position. Closing adjustments are none; alone they go on with the code before.
+void line_walk::add_blocks(const block_list_node& position) {
+    const std::uint32_t total = position.numBlocks - position.numAdjusted;
+    if (total == 0)
+        return;
+    const Color color = class_of(position, analysis_.differential);
+    blocks_.total += total;
+    if (color == clrCovered || (color == clrPartial && analysis_.no_partial))
+        blocks_.executed += total;
+    else if (color == clrPartial)
+        blocks_.executed += position.numExecuted - position.numAdjusted;
+}
+
+/// Counts the blocks of the line, whose positions begin at `first`. `continued`: its code stands in front of
+/// them, in what begins further up.
+void line_walk::count_blocks(std::size_t first, bool continued) {
+    blocks_ = {};
+    if (!holds_code_)
+        return;
+    if (analysis_.differential) {
+        blocks_ = {1, count_ == 0 ? 0U : 1U};
+        return;
+    }
+    for (std::size_t i = first; continued && i-- > 0 && blocks_.total == 0;)
+        add_blocks(all_[i]);
+    for (const block_list_node& position : positions_)
+        if (position.column <= line_.text.size())
+            add_blocks(position);
+    // What decides the line's count may have no block of its own here.
+    if (count_ == 0)
+        blocks_ = {std::max(blocks_.total, 1U), 0};
+    else if (blocks_.executed == 0)
+        blocks_ = {blocks_.total + 1, 1};
+}
+
 void line_walk::examine_code() {
     if (examined_ == line_.number)
         return;
@@ -124,6 +159,7 @@ void line_walk::examine_code() {
     if (code.inside)
         largest = std::max(largest, at_code);
     count_ = holds_code_ ? largest : 0;
+    count_blocks(passed, code.inside && (positions_.empty() || code.column < positions_.front().column));
 }
 
 bool line_walk::holds_code() {
@@ -134,4 +170,9 @@ bool line_walk::holds_code() {
 std::uint64_t line_walk::count() {
     examine_code();
     return count_;
+}
+
+line_blocks line_walk::blocks() {
+    examine_code();
+    return blocks_;
 }

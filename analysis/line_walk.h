@@ -35,6 +35,12 @@ struct line_stretch {
                                      ///< first statement behind it
 };
 
+/// Blocks that a line is shown in.
+struct line_blocks {
+    std::uint32_t total;
+    std::uint32_t executed; ///< of those
+};
+
 /// Coverage class of a position from its count, its numbers of blocks and of executed blocks, and its flags
 /// (see block_list_node). In differential mode the counts are differences: none means that nothing is new
 /// here.
@@ -71,11 +77,19 @@ class line_walk {
     /// that has no other count goes on with the one before.
     std::uint64_t count();
 
+    /// The blocks that the line's code is shown in: those that begin on it and, where its code stands in
+    /// front of them, those in force there. None for a line without code; in differential mode, where a line
+    /// is new or not, one. What the page shows in the colour of covered code is executed in all of them.
+    /// Some are executed just when count() is not 0.
+    line_blocks blocks();
+
   private:
     void find_stretches();
     std::size_t look_ahead() const;
     void pass_position(const block_list_node& position);
     void examine_code();
+    void add_blocks(const block_list_node& position);
+    void count_blocks(std::size_t first, bool continued);
 
     const source_analysis& analysis_;
     std::span<const block_list_node> all_;       ///< positions of the file
@@ -86,9 +100,10 @@ class line_walk {
     std::vector<line_stretch> stretches_;
 
     std::unique_ptr<code_lines> code_; ///< made at the first question
-    std::uint32_t examined_ = 0;       ///< line that the two below belong to
+    std::uint32_t examined_ = 0;       ///< line that the three below belong to
     bool holds_code_ = false;
     std::uint64_t count_ = 0;
+    line_blocks blocks_ = {};
     std::size_t counted_ = 0;      ///< positions that were passed
     std::uint64_t in_force_ = 0;   ///< count of the last of them
     std::uint64_t last_count_ = 0; ///< that of the last one with a count, other than a function never called
