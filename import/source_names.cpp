@@ -1,5 +1,7 @@
 #include "import/source_names.h"
 
+#include "import/import_message.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -13,7 +15,7 @@ static std::string as_prefix(const fs::path& path) {
     return text;
 }
 
-source_names::source_names(const std::string& root) {
+source_names::source_names(const std::string& root, bool all) : all_(all) {
     if (root.empty())
         return;
     std::error_code error;
@@ -34,6 +36,10 @@ std::string source_names::name_in_profile(const std::string& path) const {
     return path;
 }
 
+bool source_names::is_wanted(std::string_view name) const {
+    return root_.empty() || all_ || !name.starts_with('/');
+}
+
 std::string source_names::path_of(const std::string& name) const {
     if (root_.empty() || name.empty() || name.front() == '/')
         return name;
@@ -50,11 +56,16 @@ std::string_view without_local_prefix(std::string_view name) {
     return name;
 }
 
-bool can_be_written(std::string_view name) {
-    for (const char c : name) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        if (byte <= 0x20 || byte == 0x7f)
-            return false;
-    }
-    return !name.empty();
+void left_out_sources::check_root() const {
+    if (!names_.empty())
+        import_error(
+            "all source files lie outside of %s (-root names the directory of the sources; -all keeps "
+            "those outside)",
+            printable(root_).c_str());
+}
+
+void left_out_sources::print() const {
+    if (!names_.empty())
+        import_note("%zu source files outside of %s were left out (-all keeps them)", names_.size(),
+                    printable(root_).c_str());
 }

@@ -10,8 +10,7 @@ static bool is_there(const fs::path& path) {
     return fs::exists(path, error);
 }
 
-std::optional<std::string> source_selection::find_name(std::string_view directory,
-                                                       std::string_view file) const {
+std::optional<std::string> source_selection::find_name(std::string_view directory, std::string_view file) {
     fs::path path = file;
     if (path.is_relative() && !directory.empty()) {
         path = (fs::path(directory) / file).lexically_normal();
@@ -23,9 +22,10 @@ std::optional<std::string> source_selection::find_name(std::string_view director
         }
     }
     const std::string name = names_.name_in_profile(path.lexically_normal().string());
-    if (!root_.empty() && !all_ && name.starts_with('/'))
-        return std::nullopt;
-    return name;
+    if (names_.is_wanted(name))
+        return name;
+    left_out_.add(name);
+    return std::nullopt;
 }
 
 /// A root that symbolic links lead to has a second name.
