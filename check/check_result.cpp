@@ -28,7 +28,8 @@ static void add_baseline(const baseline_result& result, std::vector<verdict>* ve
         verdict made = {.held = total.held,
                         .subject = name_of(total.what),
                         .found = shown_count(total.now, decimals),
-                        .wanted = "as in " + result.name + ": " + shown_count(total.before, decimals),
+                        .wanted =
+                            "at least the " + shown_count(total.before, decimals) + " of " + result.name,
                         .causes = {}};
         if (result.tolerance.units != 0)
             made.wanted += ", less " + result.tolerance.text + "%";
@@ -64,15 +65,12 @@ bool all_held(const std::vector<verdict>& verdicts) {
 std::string summary_of(const std::vector<verdict>& verdicts) {
     const auto failed =
         std::count_if(verdicts.begin(), verdicts.end(), [](const verdict& one) { return !one.held; });
-    const std::string all = std::to_string(verdicts.size());
     if (verdicts.empty())
         return "no floor was given";
-    const bool one = verdicts.size() == 1;
-    if (failed == 0)
-        return one ? "the floor is held" : "all " + all + " floors are held";
-    return one ? "the floor is not held"
-               : std::to_string(failed) + " of " + all + (failed == 1 ? " floors is" : " floors are") +
-                     " not held";
+    if (verdicts.size() == 1)
+        return failed == 0 ? "1 floor, held" : "1 floor, not held";
+    return std::to_string(verdicts.size()) + " floors, " +
+           (failed == 0 ? "all" : std::to_string(failed) + " not") + " held";
 }
 
 std::int64_t count_lines_of(const std::vector<line_range>& ranges) {

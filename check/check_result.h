@@ -41,7 +41,7 @@ constexpr std::size_t kMostCauses = 10;
 /// All comparisons, in the order of the output.
 std::vector<verdict> verdicts_of(const check_result& result);
 
-/// "all 3 floors are held", "2 of 3 floors are not held".
+/// "3 floors, all held", "3 floors, 2 not held".
 std::string summary_of(const std::vector<verdict>& verdicts);
 
 /// Whether everything that was asked for is held.

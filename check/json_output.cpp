@@ -7,8 +7,8 @@
 //   FILE      {"count":COUNT,"name":NAME}
 //   BASELINE  {"file":NAME,"tolerance":PERCENT,"totals":[{"before":COUNT,"fallen":[{"before":COUNT,
 //              "name":NAME,"now":COUNT},...],"held":BOOL,"metric":NAME,"now":COUNT},...]}
-//   CHANGES   {"blocks":COUNT,"directory":NAME,"files":[{"blocks":COUNT,"lines":COUNT,"name":NAME,
-//              "new_blocks":N,"new_lines":RANGES,"source":NAME,"uncovered":RANGES},...],"lines":COUNT,
+//   CHANGES   {"blocks":COUNT,"directory":NAME|null,"files":[{"blocks":COUNT,"lines":COUNT,"name":NAME,
+//              "new_blocks":N|null,"new_lines":RANGES,"source":NAME,"uncovered":RANGES},...],"lines":COUNT,
 //              "without_data":[NAME,...]}
 //   COUNT     {"covered":N,"percent":PERCENT|null,"total":N}
 //   RANGES    [[FIRST,LAST],...]
@@ -142,7 +142,10 @@ void json_writer::put_changed_file(const changed_file_coverage& file) {
     out_.put(R"(,"name":)");
     put_json(out_, file.name);
     out_.put(R"(,"new_blocks":)");
-    out_.put_number(file.new_blocks);
+    if (result_.differential)
+        out_.put_number(file.new_blocks);
+    else
+        out_.put("null");
     put_ranges(R"(,"new_lines":)", file.new_lines);
     out_.put(R"(,"source":)");
     put_json(out_, file.source);
@@ -153,7 +156,10 @@ void json_writer::put_changed_file(const changed_file_coverage& file) {
 void json_writer::put_changes(const changed_coverage& changed) {
     put_count(R"({"blocks":)", result_.figures.blocks);
     out_.put(R"(,"directory":)");
-    put_json(out_, changed.directory);
+    if (changed.is_root)
+        out_.put("null");
+    else
+        put_json(out_, changed.directory);
     out_.put(R"(,"files":)");
     put_list(changed.files, [this](const changed_file_coverage& file) { put_changed_file(file); });
     put_count(R"(,"lines":)", result_.figures.lines);

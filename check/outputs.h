@@ -13,7 +13,7 @@ void write_result(check_format format, const check_result& result);
 ///   without data: src/new.c
 ///   FAILED: changed lines: 83.33% (10 of 12), wanted: at least 90%
 ///       83.33% (10 of 12)  src/one.c
-///   vexcov-check: the floor is not held
+///   vexcov-check: 1 floor, not held
 void write_text(const check_result& result);
 
 /// For the summary of a job or a comment: a heading and tables.

@@ -81,7 +81,8 @@ std::string shown_part(const covered_count& count, int decimals) {
     if (count.total <= 0)
         return "-";
     const std::int64_t scale = power_of_ten(decimals);
-    const auto scaled = static_cast<std::int64_t>(wide{count.covered} * 100 * scale / count.total);
+    const auto scaled = static_cast<std::int64_t>(
+        std::min<wide>(wide{count.covered} * 100 * scale / count.total, wide{1} << 62));
     const std::string fraction = std::to_string(scaled % scale);
     std::string text = std::to_string(scaled / scale) + ".";
     text.append(static_cast<std::size_t>(decimals) - fraction.size(), '0');
