@@ -3,6 +3,7 @@
 #include "import/import_message.h"
 
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -15,14 +16,27 @@ static std::string as_prefix(const fs::path& path) {
     return text;
 }
 
+fs::path absolute_path(const std::string& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error);
+    if (error)
+        import_error("cannot tell where %s is: %s", printable(path).c_str(), error.message().c_str());
+    return absolute;
+}
+
+fs::path physical_path(const std::string& path) {
+    std::error_code error;
+    fs::path physical = fs::weakly_canonical(path, error);
+    if (error == std::errc::not_enough_memory)
+        throw std::bad_alloc();
+    return error ? absolute_path(path) : physical;
+}
+
 source_names::source_names(const std::string& root, bool all) : all_(all) {
     if (root.empty())
         return;
-    std::error_code error;
-    const fs::path absolute = fs::absolute(root, error);
-    root_ = as_prefix(error ? fs::path(root) : absolute);
-    const fs::path physical = fs::weakly_canonical(root_, error);
-    physical_root_ = error ? root_ : as_prefix(physical);
+    root_ = as_prefix(absolute_path(root));
+    physical_root_ = as_prefix(physical_path(root_));
 }
 
 std::string source_names::name_in_profile(const std::string& path) const {

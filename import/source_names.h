@@ -2,10 +2,18 @@
 // that the compiler gives to local ones.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <set>
 #include <string>
 #include <string_view>
+
+/// `path` from the root of the file system on. Ends the run with a message when the working directory cannot
+/// be told: a name taken for another would leave sources out.
+std::filesystem::path absolute_path(const std::string& path);
+
+/// Likewise without symbolic links, where it exists; where links lead nowhere, as absolute_path has it.
+std::filesystem::path physical_path(const std::string& path);
 
 class source_names {
   public:

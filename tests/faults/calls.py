@@ -26,9 +26,11 @@ IMPORT = READING + tuple((call, ("EIO",)) for call in ("fsync", "rename", "link"
 BINARY = tuple((call, ("EIO",)) for call in ("pread64", "fstat"))
 CHILDREN = (("pipe2", ("EMFILE", "ENFILE")), ("getdents64", ("EIO",)), ("poll", ("EINTR", "ENOMEM")),
             ("clone3", ("EAGAIN", "ENOMEM")), ("wait4", ("EINTR",)))
+# A close that fails has closed all the same. One that is made to fail has not, and gcov's end of a pipe stays open.
+GCOV = tuple(call for call in IMPORT + CHILDREN if call[0] != "close")
 WRITING = (("write", ("ENOSPC",)),)
 CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("large", WRITING),
-           ("components", REPORT), ("reference", REPORT), ("clang", IMPORT + BINARY), ("gcov", IMPORT + CHILDREN),
+           ("components", REPORT), ("reference", REPORT), ("clang", IMPORT + BINARY), ("gcov", GCOV),
            ("traces", IMPORT))
 
 

@@ -76,6 +76,8 @@ def try_input(job):
     scenario, name, data, what = job
     box, changed = fault_run.sandbox(scenario), {name: data}
     outcome = box.run(changed=changed, limits=fault_run.HOSTILE)
+    if scenario == "objects":
+        outcome.peak = 0  # that of gcov, which believes its notes
 
     def judge_output(tree):
         problem = is_whole(box, data)
