@@ -2,6 +2,7 @@
 
 #include "common/fatal.h"
 #include "common/file_ptr.h"
+#include "demangle/shared_name.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
 #include "import/gcc/gcc_import.h"
@@ -23,8 +24,9 @@ namespace {
 
 /// What has been read so far.
 struct collected {
-    explicit collected(const std::string& root) : left_out(root) {}
+    collected(const std::string& root, bool keep_instances) : instances(keep_instances), left_out(root) {}
 
+    bool instances; ///< those of a template stay apart
     record_store store;
     left_out_sources left_out;
     std::uint64_t empty = 0;           ///< functions without a counted region
@@ -33,6 +35,7 @@ struct collected {
     std::string path;    ///< of the last function's source file: the next one is often there, too
     std::string file;    ///< its name in the profile
     bool wanted = false; ///< it belongs into the profile
+    std::string name;    ///< of the function being added, shared by all instances; kept for its memory
 };
 
 } // namespace
@@ -50,8 +53,15 @@ static void collect_function(const export_function& function, const std::string&
         if (!all->wanted)
             all->left_out.add(all->file);
     }
-    if (all->wanted)
-        all->store.add(all->file, without_local_prefix(function.name), *extracted);
+    if (!all->wanted)
+        return;
+    const std::string_view name = without_local_prefix(function.name);
+    if (all->instances)
+        all->store.add(all->file, name, *extracted);
+    else if (find_shared_name(name, &all->name))
+        all->store.add_instance(all->file, all->name, *extracted);
+    else
+        all->store.add(all->file, all->name, *extracted);
 }
 
 static void read_input(std::FILE* stream, const std::string& input, const source_names& names,
@@ -107,7 +117,7 @@ static void print_warnings(const collected& all, const profile_data& data) {
 
 static void run_clang_import(const import_options& options) {
     const source_names names(options.root, options.all_sources);
-    collected all(options.root);
+    collected all(options.root, options.instances);
     read_inputs(options, names, &all);
     if (all.store.functions().empty()) {
         all.left_out.check_root();

@@ -105,7 +105,7 @@ static bool read_inputs(const import_options& options, source_selection* sources
 
 void run_gcc_import(const import_options& options) {
     source_selection sources(options.root, options.all_sources);
-    line_store store(&sources);
+    line_store store(&sources, options.instances);
     const bool complete = read_inputs(options, &sources, &store);
     if (store.functions().empty()) {
         sources.left_out().check_root();
