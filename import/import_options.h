@@ -19,6 +19,9 @@ struct import_options {
     bool instances = false;              ///< the instances of a template stay functions of their own
     std::vector<std::string>
         inputs; ///< files and directories to read, merged in this order; none: what the format says
+    std::vector<std::string>
+        objects; ///< what was compiled, wherever the inputs lie: of clang's programs, of GCC's notes; what
+                 ///< older runs left there is not read. On no command line of the importer
 
     // Of the format gcc.
     std::string gcov;                 ///< program to run; empty: the one of the compiler

@@ -98,6 +98,11 @@ static void read_inputs(const import_options& options, const source_names& names
             import_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
         read_input(stream.get(), input, names, all);
     }
+    for (const std::string& path : options.objects)
+        clang_files.take_programs(path);
+    if (!options.objects.empty() && clang_files.without_programs())
+        import_error(
+            "no program, library or archive was found; name the folder of those that ran with -objects");
     read_clang_files(&clang_files, names, all);
 }
 
@@ -131,9 +136,7 @@ static void run_clang_import(const import_options& options) {
     all.left_out.print();
 }
 
-void run_importer(int argc, char** argv) {
-    import_options options;
-    parse_import_options(argc, argv, &options);
+void import_profiles(const import_options& options) {
     switch (options.format) {
     case import_format::clang:
         return run_clang_import(options);
@@ -142,4 +145,10 @@ void run_importer(int argc, char** argv) {
     case import_format::lcov:
         return run_lcov_import(options);
     }
+}
+
+void run_importer(int argc, char** argv) {
+    import_options options;
+    parse_import_options(argc, argv, &options);
+    import_profiles(options);
 }
