@@ -237,6 +237,7 @@ source_analysis file_analyser::run() {
     result_.path = inputs_.routines->fileName;
     result_.text = inputs_.text;
     result_.differential = inputs_.reference.file != nullptr;
+    result_.no_partial = options_.no_partial;
     result_.disabled = inputs_.disabled;
     result_.positions = position_table(inputs_.lines);
     for (const COMP* routine = inputs_.routines; routine && same_file(routine, inputs_.routines);

@@ -1,6 +1,7 @@
 #include "analysis/line_walk.h"
 
 #include "analysis/code_lines.h"
+#include "analysis/scope_counts.h"
 
 #include <algorithm>
 #include <cstring>
@@ -89,6 +90,8 @@ std::size_t line_walk::look_ahead() const {
 /// Takes the count of a position. A function's last block is mostly not counted, but credited: it is taken
 /// for reached as often as the code in front of it that has a count.
 void line_walk::pass_position(const block_list_node& position) {
+    const source_position place = {position.line, position.column};
+    scopes_->pass_marks(place, in_force_);
     if (position.count == NEVER_ENTERED || position.count < position.numAdjusted) {
         in_force_ = 0;
         return;
@@ -96,13 +99,53 @@ void line_walk::pass_position(const block_list_node& position) {
     const std::uint64_t count = position.count - position.numAdjusted;
     in_force_ = count == 0 && position.bAdjusted() ? std::max<std::uint64_t>(last_count_, 1) : count;
     last_count_ = in_force_;
+    scopes_->pass_block(place, in_force_);
+}
+
+/// Adds the blocks of a position. Closing adjustments are none; alone they go on with the code before.
+void line_walk::add_blocks(const block_list_node& position) {
+    const std::uint32_t total = position.numBlocks - position.numAdjusted;
+    if (total == 0)
+        return;
+    const Color color = class_of(position, analysis_.differential);
+    blocks_.total += total;
+    if (color == clrCovered || (color == clrPartial && analysis_.no_partial))
+        blocks_.executed += total;
+    else if (color == clrPartial)
+        blocks_.executed += position.numExecuted - position.numAdjusted;
+}
+
+/// Counts the blocks of the line, whose positions begin at `first`. `continued`: its code stands in front of
+/// them, in what begins further up.
+void line_walk::count_blocks(std::size_t first, bool continued) {
+    blocks_ = {};
+    if (!holds_code_)
+        return;
+    if (analysis_.differential) {
+        blocks_ = {1, count_ == 0 ? 0U : 1U};
+        return;
+    }
+    for (std::size_t i = first; continued && i-- > 0 && blocks_.total == 0;)
+        add_blocks(all_[i]);
+    if (blocks_.executed == blocks_.total || blocks_.executed == 0) // they are counted where they begin
+        blocks_ = {std::min(blocks_.total, 1U), std::min(blocks_.executed, 1U)};
+    for (const block_list_node& position : positions_)
+        if (position.column <= line_.text.size())
+            add_blocks(position);
+    // What decides the line's count may have no block of its own here.
+    if (count_ == 0)
+        blocks_ = {std::max(blocks_.total, 1U), 0};
+    else if (blocks_.executed == 0)
+        blocks_ = {blocks_.total + 1, 1};
 }
 
 void line_walk::examine_code() {
     if (examined_ == line_.number)
         return;
-    if (!code_)
+    if (!code_) {
         code_ = std::make_unique<code_lines>(analysis_);
+        scopes_ = std::make_unique<scope_counts>(code_->marks());
+    }
     examined_ = line_.number;
     const std::size_t passed = static_cast<std::size_t>(positions_.data() - all_.data());
     for (; counted_ < passed; ++counted_)
@@ -110,6 +153,11 @@ void line_walk::examine_code() {
     const code_line code = code_->examine(line_.number);
     holds_code_ = code.in_function;
     std::uint64_t at_code = in_force_; // in force at the line's first code
+    if (code.closes) {
+        scopes_->pass_marks({line_.number, code.column}, in_force_);
+        at_code = scopes_->count_at_end();
+        holds_code_ = holds_code_ && !(scopes_->is_dead_end() && positions_.empty());
+    }
     std::uint64_t largest = 0;
     for (; counted_ < passed + positions_.size(); ++counted_) {
         const block_list_node& position = all_[counted_];
@@ -121,9 +169,12 @@ void line_walk::examine_code() {
         if (position.column <= code.column && !mark_of_inner)
             at_code = in_force_;
     }
-    if (code.inside)
+    // In differential mode nothing marks functions that were never called: what is in force is from further up.
+    if (code.inside_called)
         largest = std::max(largest, at_code);
     count_ = holds_code_ ? largest : 0;
+    count_blocks(passed, code.inside && !code.closes &&
+                             (positions_.empty() || code.column < positions_.front().column));
 }
 
 bool line_walk::holds_code() {
@@ -134,4 +185,9 @@ bool line_walk::holds_code() {
 std::uint64_t line_walk::count() {
     examine_code();
     return count_;
+}
+
+line_blocks line_walk::blocks() {
+    examine_code();
+    return blocks_;
 }

@@ -17,6 +17,7 @@
 #include <vector>
 
 class code_lines;
+class scope_counts;
 
 /// One line of the source.
 struct source_line {
@@ -33,6 +34,12 @@ struct line_stretch {
     Color color;
     const block_list_node* position; ///< what begins it; null for indentation, which takes the class of the
                                      ///< first statement behind it
+};
+
+/// Blocks that a line is shown in.
+struct line_blocks {
+    std::uint32_t total;
+    std::uint32_t executed; ///< of those
 };
 
 /// Coverage class of a position from its count, its numbers of blocks and of executed blocks, and its flags
@@ -63,19 +70,29 @@ class line_walk {
 
     /// True when the line holds code: not only blanks, comments and preprocessor lines, and inside a
     /// function. A called function reaches from its first to its last block, one that was never called from
-    /// its first line to the brace that closes its body.
+    /// its first line to the brace that closes its body. The brace that closes a case behind its break is
+    /// none: nothing gets there.
     bool holds_code();
 
     /// How often the line was executed: the largest of the count in force at its first code and of those of
     /// the blocks that begin on it; 0 for a line without code. A closing adjustment is no execution; a block
-    /// that has no other count goes on with the one before.
+    /// that has no other count goes on with the one before. A line that closes a pair of braces, and at which
+    /// no block begins, has the count of that pair's end (scope_counts.h).
     std::uint64_t count();
+
+    /// The blocks that the line's code is shown in: those that begin on it and, where its code stands in
+    /// front of them, what is in force there, as one block unless it was executed in part. None for a line
+    /// without code; in differential mode, where a line is new or not, one. What the page shows in the colour
+    /// of covered code is executed in all of them. Some are executed just when count() is not 0.
+    line_blocks blocks();
 
   private:
     void find_stretches();
     std::size_t look_ahead() const;
     void pass_position(const block_list_node& position);
     void examine_code();
+    void add_blocks(const block_list_node& position);
+    void count_blocks(std::size_t first, bool continued);
 
     const source_analysis& analysis_;
     std::span<const block_list_node> all_;       ///< positions of the file
@@ -85,10 +102,12 @@ class line_walk {
     Color color_ = clrUnknown; ///< in force at the end of the line
     std::vector<line_stretch> stretches_;
 
-    std::unique_ptr<code_lines> code_; ///< made at the first question
-    std::uint32_t examined_ = 0;       ///< line that the two below belong to
+    std::unique_ptr<code_lines> code_; ///< made at the first question, as the next
+    std::unique_ptr<scope_counts> scopes_;
+    std::uint32_t examined_ = 0; ///< line that the three below belong to
     bool holds_code_ = false;
     std::uint64_t count_ = 0;
+    line_blocks blocks_ = {};
     std::size_t counted_ = 0;      ///< positions that were passed
     std::uint64_t in_force_ = 0;   ///< count of the last of them
     std::uint64_t last_count_ = 0; ///< that of the last one with a count, other than a function never called

@@ -58,6 +58,7 @@ struct source_analysis {
     std::string path;           ///< as the static profile gives it
     std::string_view text;      ///< borrowed: valid as long as the loader keeps the file
     bool differential = false;  ///< there was a reference: the counts are what is new
+    bool no_partial = false;    ///< partly covered code counts as covered
     bool complete = true;       ///< false when it was given up for lack of memory; figures are not right then
     bool out_of_memory = false; ///< some of it is missing for lack of memory
     line_set disabled;          ///< lines that markers take out

@@ -37,6 +37,10 @@ template <typename... Into> class argument_reader {
     argument_reader(const option_row<Into...> (&table)[N], int argc, char** argv, argument_style style = {})
         : rows_(table), argc_(argc), argv_(argv), style_(style) {}
 
+    argument_reader(std::span<const option_row<Into...>> table, int argc, char** argv,
+                    argument_style style = {})
+        : rows_(table), argc_(argc), argv_(argv), style_(style) {}
+
     /// Takes the next argument, and the value that belongs to it; false at the end. Then:
     bool next();
     argument_kind kind() const { return kind_; }

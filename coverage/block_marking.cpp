@@ -26,8 +26,7 @@ static void check_profile() {
         std::fprintf(stderr, "Internal error: couldn't find the dpi file %s!\n", g_lpszDPIFileName);
         pgt_Exit(1);
     }
-    if (pgofDPIFile->num_runs == 0) {
-        std::fputs("Read in 0 runs for .dpi file - .dpi File corrupt!\n", stderr);
+    if (!pgopti_Check_Runs(*pgofDPIFile)) {
         close_profile();
         pgt_Exit(1);
     }

@@ -14,6 +14,7 @@
 #include "driver/usage.h"
 #include "export/block_coverage.h"
 #include "export/function_coverage.h"
+#include "inputs/open_profiles.h"
 #include "markers/marker_conflicts.h"
 #include "markers/parser.h"
 #include "profile/dpi_file.h"
@@ -34,34 +35,6 @@
 
 static std::FILE* function_text = nullptr; ///< -txtfcvrg
 static std::FILE* function_xml = nullptr;  ///< -xmlfcvrg
-
-static DPI_FILE* open_dynamic_profile(const char* name) {
-    DPI_FILE* file = PGOPTI_Open_Dpi_File(name);
-    if (!file) {
-        std::fprintf(stderr, "Couldn't find the dpi file %s!\n", name);
-        pgt_Exit(1);
-    }
-    return file;
-}
-
-/// Opens the profile of the reference run.
-static void open_reference_profile() {
-    pgofRefDPIFile = open_dynamic_profile(g_lpszRefDPIFileName);
-    // Deliberate: a run reads all its profiles in one width, that of the profile opened last, as only counts
-    // of one width can be compared.
-    if (pgofRefDPIFile->num_records != 0)
-        pgofDPIFile->layout = pgofRefDPIFile->layout;
-}
-
-/// Proves that the static profile exists before anything is written.
-static void probe_static_profile() {
-    std::FILE* file = std::fopen(g_lpszSPIFileName, "r");
-    if (!file) {
-        std::fprintf(stderr, "Couldn't find the spi file %s!\n", g_lpszSPIFileName);
-        pgt_Exit(1);
-    }
-    std::fclose(file);
-}
 
 /// Opens an export that was asked for; null for a null name.
 static std::FILE* open_export(const char* name) {
@@ -190,10 +163,10 @@ void run_report(int argc, char** argv) {
     }
     pgofDPIFile = open_dynamic_profile(g_lpszDPIFileName);
     if (html_output)
-        probe_static_profile();
+        probe_static_profile(g_lpszSPIFileName);
     open_exports();
     if (compWithRef)
-        open_reference_profile();
+        pgofRefDPIFile = open_reference_profile(g_lpszRefDPIFileName, pgofDPIFile);
     PGOPTI_Tool_Set_Name(argc > 0 ? argv[0] : nullptr);
     getModuleNames(moduleListName);
     if (Infeasible_markers_specified && check_NFmarkers_intersect() != 0)

@@ -1,20 +1,6 @@
 #include "import/import_message.h"
 
 #include "common/fatal.h"
-#include "common/progress_line.h"
-
-#include <cstdarg>
-#include <cstdio>
-
-static void print_message(const char* kind, const char* format, std::va_list arguments)
-    __attribute__((format(printf, 2, 0)));
-
-static void print_message(const char* kind, const char* format, std::va_list arguments) {
-    progress_line::wipe();
-    std::fputs(kind, stderr);
-    std::vfprintf(stderr, format, arguments);
-    std::fputs("\n", stderr);
-}
 
 void import_error(const char* format, ...) {
     std::va_list arguments;
@@ -36,21 +22,4 @@ void import_note(const char* format, ...) {
     va_start(arguments, format);
     print_message("NOTE: ", format, arguments);
     va_end(arguments);
-}
-
-std::string printable(std::string_view name) {
-    static const char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(name.size());
-    for (const char c : name) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7f) {
-            text += c;
-            continue;
-        }
-        text += "\\x";
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
 }

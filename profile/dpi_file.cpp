@@ -99,6 +99,13 @@ void PGOPTI_Close_Dpi_File(DPI_FILE* file) {
     delete file;
 }
 
+bool pgopti_Check_Runs(const DPI_FILE& file) {
+    if (file.num_runs != 0)
+        return true;
+    std::fputs("Read in 0 runs for .dpi file - .dpi File corrupt!\n", stderr);
+    return false;
+}
+
 float pgopti_Dpi_Max_Entry_Count(DPI_RECORD record, std::uint32_t numRuns, float* recordMax, float fileMax) {
     const std::uint32_t routines = DPI_routine_count_get(record);
     for (std::uint32_t i = 0; i < routines; ++i) {

@@ -64,6 +64,10 @@ DPI_FILE* PGOPTI_Open_Dpi_File(const char* fileName);
 /// Releases the file; null is ignored.
 void PGOPTI_Close_Dpi_File(DPI_FILE* file);
 
+/// False, after a message on standard error, for a profile that counts no run: none of its figures mean
+/// anything.
+bool pgopti_Check_Runs(const DPI_FILE& file);
+
 /// Ends the run for a profile whose records are not what they should be.
 [[noreturn]] void pgopti_Fail_Format(const char* fileName);
 

@@ -45,7 +45,7 @@ FULL_OUTPUTS = (
     ("import", "clang", "-dpi", "/dev/full", "flow.json"),
     ("import", "clang", "-spi", "/dev/full", "flow.json"),
 )
-TALKING = (("html",), ("exports",), ("exports", "-help"), ("import", "-help"), ("import", "-version"))
+TALKING = (("html",), ("exports",), ("check",), ("exports", "-help"), ("import", "-help"), ("import", "-version"))
 
 
 def full_exports(quick):
@@ -66,7 +66,7 @@ def lost_streams(quick):
                 box = fault_run.sandbox(scenario)
                 outcome = box.run(box.command(*arguments), **{stream: taker})
                 has_told = stream == "errors" or b"cannot write standard output" in outcome.errors
-                says_nothing = stream == "errors" and scenario == "import"
+                says_nothing = stream == "errors" and scenario in ("import", "check")
                 yield f"{scenario} {' '.join(arguments)} with {what}", outcome, (
                     outcome.problem(0 if says_nothing else 1) or (None if has_told else "no message"))
     os.close(unread)

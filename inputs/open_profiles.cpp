@@ -1,0 +1,33 @@
+#include "inputs/open_profiles.h"
+
+#include "common/fatal.h"
+#include "profile/dpi_file.h"
+
+#include <cstdio>
+
+DPI_FILE* open_dynamic_profile(const char* name) {
+    DPI_FILE* file = PGOPTI_Open_Dpi_File(name);
+    if (!file) {
+        std::fprintf(stderr, "Couldn't find the dpi file %s!\n", name);
+        pgt_Exit(1);
+    }
+    return file;
+}
+
+DPI_FILE* open_reference_profile(const char* name, DPI_FILE* profile) {
+    DPI_FILE* const reference = open_dynamic_profile(name);
+    // Deliberate: a run reads all its profiles in one width, that of the profile opened last, as only counts
+    // of one width can be compared.
+    if (reference->num_records != 0)
+        profile->layout = reference->layout;
+    return reference;
+}
+
+void probe_static_profile(const char* name) {
+    std::FILE* file = std::fopen(name, "r");
+    if (!file) {
+        std::fprintf(stderr, "Couldn't find the spi file %s!\n", name);
+        pgt_Exit(1);
+    }
+    std::fclose(file);
+}

@@ -1,0 +1,42 @@
+#include "inputs/root_names.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+/// A path in normal form with one "/" at its end.
+static std::string as_prefix(const fs::path& path) {
+    std::string text = path.lexically_normal().string();
+    if (text.empty() || text.back() != '/')
+        text += '/';
+    return text;
+}
+
+/// `path` without symbolic links, or as it is where that cannot be known.
+static fs::path physical(const fs::path& path) {
+    std::error_code error;
+    fs::path resolved = fs::weakly_canonical(path, error);
+    return error ? path : resolved;
+}
+
+root_names::root_names(const std::string& root) {
+    std::error_code error;
+    const fs::path here = fs::current_path(error);
+    working_directory_ = error ? "/" : as_prefix(here);
+    root_ = as_prefix(fs::path(working_directory_) / root);
+    physical_root_ = as_prefix(physical(root_));
+    shown_root_ = root_.size() > 1 ? root_.substr(0, root_.size() - 1) : root_;
+}
+
+bool root_names::resolve(const std::string& path, std::string* name) const {
+    const fs::path absolute = (fs::path(working_directory_) / path).lexically_normal();
+    *name = absolute.string();
+    const auto take = [name](const std::string& candidate, const std::string& root) {
+        if (candidate.size() <= root.size() || !candidate.starts_with(root))
+            return false;
+        *name = candidate.substr(root.size());
+        return true;
+    };
+    return take(absolute.string(), root_) || take(physical(absolute).string(), physical_root_);
+}
