@@ -1,14 +1,10 @@
 // Messages of the importer: all on standard error, one line each unless the text itself holds newlines.
 #pragma once
 
-#include <string>
-#include <string_view>
+#include "common/printable.h"
 
 /// Writes "ERROR: ", the text and a newline, and ends the run with exit status 1. No profile is written.
 [[noreturn]] void import_error(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /// Writes "WARNING: ", the text and a newline; the run goes on.
 void import_warning(const char* format, ...) __attribute__((format(printf, 1, 2)));
-
-/// A name from the input as it can be shown on a terminal: control characters appear as \x and two digits.
-std::string printable(std::string_view name);
