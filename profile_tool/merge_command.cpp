@@ -30,7 +30,7 @@ static std::vector<std::string> read_static_profiles(const tool_options& options
         }
         if (stat(profile.c_str(), &status) != 0)
             tool_error("cannot open " + printable(profile) + ": " + std::strerror(errno));
-        if (!all->add(path, change_time(status), &error))
+        if (!all->add(path, are_named ? std::string() : profile, change_time(status), &error))
             tool_error(error);
     }
     return missing;
@@ -72,11 +72,12 @@ void merge_profiles(const tool_options& options) {
     std::string error;
     if (is_input(options, names.dpi) && !lock.wait(names.dpi, &error))
         tool_error(error);
-    static_union routines(options.newest);
+    const struct stat* const locked = lock.is_held() ? &lock.locked() : nullptr;
+    static_union routines(locked, options.newest);
     const std::vector<std::string> missing = read_static_profiles(options, &routines);
     if (routines.is_empty())
         names.spi.clear();
-    profile_merge merge(folder_of(names.dpi), lock.is_held() ? &lock.locked() : nullptr, options.newest);
+    profile_merge merge(folder_of(names.dpi), locked, options.newest);
     if (!merge.collect(options.profiles, &error))
         tool_error(error);
     const auto write_dpi = [&](std::FILE* stream, std::string* failure) {

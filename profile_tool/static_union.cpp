@@ -2,11 +2,13 @@
 
 #include "common/file_ptr.h"
 #include "common/printable.h"
+#include "profile/dpi_cursor.h"
 #include "profile/spi_writer.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 static bool fail_open(const std::string& path, std::string* error) {
@@ -51,10 +53,12 @@ static bool read_whole(const std::string& path, std::string* bytes, std::string*
     return !std::ferror(stream.get()) || fail_read(path, error);
 }
 
-bool static_union::add(const std::string& path, std::int64_t time, std::string* error) {
+bool static_union::add(const std::string& path, const std::string& dynamic, std::int64_t time,
+                       std::string* error) {
     if (!std::exchange(has_first_, true)) {
         first_path_ = path;
         first_time_ = time;
+        first_dynamic_.push_back(dynamic);
         // Its lines are put into order when there is one that differs; a corrupt one is refused at once.
         return read_whole(path, &first_, error) && read_static_lines(
                                                        path, [](const SPI_RECORD&) {}, error);
@@ -64,28 +68,79 @@ bool static_union::add(const std::string& path, std::int64_t time, std::string* 
             return false;
         if (is_uniform_) {
             first_time_ = std::max(first_time_, time);
+            first_dynamic_.push_back(dynamic);
             return true;
         }
-        routine_map lines;
-        paths_.push_back(first_path_);
-        if (!read_static_lines(first_, first_path_, taker(&lines, first_time_), error) ||
-            !unite(std::move(lines), error))
+        if (!start_map(error))
             return false;
-        first_ = {};
     }
     routine_map lines;
     paths_.push_back(path);
-    return read_static_lines(path, taker(&lines, time), error) && unite(std::move(lines), error);
+    keys_.clear();
+    return read_keys(dynamic, error) && read_static_lines(path, taker(&lines, time), error) &&
+           unite(std::move(lines), error);
+}
+
+/// The first ones were the same; now there is one that is not.
+bool static_union::start_map(std::string* error) {
+    routine_map lines;
+    paths_.push_back(first_path_);
+    for (const std::string& dynamic : first_dynamic_)
+        if (!read_keys(dynamic, error))
+            return false;
+    const bool read = read_static_lines(first_, first_path_, taker(&lines, first_time_), error) &&
+                      unite(std::move(lines), error);
+    first_ = {};
+    first_dynamic_ = {};
+    return read;
+}
+
+/// Adds the keys of the functions that ran in a dynamic profile.
+bool static_union::read_keys(const std::string& dynamic, std::string* error) {
+    DPI_CURSOR cursor;
+    if (dynamic.empty())
+        return true;
+    if (cursor.open(dynamic, locked_))
+        while (cursor.next())
+            keys_.emplace(cursor.key());
+    *error = cursor.error();
+    return error->empty();
 }
 
 /// Puts lines of the static profile that was added to paths_ last into a map.
 static_line_taker static_union::taker(routine_map* added, std::int64_t time) const {
-    return [added, time, path = paths_.size() - 1](const SPI_RECORD& record) {
-        routine_lines& lines = (*added)[record.file_name + ' ' + record.proc_name];
-        lines.time = time;
-        lines.path = path;
+    return [this, added, time, path = paths_.size() - 1](const SPI_RECORD& record) {
+        const auto [place, is_new] = added->try_emplace(record.file_name + ' ' + record.proc_name);
+        routine_lines& lines = place->second;
+        if (is_new) {
+            lines.time = time;
+            lines.path = path;
+            lines.has_run = keys_.contains(record.file_name + "'" + record.proc_name + "'");
+        }
         lines.lines.push_back({record.line, record.block_count, record.second_name, record.flag});
     };
+}
+
+/// Whether two that are not the same may stand for one routine.
+bool static_union::agree(const routine_lines& a, const routine_lines& b) {
+    return !(a.has_run && b.has_run) && a.lines.size() == 1 && b.lines.size() == 1 &&
+           a.lines[0].block_count == b.lines[0].block_count;
+}
+
+/// Whether `a` is to stay and not `b`, which is not the same. Whatever the order, the same one stays.
+bool static_union::is_better(const routine_lines& a, const routine_lines& b) const {
+    const std::int64_t time_a = newest_ ? a.time : 0;
+    const std::int64_t time_b = newest_ ? b.time : 0;
+    return std::tie(a.has_run, time_a, a.lines) > std::tie(b.has_run, time_b, b.lines);
+}
+
+bool static_union::refuse(const std::string& key, const routine_lines& known, const routine_lines& lines,
+                          std::string* error) const {
+    const std::size_t blank = key.find(' ');
+    *error = "routine " + printable(key.substr(blank + 1)) + " of " + printable(key.substr(0, blank)) +
+             " is not the same in " + printable(paths_[lines.path]) + " and in " +
+             printable(paths_[known.path]) + "; -newest takes that of the profile that was changed last";
+    return false;
 }
 
 bool static_union::unite(routine_map added, std::string* error) {
@@ -98,14 +153,10 @@ bool static_union::unite(routine_map added, std::string* error) {
             known = std::move(lines);
         } else if (known.lines == lines.lines) {
             known.time = std::max(known.time, lines.time);
-        } else if (!newest_) {
-            const std::size_t blank = key.find(' ');
-            *error = "routine " + printable(key.substr(blank + 1)) + " of " +
-                     printable(key.substr(0, blank)) + " is not the same in " +
-                     printable(paths_[lines.path]) + " and in " + printable(paths_[known.path]) +
-                     "; -newest takes those of the profile that was changed last";
-            return false;
-        } else if (std::pair(lines.time, lines.lines) > std::pair(known.time, known.lines)) {
+            known.has_run = known.has_run || lines.has_run;
+        } else if (!newest_ && !agree(known, lines)) {
+            return refuse(key, known, lines, error);
+        } else if (is_better(lines, known)) {
             known = std::move(lines);
         }
     }

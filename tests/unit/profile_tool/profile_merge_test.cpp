@@ -267,3 +267,38 @@ TEST_F(merging, IntoOneOfItsInputs) {
         left.insert(entry.path().filename());
     EXPECT_EQ(left, (std::set<std::string>{"a.dpi", "b.dpi"})) << "no temporary file stays";
 }
+
+TEST_F(merging, LineOfARoutineIsThatWhereItRan) {
+    // Importers that know lines only place a function that never ran elsewhere.
+    const std::string record = "header runs 1\nrecord 64\nfile a.c\nfunction ";
+    put("f.dpi", record + "f\nblocks 3:1=1\n");
+    put("g.dpi", record + "g\nblocks 9:1=1\n");
+    put("h.dpi", record + "h\nblocks 9:1=1\n");
+    scratch_.put("f.spi", "a.c - f 2 1 I\na.c - g 9 1 I\na.c - h 20 1 I\n");
+    scratch_.put("g.spi", "a.c - g 8 1 I\na.c - f 3 1 I\na.c - h 21 1 I\n");
+    scratch_.put("h.spi", "a.c - f 3 1 I\na.c - g 9 1 I\na.c - h 19 1 I\n");
+    for (const char* order :
+         {"f.dpi g.dpi h.dpi", "h.dpi g.dpi f.dpi", "g.dpi h.dpi f.dpi", "h.dpi h.dpi f.dpi g.dpi"}) {
+        merge("-o m " + std::string(order));
+        EXPECT_EQ(bytes("m.spi"), "a.c - f 2 1 I\na.c - g 8 1 I\na.c - h 19 1 I\n") << order;
+    }
+    merge("-o fg f.dpi g.dpi");
+    merge("-o fgh h.dpi fg.dpi");
+    EXPECT_EQ(bytes("fgh.spi"), bytes("m.spi"));
+    scratch_.put("g.spi", "a.c - f 3 1 I\na.c - g 8 2 I\n");
+    EXPECT_EQ(run("vexcov-profile merge -o m f.dpi g.dpi").status, 1) << "not with other blocks";
+}
+
+TEST_F(merging, SumIsAsOldAsItsProfilesForTheCheckOfSources) {
+    scratch_.put("a.c", "int f(void) { return 1; }\n");
+    put("a.dpi", "header runs 1\nrecord 64\nfile a.c\nfunction f\nblocks 1:1=1\n");
+    scratch_.put("a.spi", "a.c - f 1 1 I\n");
+    set_age("a.dpi", 0);
+    set_age("a.c", -1);
+    EXPECT_EQ(run("vexcov-profile check a.dpi").standard_output, "nothing found\n");
+    set_age("a.c", 1);
+    merge("-o m a.dpi a.dpi");
+    const program_result checked = run("vexcov-profile check m.dpi");
+    EXPECT_EQ(checked.standard_output, "source files that are newer than the profile: 1\n    a.c\n");
+    EXPECT_EQ(checked.status, 2);
+}
