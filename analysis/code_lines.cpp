@@ -188,20 +188,32 @@ void code_lines::match_marks() {
     }
 }
 
+/// Whether only a word follows the parenthesis at `close` before the next semicolon, as behind the names of
+/// parameters that are declared in front of the body.
+bool code_lines::declares_behind(std::size_t close) const {
+    const std::size_t next = close + 1;
+    return next == marks_.size() || marks_[next].kind != ';' || is_word_character(marks_[close].next);
+}
+
 /// From each mark on: where the head of a function goes on there, its parameters are passed over, and so are
 /// the initialisers in braces of a constructor's members; the next brace opens its body.
 void code_lines::find_bodies() {
     bodies_.assign(marks_.size() + 1, kNone);
     for (std::size_t i = marks_.size(); i-- > 0;) {
         const code_mark& current = marks_[i];
-        if (current.kind == ')') {
+        if (current.kind == ';') { // declarations of parameters
+            const bool another = i + 1 < marks_.size() && marks_[i + 1].kind == ';';
+            bodies_[i] = another || current.next == '{' ? bodies_[i + 1] : kNone;
+        } else if (current.kind == ')') {
             bodies_[i] = bodies_[i + 1];
         } else if (current.kind == '{' && current.match == kNone) {
             bodies_[i] = kOpen;
         } else if ((current.kind == '{' || current.kind == '(') && current.match != kNone) {
             const char next = marks_[current.match].next;
             const bool head_goes_on = current.kind == '(' || next == ',' || next == '{';
-            bodies_[i] = head_goes_on ? bodies_[current.match + 1] : current.match;
+            bodies_[i] = !head_goes_on                    ? current.match
+                         : declares_behind(current.match) ? bodies_[current.match + 1]
+                                                          : kNone;
         }
     }
 }

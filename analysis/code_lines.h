@@ -59,6 +59,7 @@ class code_lines {
     void finish_mark(std::size_t offset);
     source_position position_of(std::size_t offset) const;
     void match_marks();
+    bool declares_behind(std::size_t close) const;
     void find_bodies();
     void find_extents();
     source_extent uncalled_extent(std::uint32_t line, std::uint32_t next_line) const;

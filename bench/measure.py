@@ -18,6 +18,7 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUILD = os.path.join(ROOT, "build", "bench")
 VEXCOV = os.path.join(BUILD, "vexcov")
 IMPORT = os.path.join(BUILD, "vexcov-import")
+EXPORT = os.path.join(BUILD, "vexcov-export")
 WRITE_FIGURES = os.path.join(ROOT, "scripts", "write-figures")
 GENERATE = os.path.join(BUILD, "bench", "generate_tree")
 

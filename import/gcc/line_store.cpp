@@ -1,5 +1,6 @@
 #include "import/gcc/line_store.h"
 
+#include "demangle/shared_name.h"
 #include "import/gcc/sorted_merge.h"
 
 #include <algorithm>
@@ -30,18 +31,22 @@ std::uint32_t line_store::function_index(std::uint32_t file, std::string_view de
         if (function.file == file && function.extent.start == start && function.demangled == demangled)
             return i;
     }
-    functions_.push_back({file, head->second, {}, std::string(demangled), {start, start}, 0, {}, {}});
+    functions_.push_back({file, head->second, false, {}, std::string(demangled), {start, start}, 0, {}, {}});
     head->second = static_cast<std::uint32_t>(functions_.size() - 1);
     return head->second;
 }
 
 std::uint32_t line_store::add_function(const gcov_document& document, const gcov_function& function,
                                        std::uint32_t file) {
-    const std::uint32_t index = function_index(file, document.view(function.demangled), function.start);
+    name_ = document.view(function.name);
+    const bool is_template = !instances_ && find_shared_name(document.view(function.name), &name_);
+    const std::string_view known_by =
+        is_template ? std::string_view(name_) : document.view(function.demangled);
+    const std::uint32_t index = function_index(file, known_by, function.start);
     counted_function& stored = functions_[index];
-    const std::string_view name = document.view(function.name);
-    if (stored.name.empty() || name < stored.name)
-        stored.name = name;
+    stored.is_template = is_template;
+    if (stored.name.empty() || name_ < stored.name)
+        stored.name = name_;
     stored.extent.end = std::max(stored.extent.end, function.end);
     stored.entries = add_counts(stored.entries, function.entries);
     return index;
