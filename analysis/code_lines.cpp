@@ -188,8 +188,8 @@ void code_lines::match_marks() {
     }
 }
 
-/// Whether only a word follows the parenthesis at `close` before the next semicolon, as behind the names of
-/// parameters that are declared in front of the body.
+/// Whether the head of a function can go on behind the parenthesis at `close`: a semicolon comes next only
+/// where a word in front of it begins to declare the parameters.
 bool code_lines::declares_behind(std::size_t close) const {
     const std::size_t next = close + 1;
     return next == marks_.size() || marks_[next].kind != ';' || is_word_character(marks_[close].next);

@@ -28,3 +28,8 @@ bool find_shared_name(std::string_view name, std::string* shared) {
         *shared = std::move(outline.text);
     return outline.is_template;
 }
+
+std::string name_without_parameters(const std::string& name) {
+    NameOutline outline;
+    return name.starts_with("_Z") && read_name_outline(name.c_str(), outline) ? outline.text : name;
+}

@@ -11,3 +11,7 @@
 /// as it is, mangled, but for the variants of a constructor or destructor: they have that of the base object.
 /// Names that are not mangled as C++ or not understood stay, too.
 bool find_shared_name(std::string_view name, std::string* shared);
+
+/// The qualified name of a mangled one in the same form, whether it is that of a template or not, such as
+/// "ns::operator=="; the name itself where it is not mangled as C++ or not understood.
+std::string name_without_parameters(const std::string& name);

@@ -128,6 +128,8 @@ static void run_clang_import(const import_options& options) {
         all.left_out.check_root();
         import_error("the input holds no functions");
     }
+    if (!options.instances)
+        all.store.unite_instances();
     profile_data data = build_profile(&all.store, names);
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);

@@ -22,7 +22,7 @@ void outline_scanner::scan() {
     }
 }
 
-/// Forgets the statement. A directive ends it, too, unless one in parentheses; but a head may go on behind.
+/// Forgets the statement.
 void outline_scanner::end_statement() {
     scope fresh;
     fresh.depth = now().depth;
@@ -31,6 +31,8 @@ void outline_scanner::end_statement() {
     now() = fresh;
 }
 
+/// A directive ends the statement in front of it, unless that is clearly not complete. A head with its
+/// parameters may still go on behind the directive.
 void outline_scanner::cut_statement() {
     const bool goes_on = now().depth != 0 || (last_ == piece::unfinished && now().parenthesis);
     if (goes_on || now().begin == kNowhere)
@@ -41,6 +43,8 @@ void outline_scanner::cut_statement() {
     now().starts_line = cut.starts_line;
 }
 
+/// Every branch of a condition begins with the state at its #if, so that braces and parentheses that stand in
+/// each branch count once. What is restored was taken away by the branch, so this takes linear time in all.
 void outline_scanner::pass_directive(std::uint32_t offset) {
     closed_ = false;
     cut_statement();

@@ -46,14 +46,14 @@ class outline_scanner {
     enum class piece {
         other,
         unfinished, ///< a comma or colon
-        closing,
+        closing,    ///< a closing parenthesis or bracket
         equals,
         word,
         operator_word,
         requires_word,
-        access,
-        behind_access,
-        defaulted
+        access,        ///< public, protected, private
+        behind_access, ///< the word behind it
+        defaulted      ///< the word of "= default"
     };
 
     void pass_directive(std::uint32_t offset);

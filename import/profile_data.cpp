@@ -205,7 +205,6 @@ void file_builder::build() {
 profile_data build_profile(record_store* store, const source_names& names) {
     profile_data data;
     PGOPTI_PROFILE& profile = data.profile;
-    store->unite_instances();
     profile.files = store->files();
     const std::vector<std::vector<std::uint32_t>> by_file = functions_by_file(store);
     bool apostrophe = false;

@@ -163,7 +163,35 @@ void record_store::add_instance(const std::string& file, std::string_view name,
     functions_.back().regions = instance_;
 }
 
+static void add_up(stored_function* entry, const stored_function& other) {
+    entry->count = add_counts(entry->count, other.count);
+    entry->extent.end = std::max(entry->extent.end, other.extent.end);
+    collect_in_order(&entry->regions, &entry->more, other.regions.begin(), other.regions.end());
+}
+
+void record_store::unite_friends() {
+    std::vector<named_place> places;
+    for (std::uint32_t i = 0; i < functions_.size(); ++i) {
+        if (!functions_[i].is_template)
+            places.push_back({functions_[i].file, functions_[i].extent.start, &functions_[i].name, i});
+    }
+    for (namesakes& friends : find_friends(std::move(places))) {
+        stored_function& first = functions_[friends.indices.front()];
+        for (const std::uint32_t i : friends.indices) {
+            mark_longest(&functions_[i].regions);
+            if (i == friends.indices.front())
+                continue;
+            add_up(&first, functions_[i]);
+            functions_[i].regions.clear();
+        }
+        first.is_template = true;
+        first.name = std::move(friends.name);
+    }
+    std::erase_if(functions_, [](const stored_function& function) { return function.regions.empty(); });
+}
+
 void record_store::unite_instances() {
+    unite_friends();
     std::vector<named_place> places;
     for (stored_function& entry : functions_) {
         if (!entry.is_template)

@@ -33,8 +33,8 @@ class record_store {
     /// as a condition at compile time can make it, gets no counts from that one.
     void add_instance(const std::string& file, std::string_view name, const main_file_function& function);
 
-    /// Unites the instances; to be called when everything was added. Names of templates that come again in a
-    /// file get their lines.
+    /// Unites the instances, and the friends of class templates; to be called when everything was added.
+    /// Names that come again in a file get their lines.
     void unite_instances();
 
     /// Source files in the order of first appearance.
@@ -48,6 +48,7 @@ class record_store {
     std::uint32_t file_index(const std::string& file);
     void append(std::uint32_t file, std::string_view name, const main_file_function& function,
                 std::uint32_t* head);
+    void unite_friends();
 
     std::vector<std::string> files_;
     std::unordered_map<std::string, std::uint32_t> file_indices_;

@@ -62,9 +62,6 @@ static void print_usage() {
     std::fputs("-pcolor -ccolor -ucolor -xcolor; beside the report: -txtfcvrg -xmlfcvrg.\n", stdout);
 }
 
-/// The value of an option, which has one.
-using setter = void (*)(run_options* options, const char* name, const char* value);
-
 static void choose_clang(run_options* options, const char*, const char*) {
     options->compiled_by = compiler::clang;
 }

@@ -2,7 +2,6 @@
 
 #include "import/gcc/line_blocks.h"
 #include "import/gcc/stretches.h"
-#include "import/place_names.h"
 #include "import/record_order.h"
 
 #include <algorithm>
@@ -154,19 +153,10 @@ static std::vector<std::uint32_t> order_of_names(const std::vector<std::string>&
     return order;
 }
 
-static void tell_templates_apart(std::vector<counted_function>* functions) {
-    std::vector<named_place> places;
-    for (counted_function& function : *functions) {
-        if (function.is_template)
-            places.push_back({function.file, function.extent.start, &function.name});
-    }
-    tell_apart(std::move(places));
-}
-
 line_profile build_line_profile(line_store* store, const source_names& names) {
     line_profile result;
+    store->unite_instances();
     std::vector<counted_function>& functions = store->functions();
-    tell_templates_apart(&functions);
     std::vector<std::vector<std::uint32_t>> by_file(store->files().size());
     for (std::uint32_t i = 0; i < functions.size(); ++i)
         by_file[functions[i].file].push_back(i);

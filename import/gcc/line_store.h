@@ -49,6 +49,10 @@ class line_store {
     /// Everything that was added.
     std::vector<counted_function>& functions();
 
+    /// Unites the friends of class templates, unless instances stay apart; to be called when everything was
+    /// added. Names of templates that come again in a file get their lines.
+    void unite_instances();
+
     /// Counts that were clamped.
     std::uint64_t clamped() const { return clamped_; }
 
@@ -64,6 +68,7 @@ class line_store {
     std::uint32_t add_function(const gcov_document& document, const gcov_function& function,
                                std::uint32_t file);
     void add_file(const gcov_document& document, const gcov_file& file, std::uint32_t index);
+    void unite_friends();
     void gather_lines(const gcov_document& document, const gcov_file& file, std::uint32_t index);
 
     source_selection& sources_;

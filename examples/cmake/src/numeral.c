@@ -4,9 +4,9 @@
 
 static const struct {
     int value;
-    const char *digits;
+    const char* digits;
 } steps[] = {{1000, "M"}, {900, "CM"}, {500, "D"}, {400, "CD"}, {100, "C"}, {90, "XC"}, {50, "L"},
-             {40, "XL"}, {10, "X"},   {9, "IX"},  {5, "V"},    {4, "IV"},  {1, "I"}};
+             {40, "XL"},  {10, "X"},   {9, "IX"},  {5, "V"},    {4, "IV"},  {1, "I"}};
 enum { STEPS = sizeof steps / sizeof steps[0] };
 
 int to_numeral(int number, char text[NUMERAL_SIZE]) {
@@ -22,8 +22,8 @@ int to_numeral(int number, char text[NUMERAL_SIZE]) {
     return 1;
 }
 
-int from_numeral(const char *text) {
-    const char *rest = text;
+int from_numeral(const char* text) {
+    const char* rest = text;
     char canonical[NUMERAL_SIZE];
     int number = 0;
     for (int i = 0; i < STEPS; ++i) {

@@ -9,6 +9,6 @@ enum { NUMERAL_SIZE = 16 };
 int to_numeral(int number, char text[NUMERAL_SIZE]);
 
 /* The number that a numeral stands for, or 0. */
-int from_numeral(const char *text);
+int from_numeral(const char* text);
 
 #endif

@@ -8,7 +8,7 @@ extern "C" {
 #include "numeral.h"
 }
 
-static std::string convert(const std::string &word) {
+static std::string convert(const std::string& word) {
     if (const int number = from_numeral(word.c_str()))
         return std::to_string(number);
     char numeral[NUMERAL_SIZE];
@@ -22,13 +22,13 @@ static int usage() {
     return 1;
 }
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
     if (argc < 2)
         return usage();
     try {
         for (int i = 1; i < argc; ++i)
             std::cout << (i > 1 ? " " : "") << convert(argv[i]);
-    } catch (const std::invalid_argument &error) {
+    } catch (const std::invalid_argument& error) {
         std::cerr << "roman: " << error.what() << '\n';
         return 1;
     }

@@ -174,12 +174,15 @@ TEST_F(LineWalk, NeverCalledFunctionsEndAtTheirBodies) {
              "int declared(int);\n"               // 9
              "int x;\n"                           // 10
              "int g() { return 1'000; } int y;\n" // 11
-             "int open() {\n"                     // 12
-             "    if (x) {\n"                     // 13
-             "}\n");                              // 14
-    for (const int line : {2, 9, 11, 12})
+             "int old(a, b)\n"                    // 12
+             "    int a; char b;\n"               // 13
+             "{ return a; }\n"                    // 14
+             "int open() {\n"                     // 15
+             "    if (x) {\n"                     // 16
+             "}\n");                              // 17
+    for (const int line : {2, 9, 11, 12, 15})
         add_function(line, {});
-    EXPECT_EQ(counts(), "2:0 3:0 4:0 5:0 6:0 9:0 11:0 12:0 13:0 14:0 ");
+    EXPECT_EQ(counts(), "2:0 3:0 4:0 5:0 6:0 9:0 11:0 12:0 13:0 14:0 15:0 16:0 17:0 ");
 }
 
 TEST_F(LineWalk, LambdasThatWereNeverCalled) {

@@ -11,5 +11,5 @@ int main(int argc, char**) {
         return size_class(1.0) + next(2L);
     holder<int> small(next(3));
     derived();
-    return size_class('x') + both(1, 2) + (small < holder<int>(9)) - 3;
+    return size_class('x') + both(1, 2) + (small < holder<int>(9)) - 3 + (small == small);
 }

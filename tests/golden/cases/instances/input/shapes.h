@@ -31,6 +31,7 @@ template <typename T> class holder : public virtual base {
     explicit holder(T value) : value_(value) {}
     operator T() const { return value_; }
     bool operator<(const holder& other) const { return value_ < other.value_; }
+    friend bool operator==(const holder& a, const holder& b) { return a.value_ == b.value_; }
     template <typename U> holder& operator<<(U more) {
         value_ = static_cast<T>(value_ + more);
         return *this;
