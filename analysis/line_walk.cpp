@@ -169,7 +169,8 @@ void line_walk::examine_code() {
         if (position.column <= code.column && !mark_of_inner)
             at_code = in_force_;
     }
-    // In differential mode nothing marks functions that were never called: what is in force is from further up.
+    // In differential mode nothing marks functions that were never called: what is in force is from further
+    // up.
     if (code.inside_called)
         largest = std::max(largest, at_code);
     count_ = holds_code_ ? largest : 0;

@@ -75,7 +75,7 @@ def is_loss(line, box):
     call = re.match(r"(close|fsync|read)\((\d+)<(.*?)>.* = -1 (?!EINTR)", line)
     if not call:
         return False
-    name = os.path.relpath(call[3], box.root)
+    name = os.path.relpath(call[3].encode().decode("unicode_escape"), box.root)  # strace escapes quotes
     return call[2] == "1" or not name.startswith("..") and (name in box.inputs) == (call[1] == "read")
 
 
