@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -32,4 +33,9 @@ bool copy_scratch_file(std::FILE* from, std::FILE* to) {
     while (const std::size_t size = std::fread(piece.data(), 1, piece.size(), from))
         std::fwrite(piece.data(), 1, size, to);
     return std::ferror(from) == 0;
+}
+
+std::uint64_t scratch_file_size(std::FILE* stream) {
+    struct stat status = {};
+    return fstat(fileno(stream), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : UINT64_MAX;
 }

@@ -183,7 +183,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     byte_script script(data, size);
     expected_sum sum;
     std::vector<std::string> profiles;
-    const std::size_t count = script.below(12) == 11 ? 20 : 1 + script.below(4);
+    const std::size_t count = script.below(64) == 63 ? 20 : 1 + script.below(4);
     for (std::size_t i = 0; i < count; ++i) {
         profiles.push_back(std::to_string(i) + ".dpi");
         scratch().put(profiles.back(), compile_profile_text(profile_text(script, &sum)));
