@@ -23,8 +23,14 @@ file_ptr open_scratch_file(const std::string& directory) {
 }
 
 bool rewind_scratch_file(std::FILE* stream) {
-    errno = 0;
-    return std::fflush(stream) == 0 && std::ferror(stream) == 0 && std::fseek(stream, 0, SEEK_SET) == 0;
+    if (std::ferror(stream)) { // which write failed is long ago; the next one fails for the same reason
+        std::clearerr(stream);
+        errno = 0;
+        if (std::fputc('\0', stream) != EOF && std::fflush(stream) == 0)
+            errno = EIO;
+        return false;
+    }
+    return std::fflush(stream) == 0 && std::fseek(stream, 0, SEEK_SET) == 0;
 }
 
 bool copy_scratch_file(std::FILE* from, std::FILE* to) {

@@ -106,6 +106,7 @@ SCENARIOS = {
         Scenario("large", {"a.c": b"int f; /* and a comment that makes it long */\n" * 6000,
                            "pgopti.spi": b"a.c - f 1 1 C\n", "pgopti.dpi": profile_of([("a.c", "f")])}, ".", ()),
         Scenario("import", *case("import-recorded", ".", "clang", "-root", ".", "flow.json"), "vexcov-import"),
+        Scenario("merge", *case("profile-merge", ".", "merge", "-o", "kept", "one.dpi", "two.dpi"), "vexcov-profile"),
     )
 }
 
@@ -177,7 +178,7 @@ class Sandbox:
             return "status 1 without a message"
         if self.scenario.tool == "vexcov" and lost:
             return "changed the input " + lost[0]
-        if outcome.status == 1:  # the importer leaves the pair as it was or as it should be, and nothing beside it
+        if outcome.status == 1:  # importer and merge leave the pair as it was or as it should be, and nothing beside it
             whole = self.scenario.tool == "vexcov" or debris or tree in (found, self.expected)
             return None if whole else "the pair of profiles is half-written"
         if judge_output:

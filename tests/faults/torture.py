@@ -28,10 +28,10 @@ DISTURBANCES = {
     "damage: every truncation": "four profiles cut at every length",
     "damage: every field": "every field of a profile, both widths, set to 0, 1, ± 1, 2^31 - 1, 2^31, 2^32 - 1, the "
                            "file's size ± 1, ...",
-    "allocation: the k-th": "the k-th allocation fails, every k of six runs",
+    "allocation: the k-th": "the k-th allocation fails, every k of seven runs",
     "allocation: from the k-th on": "all allocations from the k-th on fail",
     "system calls: the k-th": "the k-th `openat`, `newfstatat`, `read`, `lseek`, `write`, `close`, `fcntl`, `mkdir`, "
-                              "`fsync`, `rename`, `link` or `unlink` fails, every k of five runs (of `write`, of a "
+                              "`fsync`, `rename`, `link` or `unlink` fails, every k of six runs (of `write`, of a "
                               "sixth with a large page)",
     "system calls: from the k-th on": "all such calls from the k-th on fail",
     "disk: small file systems": "a disk with room for 0 to 20 twentieths of the output",
