@@ -23,7 +23,7 @@ WRITE_FIGURES = os.path.join(ROOT, "scripts", "write-figures")
 GENERATE = os.path.join(BUILD, "bench", "generate_tree")
 
 
-# Whether the tables are to be put into bench/README.md, too.
+# Whether the tables are to be put into bench/README.md or another page, too.
 WRITE = "--write" in sys.argv[1:]
 if WRITE:
     sys.argv.remove("--write")
@@ -183,12 +183,12 @@ def table(head, rows):
 
 
 @contextlib.contextmanager
-def figures(name):
-    """What is printed meanwhile are the figures of that name in bench/README.md, which become these with --write."""
+def figures(name, page="bench/README.md"):
+    """What is printed meanwhile are the figures of that name in a page, which become these with --write."""
     text = io.StringIO()
     with contextlib.redirect_stdout(text):
         yield
     print(text.getvalue(), flush=True)
     if WRITE:
-        subprocess.run([WRITE_FIGURES, name, os.path.join(ROOT, "bench", "README.md")], input=text.getvalue(),
+        subprocess.run([WRITE_FIGURES, name, os.path.join(ROOT, page)], input=text.getvalue(),
                        text=True, check=True)

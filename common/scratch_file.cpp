@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -22,8 +23,14 @@ file_ptr open_scratch_file(const std::string& directory) {
 }
 
 bool rewind_scratch_file(std::FILE* stream) {
-    errno = 0;
-    return std::fflush(stream) == 0 && std::ferror(stream) == 0 && std::fseek(stream, 0, SEEK_SET) == 0;
+    if (std::ferror(stream)) { // which write failed is long ago; the next one fails for the same reason
+        std::clearerr(stream);
+        errno = 0;
+        if (std::fputc('\0', stream) != EOF && std::fflush(stream) == 0)
+            errno = EIO;
+        return false;
+    }
+    return std::fflush(stream) == 0 && std::fseek(stream, 0, SEEK_SET) == 0;
 }
 
 bool copy_scratch_file(std::FILE* from, std::FILE* to) {
@@ -32,4 +39,9 @@ bool copy_scratch_file(std::FILE* from, std::FILE* to) {
     while (const std::size_t size = std::fread(piece.data(), 1, piece.size(), from))
         std::fwrite(piece.data(), 1, size, to);
     return std::ferror(from) == 0;
+}
+
+std::uint64_t scratch_file_size(std::FILE* stream) {
+    struct stat status = {};
+    return fstat(fileno(stream), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : UINT64_MAX;
 }

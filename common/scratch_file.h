@@ -4,6 +4,7 @@
 
 #include "common/file_ptr.h"
 
+#include <cstdint>
 #include <string>
 
 /// Opens a new file for reading and writing on the disk of `directory`, which is where the output goes, so
@@ -16,3 +17,6 @@ bool rewind_scratch_file(std::FILE* stream);
 /// Copies the rest of `from` to `to`. False with errno when `from` cannot be read; a failed write shows in
 /// `to`.
 bool copy_scratch_file(std::FILE* from, std::FILE* to);
+
+/// Bytes of a stream that was rewound.
+std::uint64_t scratch_file_size(std::FILE* stream);

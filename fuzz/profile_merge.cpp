@@ -146,6 +146,15 @@ static outcome merge(std::vector<std::string> arguments) {
     return run_in_scratch([&] { call_main(run_profile_tool, arguments); });
 }
 
+/// What is shown is what there is.
+static void check_text(const std::string& profile) {
+    const outcome shown = run_in_scratch([&] {
+        call_main(run_profile_tool, {"vexcov-profile", "show", profile});
+    });
+    require(shown.status == 0 && compile_profile_text(shown.output) == read_scratch(profile),
+            "the text gives the same profile");
+}
+
 /// Merges everything at once, then in a tree of the script's choice.
 static void check_sum(byte_script& script, std::vector<std::string> profiles, const expected_sum& sum) {
     std::vector<std::string> at_once = profiles;
@@ -157,6 +166,7 @@ static void check_sum(byte_script& script, std::vector<std::string> profiles, co
         return require(read_scratch("sum.dpi").empty(), "a refused merge leaves nothing");
     const std::string all = read_scratch("sum.dpi");
     require(profiles.size() == 1 || all == expected_bytes(sum), "the sum is that of plain addition");
+    check_text("sum.dpi");
     for (int step = 0; profiles.size() > 1; ++step) {
         const std::size_t first = script.below(static_cast<unsigned int>(profiles.size()));
         std::swap(profiles[first], profiles.back());
@@ -169,21 +179,12 @@ static void check_sum(byte_script& script, std::vector<std::string> profiles, co
     require(read_scratch(profiles[0]) == all, "every tree of merges gives the same bytes");
 }
 
-/// What is shown is what there is.
-static void check_text(const std::string& profile) {
-    const outcome shown = run_in_scratch([&] {
-        call_main(run_profile_tool, {"vexcov-profile", "show", profile});
-    });
-    require(shown.status == 0 && compile_profile_text(shown.output) == read_scratch(profile),
-            "the text gives the same profile");
-}
-
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     clear_scratch();
     byte_script script(data, size);
     expected_sum sum;
     std::vector<std::string> profiles;
-    const std::size_t count = script.below(12) == 11 ? 20 : 1 + script.below(4);
+    const std::size_t count = script.below(64) == 63 ? 20 : 1 + script.below(4);
     for (std::size_t i = 0; i < count; ++i) {
         profiles.push_back(std::to_string(i) + ".dpi");
         scratch().put(profiles.back(), compile_profile_text(profile_text(script, &sum)));

@@ -152,6 +152,22 @@ bool profile_merge::add_intermediate(source_list sources, std::size_t level) {
                                              add_intermediate(std::move(full), level + 1));
 }
 
+/// Merges profiles of the command line into an intermediate one. The one before, where it is small beside
+/// them, is merged with them at once: profiles of the same functions then take the room of one sum, not of
+/// kWays.
+bool profile_merge::add_profiles(source_list sources) {
+    std::uint64_t size = 0;
+    for (const source_ptr& source : sources)
+        size += source->cursor().file_size();
+    std::vector<file_ptr> before;
+    if (!levels_.empty() && !levels_[0].empty() &&
+        scratch_file_size(levels_[0].back().get()) <= size / kSmallShare) {
+        before.push_back(std::move(levels_[0].back()));
+        levels_[0].pop_back();
+    }
+    return open_intermediates(std::move(before), &sources) && add_intermediate(std::move(sources), 0);
+}
+
 /// Adds what waits on all levels to the sources, of which at most kWays are left then.
 bool profile_merge::add_levels(source_list* sources) {
     for (std::vector<file_ptr>& level : levels_) {
@@ -170,7 +186,7 @@ bool profile_merge::add_levels(source_list* sources) {
 bool profile_merge::collect_all() {
     source_list sources;
     for (const std::string& path : *profiles_) {
-        if (sources.size() == kWays && !add_intermediate(std::exchange(sources, {}), 0))
+        if (sources.size() == kWays && !add_profiles(std::exchange(sources, {})))
             return false;
         if (!open_profile(path, static_cast<std::uint32_t>(&path - profiles_->data()), &sources))
             return false;

@@ -35,6 +35,7 @@ class profile_merge {
 
   private:
     static constexpr std::size_t kWays = 16;
+    static constexpr std::uint64_t kSmallShare = 4; ///< what is a quarter of something costs little beside it
 
     using source_ptr = std::unique_ptr<merge_source>;
     using source_list = std::vector<source_ptr>;
@@ -50,6 +51,7 @@ class profile_merge {
     bool reduce(source_list sources, file_ptr* result);
     bool open_intermediates(std::vector<file_ptr> streams, source_list* sources);
     bool add_intermediate(source_list sources, std::size_t level);
+    bool add_profiles(source_list sources);
     bool add_levels(source_list* sources);
     bool collect_all();
     bool copy_only();

@@ -1,17 +1,31 @@
 #include "profile_tool/static_lines.h"
 
-#include "common/file_ptr.h"
 #include "common/printable.h"
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <utility>
+
+file_ptr open_static_profile(const std::string& path, std::string* error) {
+    struct stat status;
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    file_ptr stream(descriptor == -1 ? nullptr : fdopen(descriptor, "rb"));
+    if (!stream || fstat(descriptor, &status) != 0) {
+        *error = "cannot open " + printable(path) + ": " + std::strerror(errno);
+        return nullptr;
+    }
+    if (S_ISREG(status.st_mode))
+        return stream;
+    *error = printable(path) + " is not a regular file";
+    return nullptr;
+}
 
 static bool read_lines(file_ptr stream, const std::string& path, const static_line_taker& take,
                        std::string* error) {
-    if (!stream) {
-        *error = "cannot open " + printable(path) + ": " + std::strerror(errno);
+    if (!stream)
         return false;
-    }
     SPI_STREAM text(stream.get());
     SPI_RECORD record;
     bool is_whole = true;
@@ -29,10 +43,13 @@ static bool read_lines(file_ptr stream, const std::string& path, const static_li
 }
 
 bool read_static_lines(const std::string& path, const static_line_taker& take, std::string* error) {
-    return read_lines(file_ptr(std::fopen(path.c_str(), "rb")), path, take, error);
+    return read_lines(open_static_profile(path, error), path, take, error);
 }
 
 bool read_static_lines(std::string& bytes, const std::string& path, const static_line_taker& take,
                        std::string* error) {
-    return read_lines(file_ptr(fmemopen(bytes.data(), bytes.size(), "rb")), path, take, error);
+    file_ptr stream(fmemopen(bytes.data(), bytes.size(), "rb"));
+    if (!stream)
+        *error = "cannot read " + printable(path) + ": " + std::strerror(errno);
+    return read_lines(std::move(stream), path, take, error);
 }

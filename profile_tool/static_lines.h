@@ -1,10 +1,15 @@
 // The lines of a static profile one after the other.
 #pragma once
 
+#include "common/file_ptr.h"
 #include "profile/spi_file.h"
 
 #include <functional>
 #include <string>
+
+/// Opens a static profile. Null, with a message in `*error`, when it cannot be opened or is not a regular
+/// file: it may be read more than once, and nobody may be writing to a pipe.
+file_ptr open_static_profile(const std::string& path, std::string* error);
 
 using static_line_taker = std::function<void(const SPI_RECORD&)>;
 

@@ -1,6 +1,5 @@
 #include "profile_tool/static_union.h"
 
-#include "common/file_ptr.h"
 #include "common/printable.h"
 #include "profile/dpi_cursor.h"
 #include "profile/spi_writer.h"
@@ -11,11 +10,6 @@
 #include <tuple>
 #include <utility>
 
-static bool fail_open(const std::string& path, std::string* error) {
-    *error = "cannot open " + printable(path) + ": " + std::strerror(errno);
-    return false;
-}
-
 static bool fail_read(const std::string& path, std::string* error) {
     *error = "cannot read " + printable(path) + ": " + std::strerror(errno);
     return false;
@@ -23,9 +17,9 @@ static bool fail_read(const std::string& path, std::string* error) {
 
 /// True in `*same` when the file holds these bytes.
 static bool compare_file(const std::string& path, std::string_view bytes, bool* same, std::string* error) {
-    const file_ptr stream(std::fopen(path.c_str(), "rb"));
+    const file_ptr stream = open_static_profile(path, error);
     if (!stream)
-        return fail_open(path, error);
+        return false;
     std::string piece(std::size_t{1} << 16, '\0');
     *same = true;
     while (*same) {
@@ -43,9 +37,9 @@ static bool compare_file(const std::string& path, std::string_view bytes, bool* 
 }
 
 static bool read_whole(const std::string& path, std::string* bytes, std::string* error) {
-    const file_ptr stream(std::fopen(path.c_str(), "rb"));
+    const file_ptr stream = open_static_profile(path, error);
     if (!stream)
-        return fail_open(path, error);
+        return false;
     errno = 0;
     char piece[std::size_t{1} << 14];
     while (const std::size_t size = std::fread(piece, 1, sizeof piece, stream.get()))

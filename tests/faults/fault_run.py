@@ -148,6 +148,7 @@ SCENARIOS = {
         Scenario("objects", compiled_objects, ".", ("gcc", "-root", ".", "."), "vexcov-import"),
         Scenario("traces", chosen("lcov-lines", "flow.c", "v1.info", "v2.info", "v1.info.gz"), ".",
                  ("lcov", "v1.info", "v2.info", "v1.info.gz"), "vexcov-import"),
+        Scenario("merge", *case("profile-merge", ".", "merge", "-o", "kept", "one.dpi", "two.dpi"), "vexcov-profile"),
     )
 }
 
@@ -224,7 +225,7 @@ class Sandbox:
             return "status 1 without a message"
         if self.scenario.tool == "vexcov" and lost:
             return "changed the input " + lost[0]
-        if outcome.status == 1:  # the importer leaves the pair as it was or as it should be, and nothing beside it
+        if outcome.status == 1:  # importer and merge leave the pair as it was or as it should be, and nothing beside it
             whole = self.scenario.tool == "vexcov" or debris or tree in (found, self.expected)
             return None if whole else "the pair of profiles is half-written"
         if judge_output:

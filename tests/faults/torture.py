@@ -28,12 +28,11 @@ DISTURBANCES = {
     "damage: every truncation": "four profiles and eight inputs of the importer cut at every length",
     "damage: every field": "every field of a profile, both widths, set to 0, 1, ± 1, 2^31 - 1, 2^31, 2^32 - 1, the "
                            "file's size ± 1, ...",
-    "allocation: the k-th": "the k-th allocation fails, every k of ten runs",
+    "allocation: the k-th": "the k-th allocation fails, every k of a run of each kind",
     "allocation: from the k-th on": "all allocations from the k-th on fail",
     "system calls: the k-th": "the k-th `openat`, `newfstatat`, `fstat`, `read`, `pread64`, `lseek`, `write`, `close`, "
                               "`fcntl`, `mkdir`, `fsync`, `rename`, `link`, `unlink`, `pipe2`, `poll`, `clone3`, "
-                              "`wait4` or `getdents64` fails, every k of eight runs (of `write`, of a ninth with a "
-                              "large page)",
+                              "`wait4` or `getdents64` fails, every k of a run of each kind",
     "system calls: from the k-th on": "all such calls from the k-th on fail",
     "disk: small file systems": "a disk with room for 0 to 20 twentieths of the output",
     "disk: an export to /dev/full": "an export is `/dev/full`",

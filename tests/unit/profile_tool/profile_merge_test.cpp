@@ -33,7 +33,9 @@ class merging : public testing::Test {
         EXPECT_EQ(result.standard_error, "");
         EXPECT_EQ(result.status, 0);
     }
-    program_result run(const std::string& command) const { return run_command(command, scratch_.path(), ""); }
+    program_result run(const std::string& command) const {
+        return run_command(command, scratch_.path(), "/bin");
+    }
     std::string bytes(const std::string& name) const { return read_file(scratch_.path() / name); }
     void put(const std::string& name, const std::string& text) {
         scratch_.put(name, compile_profile_text(text));
@@ -262,6 +264,12 @@ TEST_F(merging, IntoOneOfItsInputs) {
     merge("-o a.dpi a.dpi b.dpi a.dpi");
     EXPECT_NE(run("vexcov-profile show a.dpi").standard_output.find("blocks 3:1=4\n"), std::string::npos);
     EXPECT_EQ(run("vexcov-profile merge -o b b.dpi none.dpi").status, 1);
+    // Several at once: none is lost.
+    std::string all = "sh -c '";
+    for (int i = 0; i < 8; ++i)
+        all += "vexcov-profile merge -o a a.dpi b.dpi & ";
+    EXPECT_EQ(run(all + "wait'").standard_error, "");
+    EXPECT_NE(run("vexcov-profile show a.dpi").standard_output.find("blocks 3:1=20\n"), std::string::npos);
     std::set<std::string> left;
     for (const auto& entry : fs::directory_iterator(scratch_.path()))
         left.insert(entry.path().filename());
