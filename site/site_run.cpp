@@ -1,0 +1,65 @@
+#include "site/site_run.h"
+
+#include "common/fatal.h"
+#include "common/message.h"
+#include "site/directory_page.h"
+#include "site/html_text.h"
+#include "site/list_pages.h"
+#include "site/site_files.h"
+#include "site/site_options.h"
+#include "site/source_page.h"
+#include "site/start_page.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+
+/// Makes a directory unless it is there.
+static void make_directory(const std::string& path) {
+    struct stat status;
+    if (mkdir(path.c_str(), 0777) != 0 &&
+        (errno != EEXIST || stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)))
+        end_with_error("cannot make the directory %s: %s", printable(path).c_str(), std::strerror(errno));
+}
+
+/// Makes a directory and those that it is in.
+static void make_directories(const std::string& path) {
+    for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
+        make_directory(path.substr(0, slash));
+    make_directory(path);
+}
+
+static site_settings settings_of(const site_options& options) {
+    site_settings settings;
+    settings.directory = options.directory;
+    settings.title = html_name(options.title);
+    settings.differential = options.with_reference;
+    settings.no_partial = options.no_partial;
+    settings.has_own_style = !options.style_sheet.empty();
+    settings.has_changes = !options.diff.empty();
+    return settings;
+}
+
+void run_site(int argc, char** argv) {
+    site_options options;
+    parse_site_options(argc, argv, &options);
+    coverage_walk walk(options);
+    const site_settings settings = settings_of(options);
+    make_directories(settings.directory);
+    make_directory(settings.directory + "/s");
+    make_directory(settings.directory + "/d");
+    write_site_file(settings, "site.css", site_file("site.css"));
+    write_site_file(settings, "site.js", site_file("site.js"));
+
+    site_model model;
+    const source_page_writer source_pages(settings);
+    model.totals = walk.run([&](const file_coverage& file) {
+        site_file_entry& entry = model.add_file(file);
+        source_pages.write(file, model, entry);
+    });
+    model.find_directories();
+    write_directory_pages(settings, model);
+    write_list_pages(settings, model);
+    write_help_page(settings);
+    write_start_page(settings, model, nullptr);
+}
