@@ -3,6 +3,7 @@
 #include "common/code_lexer.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 constexpr std::uint32_t kNone = 0xffffffff; ///< no mark
@@ -77,6 +78,27 @@ void code_lines::note_directive(std::size_t offset) {
     }
 }
 
+namespace {
+
+/// Bytes at which reading has to look closer; between them there is nothing but more code on the line.
+struct stop_table {
+    std::array<bool, 256> stops = {};
+    constexpr stop_table() {
+        for (const char c : {'\n', '"', '\'', '/', '{', '}', '(', ')', ';'})
+            stops[static_cast<unsigned char>(c)] = true;
+    }
+};
+
+} // namespace
+
+/// The offset of the next byte from `at` on that may be more than further code.
+static std::size_t behind_plain_code(std::string_view text, std::size_t at) {
+    static constexpr stop_table table;
+    while (at < text.size() && !table.stops[static_cast<unsigned char>(text[at])])
+        ++at;
+    return at;
+}
+
 void code_lines::read_text() {
     const std::string_view text = analysis_.text;
     bool line_begin = true;
@@ -98,6 +120,9 @@ void code_lines::read_text() {
         if (needs_marks_ && other_branches_ == 0)
             note_mark(code);
         note_code(code, at);
+        const bool awaits_code = needs_marks_ && !marks_.empty() && marks_.back().next == '\0';
+        if (!awaits_code)
+            at = behind_plain_code(text, at);
     }
 }
 

@@ -11,22 +11,31 @@ constexpr std::size_t kSyntaxShare =
     5; ///< of the source's bytes, colours of the language may add one in so many
 constexpr std::size_t kFreeSyntaxBytes = 200; ///< before that counts
 
+static void add_run(std::vector<code_survey::run>& runs, std::uint32_t line, mark kind) {
+    if (!runs.empty() && runs.back().kind == kind && runs.back().last + 1 == line)
+        runs.back().last = line;
+    else
+        runs.push_back({line, line, kind});
+}
+
 code_survey survey_code(const source_analysis& analysis) {
     code_survey survey;
+    std::size_t line_begin = 0;
+    mark before = mark::none;
     for (marked_lines lines(analysis); lines.next();) {
-        survey.lines = lines.line().number;
-        for (const marked_piece& piece : lines.pieces())
+        const source_line& line = lines.line();
+        survey.lines = line.number;
+        survey.infeasible_lines += line.disabled ? 1 : 0;
+        for (const marked_piece& piece : lines.pieces()) {
+            if (piece.kind != before || piece.begins_place)
+                survey.changes.push_back({line_begin + piece.offset, piece.kind, piece.begins_place});
             survey.places += piece.begins_place ? 1 : 0;
-        const mark kind = lines.gravest();
-        survey.infeasible_lines += lines.line().disabled ? 1 : 0;
-        survey.partial_lines += kind == mark::partial ? 1 : 0;
-        if (kind == mark::none)
-            continue;
-        std::vector<code_survey::run>& runs = survey.runs;
-        if (!runs.empty() && runs.back().kind == kind && runs.back().last + 1 == survey.lines)
-            runs.back().last = survey.lines;
-        else
-            runs.push_back({survey.lines, survey.lines, kind});
+            before = piece.kind;
+        }
+        const mark gravest = lines.gravest();
+        if (gravest != mark::none)
+            add_run(survey.runs, line.number, gravest);
+        line_begin += line.text.size() + 1;
     }
     return survey;
 }
@@ -48,10 +57,9 @@ void put_short_count(text_buffer& out, std::uint64_t count) {
     out.put(units[unit]);
 }
 
-code_writer::code_writer(text_buffer& out, const source_analysis& analysis, std::uint32_t places)
-    : out_(out), analysis_(analysis), lines_(analysis),
-      syntax_(analysis.text), token_{0, 0, syntax_kind::none}, has_syntax_(is_c_source(analysis.path)),
-      places_(places) {
+code_writer::code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey)
+    : out_(out), analysis_(analysis), survey_(survey),
+      syntax_(analysis.text), token_{0, 0, syntax_kind::none}, has_syntax_(is_c_source(analysis.path)) {
     if (has_syntax_)
         token_ = syntax_.next();
 }
@@ -88,12 +96,12 @@ static std::string_view line_class(mark kind) {
 
 /// Keeps the weight of the colours in bounds for sources that are nothing but keywords.
 bool code_writer::may_colour() const {
-    return syntax_bytes_ < kFreeSyntaxBytes + line_start_ / kSyntaxShare;
+    return syntax_bytes_ < kFreeSyntaxBytes + line_begin_ / kSyntaxShare;
 }
 
 void code_writer::set_syntax(syntax_kind kind) {
-    static const std::string_view opening[] = {"", "<i>", "<q>", "<b>"};
-    static const std::string_view closing[] = {"", "</i>", "</q>", "</b>"};
+    static constexpr std::string_view opening[] = {"", "<i>", "<q>", "<b>"};
+    static constexpr std::string_view closing[] = {"", "</i>", "</q>", "</b>"};
     if (kind == open_syntax_)
         return;
     out_.put(closing[static_cast<int>(open_syntax_)]);
@@ -109,27 +117,33 @@ void code_writer::close_mark() {
     open_mark_ = mark::none;
 }
 
+/// Opens the element of the mark that is in force.
+void code_writer::open_mark() {
+    if (open_mark_ == in_force_)
+        return;
+    close_mark();
+    if (in_force_ != mark::none)
+        out_.put(mark_tag(in_force_));
+    open_mark_ = in_force_;
+}
+
 /// Links to the uncovered places before and behind the one that begins.
 void code_writer::write_place_links() {
     ++place_;
     out_.put("<a id=u");
     out_.put_number(place_);
     out_.put(" href=#u");
-    out_.put_number(place_ > 1 ? place_ - 1 : places_);
+    out_.put_number(place_ > 1 ? place_ - 1 : survey_.places);
     out_.put(">prev</a><a href=#u");
-    out_.put_number(place_ < places_ ? place_ + 1 : 1);
+    out_.put_number(place_ < survey_.places ? place_ + 1 : 1);
     out_.put(">next</a>");
 }
 
-void code_writer::begin_mark(const marked_piece& piece) {
-    if (piece.kind == open_mark_ && !piece.begins_place)
-        return;
+void code_writer::change_mark(const mark_change& change) {
     close_mark();
-    if (piece.begins_place)
+    if (change.begins_place)
         write_place_links();
-    if (piece.kind != mark::none)
-        out_.put(mark_tag(piece.kind));
-    open_mark_ = piece.kind;
+    in_force_ = change.kind;
 }
 
 /// Writes the text between two offsets of the file, with the colours of the language.
@@ -175,16 +189,29 @@ static void put_title(text_buffer& out, const block_list_node& position) {
     }
 }
 
-/// The counts of the blocks that begin on the line: the largest to be shown, each to be read on demand.
-void code_writer::put_titles() {
+/// The positions of the line that lie in its text.
+std::span<const block_list_node> code_writer::counted_positions() {
+    const std::vector<block_list_node>& all = analysis_.positions.positions();
+    while (next_position_ < all.size() && all[next_position_].line < line_)
+        ++next_position_;
+    const std::size_t first = next_position_;
+    const std::size_t columns = line_end_ - line_begin_ + (line_end_ < analysis_.text.size() ? 1 : 0);
+    std::size_t last = first;
+    while (last < all.size() && all[last].line == line_ && all[last].column <= columns)
+        ++last;
+    return {all.data() + first, last - first};
+}
+
+/// The counts of the blocks that begin on the line: the largest to be shown, each to be read on demand. What
+/// closes a function is no block.
+void code_writer::put_counts() {
     std::uint64_t largest = 0;
     std::size_t counted = 0;
-    for (const line_stretch& stretch : lines_.walk().stretches()) {
-        if (!stretch.position || stretch.position->bAdjusted())
-            continue;
-        ++counted;
-        if (stretch.position->count != NEVER_ENTERED)
-            largest = std::max(largest, stretch.position->count);
+    const std::span<const block_list_node> positions = counted_positions();
+    for (const block_list_node& position : positions) {
+        counted += position.bAdjusted() ? 0 : 1;
+        if (!position.bAdjusted() && position.count != NEVER_ENTERED)
+            largest = std::max(largest, position.count);
     }
     if (counted == 0)
         return;
@@ -192,14 +219,12 @@ void code_writer::put_titles() {
     put_short_count(out_, largest);
     out_.put(" title=\"");
     std::size_t listed = 0;
-    for (const line_stretch& stretch : lines_.walk().stretches()) {
-        if (listed == kMostTitles)
-            break;
-        if (!stretch.position || stretch.position->bAdjusted())
+    for (auto position = positions.begin(); position != positions.end() && listed < kMostTitles; ++position) {
+        if (position->bAdjusted())
             continue;
         if (listed++ != 0)
             out_.put('\n');
-        put_title(out_, *stretch.position);
+        put_title(out_, *position);
     }
     if (counted > listed) {
         out_.put("\nand ");
@@ -209,51 +234,72 @@ void code_writer::put_titles() {
     out_.put('"');
 }
 
+/// The gravest mark of the line.
+mark code_writer::line_mark() {
+    const std::vector<code_survey::run>& runs = survey_.runs;
+    while (next_run_ < runs.size() && runs[next_run_].last < line_)
+        ++next_run_;
+    return next_run_ < runs.size() && runs[next_run_].first <= line_ ? runs[next_run_].kind : mark::none;
+}
+
 void code_writer::write_anchor() {
     char digits[16];
-    const char* const end = std::to_chars(digits, digits + sizeof digits, lines_.line().number).ptr;
+    const char* const end = std::to_chars(digits, digits + sizeof digits, line_).ptr;
     const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+    const mark gravest = line_mark();
     out_.put("<a id=");
     out_.put(number);
     out_.put(" href=#");
     out_.put(number);
     out_.put(" tabindex=-1");
-    out_.put(line_class(lines_.gravest()));
-    if (!lines_.line().disabled)
-        put_titles();
+    if (gravest != mark::none)
+        out_.put(line_class(gravest));
+    if (gravest != mark::infeasible)
+        put_counts();
     out_.put('>');
     out_.put(number);
     out_.put("</a>");
 }
 
 void code_writer::write_line() {
-    const source_line& line = lines_.line();
-    const std::span<const marked_piece> pieces = lines_.pieces();
-    if (pieces[0].kind != open_mark_ || pieces[0].begins_place)
+    const std::vector<mark_change>& changes = survey_.changes;
+    const auto changes_before = [&](std::size_t offset) {
+        return next_change_ < changes.size() && changes[next_change_].offset < offset;
+    };
+    const bool has_newline = line_end_ < analysis_.text.size();
+    // The number of the line belongs to no mark that ends or begins with it.
+    if (changes_before(line_begin_ + 1))
         close_mark();
     write_anchor();
-    for (std::size_t i = 0; i < pieces.size(); ++i) {
-        begin_mark(pieces[i]);
-        const std::size_t end = i + 1 < pieces.size() ? pieces[i + 1].offset : line.text.size();
-        write_piece(line_start_ + pieces[i].offset, line_start_ + end);
+    for (std::size_t at = line_begin_;;) {
+        while (changes_before(at + 1))
+            change_mark(changes[next_change_++]);
+        const std::size_t end = changes_before(line_end_ + 1) ? changes[next_change_].offset : line_end_;
+        if (end > at) {
+            open_mark();
+            write_piece(at, end);
+        }
+        at = end;
+        if (!changes_before(line_end_ + 1))
+            break;
     }
-    if (line.has_newline)
+    if (has_newline)
         out_.put('\n');
-    line_start_ += line.text.size() + 1;
 }
 
 void code_writer::write() {
-    const std::uint32_t last = count_lines(analysis_.text);
-    while (lines_.next()) {
-        const std::uint32_t number = lines_.line().number;
-        if (number % kChunk == 1)
+    const std::string_view text = analysis_.text;
+    for (; line_begin_ < text.size(); line_begin_ = line_end_ + 1) {
+        ++line_;
+        line_end_ = std::min(text.find('\n', line_begin_), text.size());
+        if (line_ % kChunk == 1)
             // The height of a chunk is known only when it is full.
-            out_.put(last - number + 1 > kChunk ? "<div>" : "<div class=z>");
+            out_.put(survey_.lines - line_ + 1 > kChunk ? "<div>" : "<div class=z>");
         write_line();
-        if (number % kChunk == 0 || number == last) {
+        if (line_ % kChunk == 0 || line_ == survey_.lines) {
             close_mark();
             // Without it the last newline is no part of a selection.
-            if (number == last && lines_.line().has_newline)
+            if (line_ == survey_.lines && line_end_ < text.size())
                 out_.put("<br>");
             out_.put("</div>");
         }

@@ -16,14 +16,21 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What a page says about its code before it shows it.
+/// From here on a mark is in force.
+struct mark_change {
+    std::size_t offset; ///< in the text
+    mark kind;
+    bool begins_place; ///< an uncovered place begins here
+};
+
+/// Where the marks of a source are, which its page says before it shows the code.
 struct code_survey {
     std::uint32_t lines = 0;
     std::uint32_t places = 0;           ///< uncovered ones
-    std::uint32_t partial_lines = 0;    ///< lines with a mark of that kind as their gravest
     std::uint32_t infeasible_lines = 0; ///< lines that markers take out
+    std::vector<mark_change> changes;   ///< ascending
 
-    /// Lines with a mark, joined where they follow each other in one kind.
+    /// Lines with a mark, by the gravest on each, joined where they follow each other in one kind.
     struct run {
         std::uint32_t first;
         std::uint32_t last;
@@ -39,8 +46,8 @@ void put_short_count(text_buffer& out, std::uint64_t count);
 
 class code_writer {
   public:
-    /// `places`: of the survey. The analysis must outlive this.
-    code_writer(text_buffer& out, const source_analysis& analysis, std::uint32_t places);
+    /// `survey`: of the analysis. Both must outlive this.
+    code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey);
 
     /// Writes all lines.
     void write();
@@ -48,24 +55,34 @@ class code_writer {
   private:
     void write_line();
     void write_anchor();
-    void put_titles();
+    mark line_mark();
+    void put_counts();
+    std::span<const block_list_node> counted_positions();
     void write_piece(std::size_t from, std::size_t to);
-    void begin_mark(const marked_piece& piece);
+    void change_mark(const mark_change& change);
     void write_place_links();
     void set_syntax(syntax_kind kind);
     void close_mark();
+    void open_mark();
     bool may_colour() const;
 
     text_buffer& out_;
     const source_analysis& analysis_;
-    marked_lines lines_;
+    const code_survey& survey_;
     syntax_reader syntax_;
     syntax_token token_;
     bool has_syntax_;
-    std::uint32_t places_;
+
+    std::uint32_t line_ = 0;     ///< number of the line at hand
+    std::size_t line_begin_ = 0; ///< its offsets in the text: the second is that of its newline
+    std::size_t line_end_ = 0;
+    std::size_t next_change_ = 0; ///< of the survey
+    std::size_t next_run_ = 0;
+    std::size_t next_position_ = 0;
+
     std::uint32_t place_ = 0;                     ///< number of the last place that began
-    mark open_mark_ = mark::none;                 ///< element that is open
+    mark in_force_ = mark::none;                  ///< mark of the text at hand
+    mark open_mark_ = mark::none;                 ///< mark whose element is open
     syntax_kind open_syntax_ = syntax_kind::none; ///< and the one within
-    std::size_t line_start_ = 0;                  ///< offset of the line at hand
     std::size_t syntax_bytes_ = 0;                ///< markup of the language's colours so far
 };

@@ -187,6 +187,8 @@ std::string html_name(std::string_view name, std::size_t limit, name_cut cut) {
 }
 
 void put_grouped(text_buffer& out, std::uint64_t value) {
+    if (value < 1000)
+        return out.put_number(value);
     char number[kNumberTextSize];
     u64_to_ascii(number, value);
     out.put(number);

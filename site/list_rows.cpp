@@ -48,7 +48,7 @@ void put_file_row(text_buffer& out, const site_file_entry& file, std::string_vie
 
 void put_directory_row(text_buffer& out, const site_directory& directory, std::string_view within,
                        std::string_view up) {
-    begin_row(out, directory.files.covered == directory.files.total ? "" : "u");
+    begin_row(out, directory.complete() ? "" : "u");
     put_link(out, up, directory_page_name(directory.path),
              html_name(name_within(directory.path, within), kLongestPath, name_cut::front) + "/");
     put_figures(out, directory.figures);

@@ -15,7 +15,7 @@ struct embedded_file {
 
 // Written by CMakeLists.txt: one entry for each file.
 static const embedded_file files[] = {
-#include "site_files.inc"
+#include <site_files.inc>
 };
 
 std::string_view site_file(std::string_view name) {

@@ -24,6 +24,7 @@ site_file_entry& site_model::add_file(const file_coverage& file) {
         pages.insert(entry.page);
     }
     entry.figures = file.figures;
+    entry.covered = file.analysis.figures.status == file_status::covered;
     entry.first_function = static_cast<std::uint32_t>(functions.size());
     entry.functions = static_cast<std::uint32_t>(file.analysis.functions.size());
     const auto index = static_cast<std::uint32_t>(files.size());
@@ -109,7 +110,7 @@ class tree_builder {
 static void add_file_to(site_directory& directory, const site_file_entry& file) {
     directory.figures.add(file.figures);
     ++directory.files.total;
-    directory.files.covered += file.complete() ? 1 : 0;
+    directory.files.covered += file.covered ? 1 : 0;
 }
 
 void site_model::find_directories() {

@@ -20,6 +20,7 @@ struct site_file_entry {
     std::uint32_t infeasible_lines; ///< lines that markers take out
     std::uint32_t first_function;   ///< index of its first function, and their number
     std::uint32_t functions;
+    bool covered;                ///< as the report counts files
     std::uint32_t directory = 0; ///< index of the directory that it is in
 
     std::int64_t uncovered() const { return figures.blocks.total - figures.blocks.covered; }
@@ -48,6 +49,7 @@ struct site_directory {
     std::vector<std::uint32_t> own_files;   ///< by name
 
     std::int64_t uncovered() const { return figures.blocks.total - figures.blocks.covered; }
+    bool complete() const { return uncovered() == 0 && figures.functions.total == figures.functions.covered; }
 };
 
 struct site_model {

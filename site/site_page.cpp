@@ -4,8 +4,11 @@
 #include "common/output_file.h"
 #include "site/html_text.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 static std::FILE* open_site_file(const site_settings& settings, std::string_view name) {
@@ -37,7 +40,7 @@ void site_page::set_common(const site_settings& settings, std::string title) {
     set("site", settings.title);
     set("up", std::string(up_));
     set("covered", settings.differential ? "new" : "covered");
-    set("uncovered", settings.differential ? "not new" : "not covered");
+    set("uncovered", settings.differential ? "old" : "uncovered");
     values_.choice("own_style", settings.has_own_style);
     values_.choice("changes_link", settings.has_changes);
 }
@@ -48,13 +51,33 @@ void site_page::write(const page_template& form) {
     close_output(stream_);
 }
 
+constexpr std::int64_t kMostScaled = INT64_MAX / 20000;
+
+/// The hundredths of a percentage that printf shows.
+static std::int64_t printed_hundredths(const covered_count& count) {
+    char text[400];
+    std::snprintf(text, sizeof text, "%.2f",
+                  static_cast<double>(count.covered) * 100.0 / static_cast<double>(count.total));
+    char* const point = std::strchr(text, '.');
+    return std::strtoll(text, nullptr, 10) * 100 + std::strtoll(point + 1, nullptr, 10);
+}
+
 std::string percent_of(const covered_count& count) {
     if (count.total == 0)
         return "\xe2\x80\x93";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f",
-                  static_cast<double>(count.covered) * 100.0 / static_cast<double>(count.total));
-    return count.covered < count.total && std::strcmp(text, "100.00") == 0 ? "99.99" : text;
+    // As printf rounds it, which is asked only for a tie.
+    const std::int64_t scaled = count.covered * 10000;
+    const std::int64_t rest = scaled % count.total;
+    std::int64_t hundredths = scaled / count.total + (2 * rest > count.total ? 1 : 0);
+    if (2 * rest == count.total || count.covered < 0 || count.covered > kMostScaled)
+        hundredths = printed_hundredths(count);
+    if (count.covered < count.total)
+        hundredths = std::min<std::int64_t>(hundredths, 9999);
+    std::string text = std::to_string(hundredths / 100);
+    text += '.';
+    text += static_cast<char>('0' + hundredths / 10 % 10);
+    text += static_cast<char>('0' + hundredths % 10);
+    return text;
 }
 
 void put_bar(text_buffer& out, const covered_count& count) {

@@ -46,6 +46,6 @@ void source_page_writer::write(const file_coverage& file, const site_model& mode
     values.set("strip", [&] { put_strip(out, survey); });
     values.choice("has_infeasible", survey.infeasible_lines != 0);
     values.set("infeasible", [&] { put_count_of(out, survey.infeasible_lines, "infeasible line"); });
-    values.set("code", [&] { code_writer(out, analysis, survey.places).write(); });
+    values.set("code", [&] { code_writer(out, analysis, survey).write(); });
     page.write(form_);
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 static constexpr std::string_view c_endings[] = {"c",   "h", "cc", "hh",  "cpp", "hpp", "cxx", "hxx", "c++",
                                                  "h++", "C", "H",  "inl", "ipp", "tcc", "tpp", "ixx", "cppm"};
@@ -14,7 +15,9 @@ bool is_c_source(std::string_view name) {
            std::find(std::begin(c_endings), std::end(c_endings), name.substr(dot + 1)) != std::end(c_endings);
 }
 
-/// In ascending order.
+constexpr std::size_t kLongestKeyword = 16;
+
+/// In the order of their first letters.
 static constexpr std::string_view keywords[] = {"alignas",
                                                 "alignof",
                                                 "auto",
@@ -97,6 +100,10 @@ static constexpr std::string_view keywords[] = {"alignas",
                                                 "wchar_t",
                                                 "while"};
 
+static constexpr std::size_t letter_of(std::string_view word) {
+    return static_cast<std::size_t>(word[0] - 'a');
+}
+
 namespace {
 
 enum class byte_class : unsigned char { dull, word, lower, slash, quote };
@@ -104,7 +111,8 @@ enum class byte_class : unsigned char { dull, word, lower, slash, quote };
 /// Keywords are few: most words are told apart by their first letter and length.
 struct lexer_tables {
     std::array<byte_class, 256> classes = {};
-    std::array<std::array<bool, 17>, 26> lengths = {}; ///< by first letter
+    std::array<std::uint32_t, 26> lengths = {}; ///< by first letter: a bit for each length
+    std::array<std::uint8_t, 27> first = {};    ///< by first letter: index of its first keyword
 
     constexpr lexer_tables() {
         for (unsigned int c = 0; c < 256; ++c) {
@@ -114,8 +122,11 @@ struct lexer_tables {
         }
         classes['/'] = byte_class::slash;
         classes['"'] = classes['\''] = byte_class::quote;
-        for (const std::string_view word : keywords)
-            lengths[static_cast<std::size_t>(word[0] - 'a')][word.size()] = true;
+        for (const std::string_view word : keywords) {
+            lengths[letter_of(word)] |= 1U << word.size();
+            for (std::size_t i = letter_of(word) + 1; i < first.size(); ++i)
+                ++first[i];
+        }
     }
 };
 
@@ -128,9 +139,11 @@ static byte_class class_of(char c) {
 }
 
 static bool is_keyword(std::string_view word) {
-    if (word.size() > 16 || !tables.lengths[static_cast<std::size_t>(word[0] - 'a')][word.size()])
+    const std::size_t letter = letter_of(word);
+    if (word.size() > kLongestKeyword || (tables.lengths[letter] >> word.size() & 1) == 0)
         return false;
-    return std::find(std::begin(keywords), std::end(keywords), word) != std::end(keywords);
+    const auto* const end = keywords + tables.first[letter + 1];
+    return std::find(keywords + tables.first[letter], end, word) != end;
 }
 
 static std::size_t behind_word(std::string_view text, std::size_t at) {
