@@ -1,10 +1,12 @@
 #include "common/message.h"
 
 #include "common/fatal.h"
+#include "common/progress_line.h"
 
 #include <cstdio>
 
 void print_message(const char* kind, const char* format, std::va_list arguments) {
+    progress_line::wipe();
     std::fputs(kind, stderr);
     std::vfprintf(stderr, format, arguments);
     std::fputs("\n", stderr);

@@ -29,11 +29,15 @@ static std::string temporary_name(const std::string& target) {
 file_replacement::file_replacement(const std::vector<std::string>& targets) {
     static const int watching = std::atexit(remove_leftovers);
     static_cast<void>(watching);
-    for (const std::string& target : targets) {
-        const std::string name = temporary_name(target);
-        files_.push_back({target, name, name + "~"});
-    }
+    for (const std::string& target : targets)
+        add(target);
     unfinished.push_back(this);
+}
+
+std::size_t file_replacement::add(const std::string& target) {
+    const std::string name = temporary_name(target);
+    files_.push_back({target, name, name + "~"});
+    return files_.size() - 1;
 }
 
 file_replacement::~file_replacement() {

@@ -19,6 +19,9 @@ class file_replacement {
     file_replacement& operator=(const file_replacement&) = delete;
     ~file_replacement();
 
+    /// One more target, behind the others; gives its place. Not once one of them has its name.
+    std::size_t add(const std::string& target);
+
     /// False when a target is there and is not a regular file, as devices and directories must not be
     /// replaced, or cannot be examined.
     bool check_targets();

@@ -16,3 +16,10 @@ void import_warning(const char* format, ...) {
     print_message("WARNING: ", format, arguments);
     va_end(arguments);
 }
+
+void import_note(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    print_message("NOTE: ", format, arguments);
+    va_end(arguments);
+}

@@ -8,3 +8,6 @@
 
 /// Writes "WARNING: ", the text and a newline; the run goes on.
 void import_warning(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// Writes "NOTE: ", the text and a newline: nothing is wrong.
+void import_note(const char* format, ...) __attribute__((format(printf, 1, 2)));

@@ -17,7 +17,7 @@
 
 static void print_usage() {
     std::fputs("Usage: vexcov-import clang [options] [files]\n", stdout);
-    std::fputs("       vexcov-import gcc [-gcov PROGRAM] [-jobs N] [-all] [options] [inputs]\n", stdout);
+    std::fputs("       vexcov-import gcc [-gcov PROGRAM] [-jobs N] [options] [inputs]\n", stdout);
     std::fputs("       vexcov-import lcov [options] files\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("Turns the coverage data of other tools into a profile that vexcov reads. Several inputs\n",
@@ -53,13 +53,14 @@ static void print_usage() {
     std::fputs("   -dpi FILE\n", stdout);
     std::fputs("        Writes the dynamic profile to FILE. Default is pgopti.dpi\n", stdout);
     std::fputs("   -root DIR\n", stdout);
-    std::fputs("        Writes the names of source files below DIR relative to it, and with gcc leaves\n",
+    std::fputs("        Writes the names of source files below DIR relative to it, and leaves out all\n",
                stdout);
-    std::fputs("        out all others. All names stay as they were given by default.\n", stdout);
+    std::fputs("        others, such as system headers. All names stay as they were given by default.\n",
+               stdout);
     std::fputs("   -runs N\n", stdout);
     std::fputs("        Sets the number of runs that the counts stand for. Default is 1\n", stdout);
     std::fputs("   -all\n", stdout);
-    std::fputs("        Keeps the source files outside of -root, such as system headers.\n", stdout);
+    std::fputs("        Keeps the source files outside of -root.\n", stdout);
     std::fputs("   -gcov PROGRAM\n", stdout);
     std::fputs("        Runs PROGRAM. Default is the gcov of the compiler's version.\n", stdout);
     std::fputs("   -jobs N\n", stdout);
@@ -102,7 +103,6 @@ static void set_jobs(import_options* options, const char* value) {
 
 static void set_all(import_options* options, const char*) {
     options->all_sources = true;
-    options->gcc_option = "-all";
 }
 
 static void show_help(import_options*, const char*) {

@@ -14,6 +14,7 @@ struct import_options {
     std::string spi_file = "pgopti.spi"; ///< static profile to write
     std::string dpi_file = "pgopti.dpi"; ///< dynamic profile to write
     std::string root;                    ///< source names below it become relative; empty: none do
+    bool all_sources = false;            ///< source files outside the root are read, too
     std::uint32_t runs = 1;              ///< number of runs that the profile stands for, at least 1
     std::vector<std::string>
         inputs; ///< files and directories to read, merged in this order; none: what the format says
@@ -22,7 +23,6 @@ struct import_options {
     std::string gcov;                 ///< program to run; empty: the one of the compiler
     unsigned jobs = 0;                ///< runs of it at a time; 0: one for each processor
     const char* gcc_option = nullptr; ///< one of these options that was given
-    bool all_sources = false;         ///< source files outside the root are read, too
 };
 
 /// Reads the argument vector into `options`. -help and -version print to standard output and end the run with

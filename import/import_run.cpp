@@ -17,19 +17,22 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <set>
+#include <string>
 
 namespace {
 
 /// What has been read so far.
 struct collected {
+    explicit collected(const std::string& root) : left_out(root) {}
+
     record_store store;
-    std::set<std::string> unwritable;  ///< names that the static profile cannot hold
+    left_out_sources left_out;
     std::uint64_t empty = 0;           ///< functions without a counted region
     export_function function = {};     ///< the one being read; kept for its memory, as is the next
     main_file_function extracted = {}; ///< the one being added
-    std::string path; ///< of the last function's source file: the next one is often there, too
-    std::string file; ///< its name in the profile
+    std::string path;    ///< of the last function's source file: the next one is often there, too
+    std::string file;    ///< its name in the profile
+    bool wanted = false; ///< it belongs into the profile
 };
 
 } // namespace
@@ -40,19 +43,15 @@ static void collect_function(const export_function& function, const std::string&
         ++all->empty;
         return;
     }
-    const std::string_view name = without_local_prefix(function.name);
     if (all->path != extracted->file) {
         all->path = extracted->file;
         all->file = names.name_in_profile(all->path);
+        all->wanted = names.is_wanted(all->file);
+        if (!all->wanted)
+            all->left_out.add(all->file);
     }
-    const bool name_fits = can_be_written(name);
-    const bool file_fits = can_be_written(all->file);
-    if (!name_fits)
-        all->unwritable.insert("function \"" + printable(name) + "\"");
-    if (!file_fits)
-        all->unwritable.insert("source file \"" + printable(all->file) + "\"");
-    if (name_fits && file_fits)
-        all->store.add(all->file, name, *extracted);
+    if (all->wanted)
+        all->store.add(all->file, without_local_prefix(function.name), *extracted);
 }
 
 static void read_input(std::FILE* stream, const std::string& input, const source_names& names,
@@ -92,18 +91,6 @@ static void read_inputs(const import_options& options, const source_names& names
     read_clang_files(&clang_files, names, all);
 }
 
-static void check_names(const collected& all) {
-    if (all.unwritable.empty())
-        return;
-    std::string list;
-    for (const std::string& name : all.unwritable)
-        list += "\n   " + name;
-    import_error(
-        "names that are empty or have white space or control characters in them cannot be written to the "
-        "static profile:%s",
-        list.c_str());
-}
-
 static void print_warnings(const collected& all, const profile_data& data) {
     if (all.empty != 0)
         import_warning("%llu functions without code were left out",
@@ -119,17 +106,19 @@ static void print_warnings(const collected& all, const profile_data& data) {
 }
 
 static void run_clang_import(const import_options& options) {
-    const source_names names(options.root);
-    collected all;
+    const source_names names(options.root, options.all_sources);
+    collected all(options.root);
     read_inputs(options, names, &all);
-    check_names(all);
-    if (all.store.functions().empty())
+    if (all.store.functions().empty()) {
+        all.left_out.check_root();
         import_error("the input holds no functions");
+    }
     profile_data data = build_profile(&all.store, names);
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);
     write_pair(std::move(data.profile), options);
     print_warnings(all, data);
+    all.left_out.print();
 }
 
 void run_importer(int argc, char** argv) {

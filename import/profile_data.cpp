@@ -1,5 +1,6 @@
 #include "import/profile_data.h"
 
+#include "import/record_order.h"
 #include "import/region_blocks.h"
 
 #include <algorithm>
@@ -191,15 +192,6 @@ void file_builder::build() {
 
 } // namespace
 
-/// An apostrophe in a file name can make the keys of two files interleave.
-static void sort_by_whole_key(PGOPTI_PROFILE* profile) {
-    const auto key = [profile](const PGOPTI_ROUTINE& routine) {
-        return profile->files[routine.file] + "'" + routine.name + "'";
-    };
-    std::stable_sort(profile->routines.begin(), profile->routines.end(),
-                     [&](const PGOPTI_ROUTINE& a, const PGOPTI_ROUTINE& b) { return key(a) < key(b); });
-}
-
 profile_data build_profile(record_store* store, const source_names& names) {
     profile_data data;
     PGOPTI_PROFILE& profile = data.profile;
@@ -210,8 +202,8 @@ profile_data build_profile(record_store* store, const source_names& names) {
         file_builder(store, names, file, by_file[file], &data).build();
         apostrophe = apostrophe || profile.files[file].find('\'') != std::string::npos;
     }
-    if (apostrophe)
-        sort_by_whole_key(&profile);
+    if (apostrophe) // in a file name; it can make the keys of two files interleave
+        sort_records(&profile);
     store->functions().clear();
     return data;
 }

@@ -1,6 +1,9 @@
 #include "import/source_names.h"
 
+#include "import/import_message.h"
+
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -13,14 +16,27 @@ static std::string as_prefix(const fs::path& path) {
     return text;
 }
 
-source_names::source_names(const std::string& root) {
+fs::path absolute_path(const std::string& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error);
+    if (error)
+        import_error("cannot tell where %s is: %s", printable(path).c_str(), error.message().c_str());
+    return absolute;
+}
+
+fs::path physical_path(const std::string& path) {
+    std::error_code error;
+    fs::path physical = fs::weakly_canonical(path, error);
+    if (error == std::errc::not_enough_memory)
+        throw std::bad_alloc();
+    return error ? absolute_path(path) : physical;
+}
+
+source_names::source_names(const std::string& root, bool all) : all_(all) {
     if (root.empty())
         return;
-    std::error_code error;
-    const fs::path absolute = fs::absolute(root, error);
-    root_ = as_prefix(error ? fs::path(root) : absolute);
-    const fs::path physical = fs::weakly_canonical(root_, error);
-    physical_root_ = error ? root_ : as_prefix(physical);
+    root_ = as_prefix(absolute_path(root));
+    physical_root_ = as_prefix(physical_path(root_));
 }
 
 std::string source_names::name_in_profile(const std::string& path) const {
@@ -32,6 +48,10 @@ std::string source_names::name_in_profile(const std::string& path) const {
             return normal.substr(prefix->size());
     }
     return path;
+}
+
+bool source_names::is_wanted(std::string_view name) const {
+    return root_.empty() || all_ || !name.starts_with('/');
 }
 
 std::string source_names::path_of(const std::string& name) const {
@@ -50,11 +70,16 @@ std::string_view without_local_prefix(std::string_view name) {
     return name;
 }
 
-bool can_be_written(std::string_view name) {
-    for (const char c : name) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        if (byte <= 0x20 || byte == 0x7f)
-            return false;
-    }
-    return !name.empty();
+void left_out_sources::check_root() const {
+    if (!names_.empty())
+        import_error(
+            "all source files lie outside of %s (-root names the directory of the sources; -all keeps "
+            "those outside)",
+            printable(root_).c_str());
+}
+
+void left_out_sources::print() const {
+    if (!names_.empty())
+        import_note("%zu source files outside of %s were left out (-all keeps them)", names_.size(),
+                    printable(root_).c_str());
 }

@@ -10,6 +10,10 @@
 #define VEXCOV_VERSION "1.0.0"
 #endif
 
+const char* companion_version() {
+    return VEXCOV_VERSION;
+}
+
 bool take_common_option(const companion& program, const char* argument) {
     std::string_view option = argument;
     if (option.starts_with("--"))
@@ -17,7 +21,7 @@ bool take_common_option(const companion& program, const char* argument) {
     if (option == "-help")
         program.print_usage();
     else if (option == "-version")
-        std::printf("%s " VEXCOV_VERSION "\n", program.name);
+        std::printf("%s %s\n", program.name, companion_version());
     else
         return false;
     pgt_Exit(0);

@@ -25,6 +25,7 @@ struct coverage_options {
     std::string project; ///< name of the project; empty for none
     std::string root;    ///< directory that names are relative to; empty: the working directory
     bool no_partial = false;
+    bool also_whole = false; ///< no option: in differential mode every file comes without the reference, too
 };
 
 /// Number of the rows below.

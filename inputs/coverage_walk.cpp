@@ -55,7 +55,7 @@ bool coverage_walk::analyse(COMP* first, source_analysis* analysis) {
                          run_sources());
     if (!pgopti_Check_Runs(*profile_))
         pgt_Exit(1);
-    const analysis_inputs inputs = {
+    analysis_inputs inputs = {
         .profile = {profile_.get(), options_.dpi_file.c_str()},
         .reference = {reference_.get(), options_.reference.c_str()},
         .routines = first,
@@ -63,9 +63,12 @@ bool coverage_walk::analyse(COMP* first, source_analysis* analysis) {
         .lines = count_lines(text) + 1,
         .disabled = markers.all_disabled_lines(),
     };
-    *analysis =
-        analyse_file(inputs, {.no_partial = options_.no_partial, .counts = count_precision::exact}, nullptr);
-    if (analysis->out_of_memory)
+    const analysis_options how = {.no_partial = options_.no_partial, .counts = count_precision::exact};
+    *analysis = analyse_file(inputs, how, nullptr);
+    inputs.reference.file = nullptr;
+    if (wants_whole())
+        whole_ = analyse_file(inputs, how, nullptr);
+    if (analysis->out_of_memory || whole_.out_of_memory)
         throw std::bad_alloc(); // infeasible
     return true;
 }
@@ -74,7 +77,7 @@ bool coverage_walk::analyse(COMP* first, source_analysis* analysis) {
 void coverage_walk::visit(const source_analysis& analysis,
                           const std::function<void(const file_coverage&)>& sink) {
     collect_lines(analysis, lines_);
-    file_coverage file = {analysis, {}, false, lines_, {}};
+    file_coverage file = {analysis, {}, false, lines_, {}, wants_whole() ? &whole_ : nullptr};
     file.below_root = names_.resolve(analysis.path, &file.name);
     const source_figures& figures = analysis.figures;
     file.figures.functions = {figures.functions, figures.functions_covered};

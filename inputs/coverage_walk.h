@@ -46,6 +46,7 @@ struct file_coverage {
     bool below_root;                      ///< it lies below the root
     std::span<const line_coverage> lines; ///< those that hold code, ascending
     coverage_figures figures;
+    const source_analysis* whole; ///< the file without the reference; null unless coverage_options ask for it
 };
 
 /// All files. A file whose source is not there is in no figure, as in the report.
@@ -77,6 +78,7 @@ class coverage_walk {
     };
 
     bool analyse(COMP* first, source_analysis* analysis);
+    bool wants_whole() const { return options_.also_whole && reference_; }
     void visit(const source_analysis& analysis, const std::function<void(const file_coverage&)>& sink);
 
     const coverage_options& options_;
@@ -86,4 +88,5 @@ class coverage_walk {
     module_list modules_;
     coverage_totals totals_;
     std::vector<line_coverage> lines_; ///< of the file at hand; kept for its memory
+    source_analysis whole_;            ///< of the file at hand; where it is wanted
 };

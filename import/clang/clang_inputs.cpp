@@ -1,5 +1,6 @@
 #include "import/clang/clang_inputs.h"
 
+#include "common/progress_line.h"
 #include "import/clang/file_kind.h"
 #include "import/clang/join_reader.h"
 #include "import/import_message.h"
@@ -99,12 +100,16 @@ void clang_inputs::read(
             "no profile given: name the .profraw files that the program's runs wrote, or the .profdata "
             "file that was made of them");
     join_reader reader;
-    for (const std::string& profile : profiles_)
+    for (progress_line progress("profiles read", profiles_.size()); const std::string& profile : profiles_) {
         reader.read_profile(profile);
+        progress.step();
+    }
     if (programs_.empty())
         reader.find_programs(files_below("."));
-    for (const program& each : programs_)
+    for (progress_line progress("programs read", programs_.size()); const program& each : programs_) {
         reader.read_program(each.path, each.named);
+        progress.step();
+    }
     reader.check_programs();
     for (const std::string& profile : profiles_) {
         if (reader.join().lacks_names())

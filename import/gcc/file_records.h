@@ -24,9 +24,3 @@ struct placed_function {
 /// count of each last block: that of the entry when every other block was executed, else 0, as vexcov credits
 /// each called function with one block more.
 void add_file_records(std::uint32_t file, std::vector<placed_function> functions, PGOPTI_PROFILE* profile);
-
-/// Puts all records into the order that the profile needs.
-void sort_records(PGOPTI_PROFILE* profile);
-
-/// Ends the run with a message when the static profile cannot hold the name of some file or function.
-void check_record_names(const PGOPTI_PROFILE& profile);

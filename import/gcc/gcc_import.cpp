@@ -6,12 +6,16 @@
 #include "import/gcc/json_input.h"
 #include "import/gcc/line_profile.h"
 #include "import/gcc/line_store.h"
+#include "import/gcc/notes_sources.h"
 #include "import/gcc/object_search.h"
 #include "import/gcc/source_selection.h"
 #include "import/import_message.h"
 #include "import/write_pair.h"
 
 #include <algorithm>
+#include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 constexpr std::size_t kNamesShown = 20; ///< of one warning; the rest is counted
@@ -67,8 +71,19 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             number(made.misplaced));
 }
 
+/// Takes note of the sources that gcov is told to pass over. Most objects name the same ones.
+static void note_left_out(const std::vector<gcc_object>& objects, source_selection* sources) {
+    std::unordered_set<std::string> seen;
+    for (const gcc_object& object : objects) {
+        find_sources(object.notes, [&](std::string_view source) {
+            if (seen.emplace(source).second)
+                sources->name_of("", source);
+        });
+    }
+}
+
 /// Reads every input into the store. False when some object could not be read, which has been said.
-static bool read_inputs(const import_options& options, const std::string& prefix, line_store* store) {
+static bool read_inputs(const import_options& options, source_selection* sources, line_store* store) {
     const auto add = [store](const gcov_document& document) { store->add(document); };
     object_search search;
     if (options.inputs.empty())
@@ -82,22 +97,27 @@ static bool read_inputs(const import_options& options, const std::string& prefix
     const object_list list = search.pair();
     gcov_programs programs(options.gcov);
     const unsigned jobs = options.jobs == 0 ? default_jobs() : options.jobs;
+    const std::string prefix = sources->prefix();
+    if (!prefix.empty())
+        note_left_out(list.objects, sources);
     return warn_of_objects(list, run_gcov(list.objects, &programs, jobs, prefix, add));
 }
 
 void run_gcc_import(const import_options& options) {
     source_selection sources(options.root, options.all_sources);
     line_store store(&sources);
-    const bool complete = read_inputs(options, sources.prefix(), &store);
-    if (store.functions().empty())
+    const bool complete = read_inputs(options, &sources, &store);
+    if (store.functions().empty()) {
+        sources.left_out().check_root();
         import_error("the input holds no functions");
+    }
     const std::uint64_t clamped = store.clamped();
     line_profile made = build_line_profile(&store, sources.names());
-    check_record_names(made.profile);
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);
     write_pair(std::move(made.profile), options);
     warn_of_figures(made, clamped);
+    sources.left_out().print();
     if (!complete)
         pgt_Incomplete();
 }

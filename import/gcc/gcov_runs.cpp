@@ -1,5 +1,6 @@
 #include "import/gcc/gcov_runs.h"
 
+#include "common/progress_line.h"
 #include "import/gcc/child_process.h"
 #include "import/gcc/gcov_json.h"
 #include "import/gcc/object_links.h"
@@ -40,7 +41,8 @@ class job_list {
     job_list(const std::vector<gcc_object>& objects, gcov_programs* programs, unsigned jobs,
              const std::string& prefix, const std::function<void(const gcov_document&)>& on_document,
              std::chrono::seconds patience)
-        : objects_(objects), programs_(*programs), patience_(patience) {
+        : objects_(objects), programs_(*programs), patience_(patience),
+          progress_("objects read", objects.size()) {
         if (!prefix.empty())
             arguments_.insert(arguments_.end(), {"--relative-only", "--source-prefix", prefix});
         arguments_.emplace_back(); // the object
@@ -66,6 +68,7 @@ class job_list {
     std::size_t next_ = 0;    ///< object to start
     std::size_t running_ = 0; ///< jobs that have one
     object_links links_;
+    progress_line progress_;
     gcov_troubles troubles_;
 };
 
@@ -103,6 +106,7 @@ void job_list::end(job* running) {
     const gcc_object& object = *running->object;
     running->object = nullptr;
     --running_;
+    progress_.step();
     links_.release(running->number);
     std::string reason;
     if (running->silent)

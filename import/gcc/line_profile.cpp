@@ -2,6 +2,7 @@
 
 #include "import/gcc/line_blocks.h"
 #include "import/gcc/stretches.h"
+#include "import/record_order.h"
 
 #include <algorithm>
 #include <numeric>

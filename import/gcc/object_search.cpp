@@ -1,6 +1,7 @@
 #include "import/gcc/object_search.h"
 
 #include "import/import_message.h"
+#include "import/source_names.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,9 +18,7 @@ constexpr std::string_view kNotes = ".gcno";
 constexpr std::string_view kCounters = ".gcda";
 
 static std::string absolute_name(const fs::path& path) {
-    std::error_code error;
-    const fs::path whole = fs::absolute(path, error);
-    return (error ? path : whole).lexically_normal().string();
+    return absolute_path(path.string()).lexically_normal().string();
 }
 
 std::string shown_path(const std::string& path) {

@@ -10,32 +10,30 @@ static bool is_there(const fs::path& path) {
     return fs::exists(path, error);
 }
 
-std::optional<std::string> source_selection::find_name(std::string_view directory,
-                                                       std::string_view file) const {
+std::optional<std::string> source_selection::find_name(std::string_view directory, std::string_view file) {
     fs::path path = file;
     if (path.is_relative() && !directory.empty()) {
         path = (fs::path(directory) / file).lexically_normal();
         if (!root_.empty() && !is_there(path)) {
-            std::error_code error;
-            const fs::path below_root = (fs::absolute(root_, error) / file).lexically_normal();
-            if (!error && is_there(below_root))
+            const fs::path below_root = (absolute_path(root_) / file).lexically_normal();
+            if (is_there(below_root))
                 path = below_root;
         }
     }
     const std::string name = names_.name_in_profile(path.lexically_normal().string());
-    if (!root_.empty() && !all_ && name.starts_with('/'))
-        return std::nullopt;
-    return name;
+    if (names_.is_wanted(name))
+        return name;
+    left_out_.add(name);
+    return std::nullopt;
 }
 
 /// A root that symbolic links lead to has a second name.
 std::string source_selection::prefix() const {
-    std::error_code error;
-    if (root_.empty() || all_)
+    if (root_.empty() || all_ || !is_there(root_))
         return "";
-    const fs::path physical = fs::canonical(root_, error);
-    const std::string lexical = (fs::absolute(root_, error) / "").lexically_normal().string();
-    return !error && lexical == (physical / "").string() && lexical.size() > 1 ? physical.string() : "";
+    const fs::path physical = physical_path(root_);
+    const std::string lexical = (absolute_path(root_) / "").lexically_normal().string();
+    return lexical == (physical / "").string() && lexical.size() > 1 ? physical.string() : "";
 }
 
 const std::optional<std::string>& source_selection::name_of(std::string_view directory,

@@ -12,7 +12,8 @@ class source_selection {
   public:
     /// `root`: the directory below which the program's own sources lie; empty for none. With a root, files
     /// elsewhere, such as the headers of the system, are left out unless `all` is set.
-    source_selection(const std::string& root, bool all) : names_(root), root_(root), all_(all) {}
+    source_selection(const std::string& root, bool all)
+        : names_(root, all), left_out_(root), root_(root), all_(all) {}
 
     /// The name in the profile of `file`, which was compiled in `directory`; nothing when it is left out.
     /// A relative name is taken from that directory or, where there is no such file, from the root: compilers
@@ -25,10 +26,14 @@ class source_selection {
 
     const source_names& names() const { return names_; }
 
+    /// What was left out; of files that gcov is not to look at others tell.
+    left_out_sources& left_out() { return left_out_; }
+
   private:
-    std::optional<std::string> find_name(std::string_view directory, std::string_view file) const;
+    std::optional<std::string> find_name(std::string_view directory, std::string_view file);
 
     source_names names_;
+    left_out_sources left_out_;
     std::string root_;
     bool all_;
     std::string pair_; ///< directory and file asked for

@@ -1,6 +1,7 @@
 #include "import/lcov/lcov_import.h"
 
 #include "common/fatal.h"
+#include "common/progress_line.h"
 #include "import/gcc/compressed_input.h"
 #include "import/gcc/file_records.h"
 #include "import/import_message.h"
@@ -48,17 +49,23 @@ static void print_warnings(const trace_oddities& oddities, const trace_profile& 
 void run_lcov_import(const import_options& options) {
     if (options.inputs.empty())
         import_error("no trace file given: vexcov-import lcov [options] files (see vexcov-import -help)");
-    const source_names names(options.root);
-    trace_store store(names);
+    const source_names names(options.root, options.all_sources);
+    left_out_sources left_out(options.root);
+    trace_store store(names, &left_out);
     trace_oddities oddities;
-    for (const std::string& input : options.inputs)
+    for (progress_line progress("traces read", options.inputs.size());
+         const std::string& input : options.inputs) {
         read_trace(input, &store, &oddities);
+        progress.step();
+    }
     trace_profile made = build_trace_profile(&store, names);
-    if (made.profile.routines.empty())
+    if (made.profile.routines.empty()) {
+        left_out.check_root();
         import_error("the input holds no lines and no functions");
-    check_record_names(made.profile);
+    }
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);
     write_pair(std::move(made.profile), options);
     print_warnings(oddities, made);
+    left_out.print();
 }

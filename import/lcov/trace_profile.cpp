@@ -4,6 +4,7 @@
 #include "import/gcc/file_records.h"
 #include "import/gcc/source_lines.h"
 #include "import/gcc/stretches.h"
+#include "import/record_order.h"
 
 #include <algorithm>
 #include <numeric>
@@ -142,21 +143,12 @@ void line_distribution::add_outside(std::vector<trace_line> outside, std::vector
 
 } // namespace
 
-/// The static profile can hold no blanks, and some languages have them in names.
-static std::string writable_name(std::string name) {
-    for (char& c : name) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        c = byte <= 0x20 || byte == 0x7f ? '_' : c;
-    }
-    return name.empty() ? "(anonymous)" : name;
-}
-
 /// The blocks of a function or of the file's routine; the last one stands behind the end of the last line.
 static placed_function place(const owned_lines& owned, const source_lines& source) {
     const trace_function* const function = owned.function;
     placed_function placed = {kFileRoutine, function ? function->line : 0, false, 0, {}};
     if (function) {
-        placed.name = writable_name(function->name);
+        placed.name = function->name;
         placed.called = function->entries != 0;
     }
     std::vector<profile_block> partial; // behind all others, as other runs may not have them

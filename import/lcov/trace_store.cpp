@@ -36,7 +36,10 @@ static void add_up(trace_function* function, const trace_function& other) {
 
 void trace_store::add(const trace_section& section) {
     const std::string path = std::filesystem::path(section.file).lexically_normal().string();
-    traced_file& file = files_[names_.name_in_profile(path)];
+    const std::string name = names_.name_in_profile(path);
+    if (!names_.is_wanted(name))
+        return left_out_.add(name);
+    traced_file& file = files_[name];
     collect_in_order(&file.lines, &file.new_lines, section.lines.begin(), section.lines.end());
     collect_in_order(&file.functions, &file.new_functions, section.functions.begin(),
                      section.functions.end());

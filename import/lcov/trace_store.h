@@ -20,8 +20,9 @@ struct traced_file {
 
 class trace_store {
   public:
-    /// `names` must outlive this.
-    explicit trace_store(const source_names& names) : names_(names) {}
+    /// `names` and `left_out`, which receives the source files outside of the root, must outlive this.
+    trace_store(const source_names& names, left_out_sources* left_out)
+        : names_(names), left_out_(*left_out) {}
 
     void add(const trace_section& section);
 
@@ -30,5 +31,6 @@ class trace_store {
 
   private:
     const source_names& names_;
+    left_out_sources& left_out_;
     std::map<std::string, traced_file> files_;
 };

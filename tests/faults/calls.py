@@ -8,7 +8,8 @@ import fault_run
 
 SHIM = os.path.join(fault_run.SCRATCH, "fail_allocation.so")
 # The k-th failing alone is overcome where memory is only wanted, not needed; a report must be whole then.
-ALLOCATING = ("html", "components", "markers", "reference", "exports", "import")
+ALLOCATING = ("html", "components", "markers", "reference", "exports", "check", "import", "clang", "gcov",
+              "documents", "traces")
 
 # System call and the errors it is made to fail with.
 READING = (
@@ -22,13 +23,19 @@ READING = (
 )
 REPORT = READING + (("mkdir", ("ENOSPC", "EACCES")),)
 IMPORT = READING + tuple((call, ("EIO",)) for call in ("fsync", "rename", "link", "unlink"))
+BINARY = tuple((call, ("EIO",)) for call in ("pread64", "fstat"))
+CHILDREN = (("pipe2", ("EMFILE", "ENFILE")), ("getdents64", ("EIO",)), ("poll", ("EINTR", "ENOMEM")),
+            ("clone3", ("EAGAIN", "ENOMEM")), ("wait4", ("EINTR",)))
+# A close that fails has closed all the same. One that is made to fail has not, and gcov's end of a pipe stays open.
+GCOV = tuple(call for call in IMPORT + CHILDREN if call[0] != "close")
 WRITING = (("write", ("ENOSPC",)),)
 CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("large", WRITING),
-           ("components", REPORT), ("reference", REPORT))
+           ("components", REPORT), ("reference", REPORT), ("clang", IMPORT + BINARY), ("gcov", GCOV),
+           ("traces", IMPORT), ("check", READING))
 
 
 def preloaded(box, **settings):
-    return box.run(environment={"LD_PRELOAD": SHIM, **settings})
+    return box.run(environment={"LD_PRELOAD": SHIM, "FAULT_PROGRAM": box.scenario.tool, **settings})
 
 
 def try_allocation(job):

@@ -1,9 +1,11 @@
-/* Preloaded: makes the allocations number FAULT_FIRST to FAULT_LAST fail. At the end the number of allocations made is
- * written to the file FAULT_COUNT. */
+/* Preloaded: makes the allocations number FAULT_FIRST to FAULT_LAST of the program FAULT_PROGRAM fail, not those of
+ * programs that it starts. At the end the number of allocations made is written to the file FAULT_COUNT. */
+#define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 extern void* __libc_malloc(size_t size);
 extern void* __libc_calloc(size_t count, size_t size);
@@ -14,6 +16,11 @@ static long made = 0;
 static long first = -1; /* -1: the environment was not looked at */
 static long last = 0;
 
+static int is_meant(void) {
+    const char* program = getenv("FAULT_PROGRAM");
+    return program && strcmp(program, program_invocation_short_name) == 0;
+}
+
 static long number(const char* name) {
     const char* text = getenv(name);
     return text ? atol(text) : 0;
@@ -21,8 +28,8 @@ static long number(const char* name) {
 
 static int fails(void) {
     if (first == -1) {
-        first = number("FAULT_FIRST");
-        last = number("FAULT_LAST");
+        first = is_meant() ? number("FAULT_FIRST") : 0;
+        last = is_meant() ? number("FAULT_LAST") : 0;
     }
     if (++made < first || made > last)
         return 0;
@@ -48,6 +55,6 @@ void* aligned_alloc(size_t alignment, size_t size) {
 
 __attribute__((destructor)) static void write_count(void) {
     const char* name = getenv("FAULT_COUNT");
-    if (name && dprintf(open(name, O_WRONLY | O_CREAT | O_TRUNC, 0600), "%ld\n", made) < 0)
+    if (name && is_meant() && dprintf(open(name, O_WRONLY | O_CREAT | O_TRUNC, 0600), "%ld\n", made) < 0)
         abort();
 }

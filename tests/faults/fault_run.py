@@ -9,6 +9,7 @@ A check is a generator: it yields a triple for each run, what was done, the outc
 and may yield a text, which is printed beside its figures."""
 
 import functools
+import gzip
 import hashlib
 import multiprocessing
 import os
@@ -20,6 +21,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import types
 from dataclasses import dataclass
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
@@ -40,7 +42,7 @@ ENVIRONMENT = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC"}
 @dataclass(frozen=True)
 class Scenario:
     name: str
-    source: str | dict  # directory that holds the inputs, or their texts by name
+    source: str | dict | types.FunctionType  # directory that holds the inputs, or their texts by name, or what makes these
     folder: str  # where in there the run takes place
     arguments: tuple
     tool: str = "vexcov"
@@ -90,6 +92,31 @@ def profile_of(functions):
         f"record 64\nfile {file}\nfunction {name}\nblocks 1:1=1\n" for file, name in functions))
 
 
+def chosen(name, *files):
+    """Some of the inputs of a golden case."""
+    return {file: read(os.path.join(CASES, name, "input", file)) for file in files}
+
+
+# Stands for gcov: writes the first document of a recorded run, or as much of it as GCOV_BYTES says, and ends as GCOV_END says.
+GCOV = b"""#!/bin/sh
+[ "$1" = --version ] && exec echo "gcov (GCC) 12.2.0"
+head -n 1 demo.json | head -c "${GCOV_BYTES:-1000000}"
+eval "${GCOV_END:-exit 0}"
+"""
+GCC = {**chosen("gcc-recorded", "demo.json", "demo.cpp", "other.cpp", "shape.h", "cases.inc", "squares.inc"),
+       "obj/demo.gcno": b"oncg*22B\1\2\3\4", "obj/demo.gcda": b"adcg*22B\1\2\3\4\0\0\0\0", "gcov": GCOV}
+
+
+def compiled_objects():
+    """What the compiler and a run leave of a program."""
+    with tempfile.TemporaryDirectory(dir=SCRATCH) as folder:
+        write(os.path.join(folder, "a.c"), b"int f(int n) {\n    return n ? 1 : 2;\n}\n"
+                                           b"int main(int n) {\n    while (n < 9)\n        n += f(n);\n    return 0;\n}\n")
+        subprocess.run(["gcc", "--coverage", "a.c", "-o", "a"], cwd=folder, check=True)
+        subprocess.run(["./a"], cwd=folder, check=True)
+        return {name: data for name, data in files_below(folder) if name != "a"}
+
+
 SCENARIOS = {
     s.name: s
     for s in (
@@ -105,7 +132,20 @@ SCENARIOS = {
         # A page that is written in several pieces.
         Scenario("large", {"a.c": b"int f; /* and a comment that makes it long */\n" * 6000,
                            "pgopti.spi": b"a.c - f 1 1 C\n", "pgopti.dpi": profile_of([("a.c", "f")])}, ".", ()),
+        Scenario("check", *case("check-diff", ".", "-diff", "change.diff", "-ref", "old.dpi", "-max-uncovered", "3"),
+                 "vexcov-check"),
         Scenario("import", *case("import-recorded", ".", "clang", "-root", ".", "flow.json"), "vexcov-import"),
+        Scenario("clang", chosen("import-clang-versions", "m.c", "h.h", "clang19/p", "clang19/1.profraw",
+                                 "clang19/2.profdata"), ".",
+                 ("clang", "clang19/p", "clang19/1.profraw", "clang19/2.profdata"), "vexcov-import"),
+        Scenario("archive", chosen("import-clang-programs", "library.a", "joined.profraw"), ".",
+                 ("clang", "library.a", "joined.profraw"), "vexcov-import"),
+        Scenario("gcov", GCC, ".", ("gcc", "-gcov", "./gcov", "-root", ".", "obj"), "vexcov-import"),
+        Scenario("documents", {**GCC, "demo.json.gz": gzip.compress(GCC["demo.json"], mtime=0)}, ".",
+                 ("gcc", "-root", ".", "demo.json", "demo.json.gz"), "vexcov-import"),
+        Scenario("objects", compiled_objects, ".", ("gcc", "-root", ".", "."), "vexcov-import"),
+        Scenario("traces", chosen("lcov-lines", "flow.c", "v1.info", "v2.info", "v1.info.gz"), ".",
+                 ("lcov", "v1.info", "v2.info", "v1.info.gz"), "vexcov-import"),
     )
 }
 
@@ -115,7 +155,7 @@ class Sandbox:
 
     def __init__(self, scenario):
         self.scenario = scenario
-        self.inputs = scenario.source if isinstance(scenario.source, dict) else self.gather(scenario.source)
+        self.inputs = self.gather(scenario.source)
         self.digests = {name: digest(data) for name, data in self.inputs.items()}
         self.expected = self.expected_output = None
         self.usual_lines = set()
@@ -128,8 +168,10 @@ class Sandbox:
         self.reset()
 
     def gather(self, source):
+        if callable(source):
+            source = source()
         inputs = {}
-        for name, data in files_below(source):
+        for name, data in source.items() if isinstance(source, dict) else files_below(source):
             if name.endswith(".dpitext"):
                 name, data = name[: -len("text")], compiled_profile(data)
             inputs[name] = data
@@ -145,13 +187,16 @@ class Sandbox:
         """Leaves nothing there but the inputs, some of them changed."""
         shutil.rmtree(self.root)
         for name, data in {**self.inputs, **dict(changed)}.items():
-            write(os.path.join(self.root, name), data)
+            path = os.path.join(self.root, name)
+            write(path, data)
+            if data.startswith(b"#!"):
+                os.chmod(path, 0o755)
 
     def prepare(self):
         """Makes the undisturbed run."""
         outcome = self.run()
         self.expected, self.expected_output = read_tree(self.root), outcome.output
-        if outcome.status != 0 or not self.sizes():
+        if outcome.status != 0 or not (self.sizes() or self.expected_output):
             sys.exit(f"{self.scenario.name}: the undisturbed run fails: {outcome}")
         self.usual_lines = set(outcome.lines())
         return self

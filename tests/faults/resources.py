@@ -9,7 +9,7 @@ import time
 
 import fault_run
 
-TRIO = ("html", "exports", "import")
+SEVERAL = ("html", "exports", "import", "clang", "gcov", "traces")
 
 
 def small_disks(quick):
@@ -20,7 +20,7 @@ def small_disks(quick):
     folder = os.path.join(fault_run.SCRATCH, "disk")
     os.makedirs(folder, exist_ok=True)
     page = resource.getpagesize()
-    for scenario in TRIO:
+    for scenario in SEVERAL:
         box = fault_run.sandbox(scenario)
         inputs = sum(-(-len(data) // page) for data in box.inputs.values())
         outputs = sum(-(-size // page) for size in box.sizes())
@@ -45,7 +45,7 @@ FULL_OUTPUTS = (
     ("import", "clang", "-dpi", "/dev/full", "flow.json"),
     ("import", "clang", "-spi", "/dev/full", "flow.json"),
 )
-TALKING = (("html",), ("exports",), ("exports", "-help"), ("import", "-help"), ("import", "-version"))
+TALKING = (("html",), ("exports",), ("check",), ("exports", "-help"), ("import", "-help"), ("import", "-version"))
 
 
 def full_exports(quick):
@@ -66,14 +66,14 @@ def lost_streams(quick):
                 box = fault_run.sandbox(scenario)
                 outcome = box.run(box.command(*arguments), **{stream: taker})
                 has_told = stream == "errors" or b"cannot write standard output" in outcome.errors
-                says_nothing = stream == "errors" and scenario == "import"
+                says_nothing = stream == "errors" and scenario in ("import", "check")
                 yield f"{scenario} {' '.join(arguments)} with {what}", outcome, (
                     outcome.problem(0 if says_nothing else 1) or (None if has_told else "no message"))
     os.close(unread)
 
 
 def file_size(quick):
-    for scenario in TRIO:
+    for scenario in SEVERAL:
         box = fault_run.sandbox(scenario)
         largest = max(len(box.expected_output), *box.sizes())
         for size in sorted({0, 1, 100, largest - 1, largest, *range(512, largest, 4096 if quick else 256)}):
@@ -89,7 +89,7 @@ def file_size(quick):
 def closed_streams(quick):
     """The run is as ever, and no file is opened in the place of a stream."""
     log = os.path.join(fault_run.SCRATCH, "opened")
-    for scenario in TRIO:
+    for scenario in SEVERAL:
         box = fault_run.sandbox(scenario)
         for closed in range(8):
             redirections = "".join(text for bit, text in ((1, " <&-"), (2, " >&-"), (4, " 2>&-")) if closed & bit)
@@ -119,7 +119,7 @@ def many_sources(count):
 
 
 def few_descriptors(quick):
-    for scenario in TRIO:
+    for scenario in SEVERAL:
         box = fault_run.sandbox(scenario)
         for count in range(4, 17):
             outcome = box.run(limits={resource.RLIMIT_NOFILE: count})
@@ -133,7 +133,7 @@ def few_descriptors(quick):
 
 def kill(quick):
     chance = random.Random(1)
-    for box in (many_sources(300), fault_run.sandbox("import")):
+    for box in (many_sources(300), *map(fault_run.sandbox, ("import", "clang", "gcov"))):
         length = min(box.run().seconds for _ in range(5))
         for i in range(6 if quick else 25):
             status = 0
@@ -159,7 +159,20 @@ def kill(quick):
             yield f"{box.scenario.name}, rerun after kill {i}", outcome, problem or box.judge(outcome, 0)
 
 
+def dying_gcov(quick):
+    """gcov writes a part of its document, of every length, and ends well, with a fault, or is killed."""
+    box = fault_run.sandbox("gcov")
+    whole = box.inputs["demo.json"].index(b"\n") + 1
+    for length in (*range(0, whole - 1, 997 if quick else 61), whole - 1, whole):
+        for end in ("exit 0", "exit 2", "kill -9 $$", "sleep 1 & kill -11 $$"):
+            outcome = box.run(environment={"GCOV_BYTES": str(length), "GCOV_END": end})
+            # A whole document is whole however gcov ends, but for a signal.
+            right = 0 if length >= whole - 1 and end.startswith("exit") else 1
+            yield f"gcov writes {length} bytes, {end}", outcome, box.judge(outcome, right)
+
+
 CHECKS = {
+    "gcov: ended at any length": dying_gcov,
     "disk: small file systems": small_disks,
     "disk: an export to /dev/full": full_exports,
     "disk: file size limit": file_size,

@@ -23,20 +23,22 @@ import surroundings
 CHECKS = {**damage.CHECKS, **calls.CHECKS, **resources.CHECKS, **locking.CHECKS, **surroundings.CHECKS}
 # The checks as the document tells of them, in its order.
 DISTURBANCES = {
-    "damage: mutations": "1 to 4 damages in a profile, static profile, list, source or JSON export: bits, bytes, words, "
-                         "pieces",
-    "damage: every truncation": "four profiles cut at every length",
+    "damage: mutations": "1 to 4 damages in a profile, static profile, list, source or any input of the importer: bits, "
+                         "bytes, words, pieces",
+    "damage: every truncation": "four profiles and eight inputs of the importer cut at every length",
     "damage: every field": "every field of a profile, both widths, set to 0, 1, ± 1, 2^31 - 1, 2^31, 2^32 - 1, the "
                            "file's size ± 1, ...",
-    "allocation: the k-th": "the k-th allocation fails, every k of six runs",
+    "allocation: the k-th": "the k-th allocation fails, every k of ten runs",
     "allocation: from the k-th on": "all allocations from the k-th on fail",
-    "system calls: the k-th": "the k-th `openat`, `newfstatat`, `read`, `lseek`, `write`, `close`, `fcntl`, `mkdir`, "
-                              "`fsync`, `rename`, `link` or `unlink` fails, every k of five runs (of `write`, of a "
-                              "sixth with a large page)",
+    "system calls: the k-th": "the k-th `openat`, `newfstatat`, `fstat`, `read`, `pread64`, `lseek`, `write`, `close`, "
+                              "`fcntl`, `mkdir`, `fsync`, `rename`, `link`, `unlink`, `pipe2`, `poll`, `clone3`, "
+                              "`wait4` or `getdents64` fails, every k of eight runs (of `write`, of a ninth with a "
+                              "large page)",
     "system calls: from the k-th on": "all such calls from the k-th on fail",
     "disk: small file systems": "a disk with room for 0 to 20 twentieths of the output",
     "disk: an export to /dev/full": "an export is `/dev/full`",
     "disk: file size limit": "a limit on the size of files",
+    "gcov: ended at any length": "gcov ends early, with any status or by a signal, after any part of its document",
     "streams: closed": "standard streams closed, all 8 combinations: no file takes their place",
     "streams: full, or no reader": "a standard stream is `/dev/full`, or nobody reads standard output",
     "descriptors: few": "4 to 16 descriptors; 16 with 4,000 sources",

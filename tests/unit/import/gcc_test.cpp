@@ -1,5 +1,6 @@
 #include "import/gcc/gcov_json.h"
 #include "import/gcc/gcov_runs.h"
+#include "import/gcc/notes_sources.h"
 #include "import/gcc/object_files.h"
 #include "tests/tools/product.h"
 #include "tests/tools/scratch.h"
@@ -42,6 +43,38 @@ TEST(GcovJson, NamesAndDocumentsInPieces) {
 
 TEST(GcovJson, DeepNestingIsAFault) {
     EXPECT_NE(read("{\"x\":" + std::string(1000000, '['), 4096).find("is not valid JSON"), std::string::npos);
+}
+
+/// A name in notes: its length in bytes or in words, then the name with zeros behind it.
+static std::string noted(const std::string& name, bool words) {
+    const std::size_t padded = words ? (name.size() + 4) / 4 * 4 : name.size() + 1;
+    const std::size_t length = words ? padded / 4 : padded;
+    std::string bytes = {static_cast<char>(length & 0xff), static_cast<char>(length >> 8), 0, 0};
+    bytes += name;
+    bytes.resize(4 + padded);
+    return bytes;
+}
+
+TEST(GccObjects, SourcesThatNotesName) {
+    const scratch_directory scratch;
+    const auto sources = [&scratch](const std::string& bytes) {
+        std::string result;
+        find_sources(scratch.put("x.gcno", bytes),
+                     [&result](std::string_view source) { result += std::string(source) + " "; });
+        return result;
+    };
+    const std::string deep = "/" + std::string(300, 'd') + "/e.h";
+    for (const bool words : {false, true}) {
+        const std::string head =
+            (words ? "oncg*39A\1\2\3\4"s : "oncg*22B\1\2\3\4\5\6\7\0"s) + noted("/build", words);
+        const std::string names = noted("_Z1/f", words) + noted("a.c", words) + noted("/usr/x.h", words) +
+                                  noted(deep, words) + noted("/usr/x.h", words);
+        EXPECT_EQ(sources(head + names), "/usr/x.h " + deep + " /usr/x.h ");
+        EXPECT_EQ(sources(head + names.substr(0, names.size() - 6)), "/usr/x.h " + deep + " ");
+    }
+    EXPECT_EQ(sources("oncg*22B\1\2\3\4" + std::string(100000, '/')), "");
+    EXPECT_EQ(sources("oncg"), "");
+    find_sources("absent.gcno", [](std::string_view) { FAIL(); });
 }
 
 TEST(GccObjects, HeadsOfBothByteOrders) {

@@ -1,0 +1,72 @@
+#include "check/outputs.h"
+#include "exchange/safe_text.h"
+
+#include <algorithm>
+#include <cstdio>
+
+constexpr std::size_t kMostCommands = 10; ///< of a kind, for each step; GitHub drops more silently
+
+namespace {
+
+struct uncovered_range {
+    const std::string* file;
+    line_range lines;
+};
+
+} // namespace
+
+/// "::KIND PROPERTIES::message"; the properties are escaped already.
+static void print_command(const char* kind, const std::string& properties, const std::string& message) {
+    std::printf("::%s %s::%s\n", kind, properties.c_str(), command_message(message).c_str());
+}
+
+static void print_errors(const std::vector<verdict>& verdicts) {
+    std::size_t failed = 0;
+    for (const verdict& one : verdicts)
+        if (!one.held && ++failed <= kMostCommands)
+            print_command("error", "title=Coverage is too low",
+                          one.subject + ": " + one.found + ", wanted: " + one.wanted);
+    if (failed > kMostCommands)
+        print_command("notice", "title=Coverage",
+                      std::to_string(failed - kMostCommands) + " more floors are not held; see the log");
+}
+
+/// Ranges of uncovered lines, the longest first.
+static std::vector<uncovered_range> ranges_of(const changed_coverage& changed) {
+    std::vector<uncovered_range> ranges;
+    for (const changed_file_coverage& file : changed.files)
+        for (const line_range& lines : file.uncovered)
+            ranges.push_back({&file.name, lines});
+    std::stable_sort(ranges.begin(), ranges.end(), [](const uncovered_range& a, const uncovered_range& b) {
+        return a.lines.last - a.lines.first > b.lines.last - b.lines.first;
+    });
+    return ranges;
+}
+
+static void print_warnings(const changed_coverage& changed) {
+    const std::vector<uncovered_range> ranges = ranges_of(changed);
+    std::int64_t left_out = 0;
+    for (std::size_t i = 0; i < ranges.size(); ++i) {
+        const line_range& lines = ranges[i].lines;
+        const std::string first = std::to_string(lines.first);
+        const std::string last = std::to_string(lines.last);
+        if (i >= kMostCommands)
+            left_out += std::int64_t{lines.last} - lines.first + 1;
+        else
+            print_command("warning",
+                          "file=" + command_property(*ranges[i].file) + ",line=" + first +
+                              ",endLine=" + last + ",title=Not covered",
+                          lines.first == lines.last ? "No test reaches line " + first
+                                                    : "No test reaches lines " + first + " to " + last);
+    }
+    if (left_out != 0)
+        print_command("notice", "title=Not covered",
+                      std::to_string(left_out) + " more uncovered changed lines; see the log");
+}
+
+void write_github(const check_result& result) {
+    write_text(result);
+    print_errors(verdicts_of(result));
+    if (result.changed)
+        print_warnings(*result.changed);
+}

@@ -1,0 +1,8 @@
+// vexcov-check: fails a build whose coverage is too low, or falls, or misses changed lines.
+#include "check/check_run.h"
+#include "common/fatal.h"
+
+int main(int argc, char** argv) {
+    secure_process();
+    return run_program(run_check, argc, argv);
+}

@@ -1,0 +1,8 @@
+// vexcov-export: writes coverage in the formats of other programs.
+#include "common/fatal.h"
+#include "exchange/exchange_run.h"
+
+int main(int argc, char** argv) {
+    secure_process();
+    return run_program(run_exchange, argc, argv);
+}

@@ -1,0 +1,2 @@
+int nothing; /* no function that counts */
+int none(void) { return nothing; } /* not here */
