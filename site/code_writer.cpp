@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <charconv>
 
-constexpr std::uint32_t kChunk = 100;   ///< lines; site.css knows their height
-constexpr std::size_t kMostTitles = 20; ///< positions of a line that are listed one by one
+constexpr std::uint32_t kChunk = 100;     ///< lines; site.css knows their height
+constexpr std::uint32_t kLinesAround = 3; ///< that an excerpt shows with a changed one
+constexpr std::size_t kMostTitles = 20;   ///< positions of a line that are listed one by one
 constexpr std::size_t kSyntaxShare =
     5; ///< of the source's bytes, colours of the language may add one in so many
 constexpr std::size_t kFreeSyntaxBytes = 200; ///< before that counts
@@ -57,8 +58,9 @@ void put_short_count(text_buffer& out, std::uint64_t count) {
     out.put(units[unit]);
 }
 
-code_writer::code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey)
-    : out_(out), analysis_(analysis), survey_(survey),
+code_writer::code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey,
+                         const changed_lines& changed)
+    : out_(out), analysis_(analysis), survey_(survey), changed_(changed),
       syntax_(analysis.text), token_{0, 0, syntax_kind::none}, has_syntax_(is_c_source(analysis.path)) {
     if (has_syntax_)
         token_ = syntax_.next();
@@ -78,20 +80,14 @@ static std::string_view mark_tag(mark kind) {
     }
 }
 
-/// The class of a line's number.
-static std::string_view line_class(mark kind) {
-    switch (kind) {
-    case mark::block:
-        return " class=u";
-    case mark::function:
-        return " class=f";
-    case mark::partial:
-        return " class=p";
-    case mark::infeasible:
-        return " class=x";
-    default:
-        return "";
-    }
+/// The class of a line's number, by its mark and whether a diff changes it.
+static std::string_view line_class(mark kind, bool changed) {
+    static constexpr std::string_view classes[][2] = {{"", " class=new"},
+                                                      {" class=p", " class=\"p new\""},
+                                                      {" class=u", " class=\"u new\""},
+                                                      {" class=f", " class=\"f new\""},
+                                                      {" class=x", " class=\"x new\""}};
+    return classes[static_cast<int>(kind)][changed ? 1 : 0];
 }
 
 /// Keeps the weight of the colours in bounds for sources that are nothing but keywords.
@@ -141,7 +137,7 @@ void code_writer::write_place_links() {
 
 void code_writer::change_mark(const mark_change& change) {
     close_mark();
-    if (change.begins_place)
+    if (change.begins_place && whole_.empty())
         write_place_links();
     in_force_ = change.kind;
 }
@@ -242,21 +238,36 @@ mark code_writer::line_mark() {
     return next_run_ < runs.size() && runs[next_run_].first <= line_ ? runs[next_run_].kind : mark::none;
 }
 
+/// True when a diff changes the line.
+bool code_writer::is_changed() {
+    while (next_changed_ < changed_.size() && changed_[next_changed_].last < line_)
+        ++next_changed_;
+    return next_changed_ < changed_.size() && changed_[next_changed_].first <= line_;
+}
+
 void code_writer::write_anchor() {
     char digits[16];
     const char* const end = std::to_chars(digits, digits + sizeof digits, line_).ptr;
     const std::string_view number(digits, static_cast<std::size_t>(end - digits));
     const mark gravest = line_mark();
-    out_.put("<a id=");
-    out_.put(number);
-    out_.put(" href=#");
-    out_.put(number);
+    const bool changed = is_changed();
+    if (whole_.empty()) {
+        out_.put("<a id=");
+        out_.put(number);
+        out_.put(" href=#");
+        out_.put(number);
+    } else {
+        out_.put("<a href=\"");
+        out_.put(whole_);
+        out_.put("#");
+        out_.put(number);
+        out_.put('"');
+    }
     out_.put(" tabindex=-1");
-    if (gravest != mark::none)
-        out_.put(line_class(gravest));
+    out_.put(line_class(gravest, changed));
     if (gravest != mark::infeasible)
         put_counts();
-    out_.put('>');
+    out_.put(changed ? ">+" : ">");
     out_.put(number);
     out_.put("</a>");
 }
@@ -287,11 +298,20 @@ void code_writer::write_line() {
         out_.put('\n');
 }
 
-void code_writer::write() {
+/// Goes on to the next line; false behind the last one.
+bool code_writer::next_line() {
     const std::string_view text = analysis_.text;
-    for (; line_begin_ < text.size(); line_begin_ = line_end_ + 1) {
-        ++line_;
-        line_end_ = std::min(text.find('\n', line_begin_), text.size());
+    if (line_ != 0)
+        line_begin_ = line_end_ + 1;
+    if (line_begin_ >= text.size())
+        return false;
+    ++line_;
+    line_end_ = std::min(text.find('\n', line_begin_), text.size());
+    return true;
+}
+
+void code_writer::write() {
+    while (next_line()) {
         if (line_ % kChunk == 1)
             // The height of a chunk is known only when it is full.
             out_.put(survey_.lines - line_ + 1 > kChunk ? "<div>" : "<div class=z>");
@@ -299,9 +319,45 @@ void code_writer::write() {
         if (line_ % kChunk == 0 || line_ == survey_.lines) {
             close_mark();
             // Without it the last newline is no part of a selection.
-            if (line_ == survey_.lines && line_end_ < text.size())
+            if (line_ == survey_.lines && line_end_ < analysis_.text.size())
                 out_.put("<br>");
             out_.put("</div>");
         }
     }
+}
+
+/// Takes the marks of a line into account that is not shown.
+void code_writer::skip_line() {
+    const std::vector<mark_change>& changes = survey_.changes;
+    for (; next_change_ < changes.size() && changes[next_change_].offset <= line_end_; ++next_change_)
+        in_force_ = changes[next_change_].kind;
+}
+
+/// True for changed lines and those around them.
+bool code_writer::is_near_change() const {
+    const std::size_t next = next_changed_; // the first that does not lie behind
+    return (next > 0 && line_ <= changed_[next - 1].last + kLinesAround) ||
+           (next < changed_.size() && changed_[next].first <= line_ + kLinesAround);
+}
+
+void code_writer::write_excerpts(std::string_view whole) {
+    whole_ = whole;
+    bool open = false;
+    while (next_line()) {
+        is_changed();
+        if (!is_near_change()) {
+            skip_line();
+            if (open)
+                out_.put("</div></pre>\n");
+            open = false;
+            continue;
+        }
+        if (!open)
+            out_.put("<pre class=code><div class=z>");
+        open = true;
+        write_line();
+        close_mark();
+    }
+    if (open)
+        out_.put("</div></pre>\n");
 }

@@ -3,18 +3,22 @@
 //   <div>                                                            a hundred lines, laid out when they show
 //   <a id=12 href=#12 tabindex=-1>12</a>code                         a line
 //   <a id=13 href=#13 tabindex=-1 class=u data-c=0 title="...">13</a>...  one with blocks that begin on it
+//   <a id=14 href=#14 tabindex=-1 class=new>+14</a>code              a line that a diff changes
 //   <a id=u2 href=#u1>prev</a><a href=#u3>next</a><u>code</u>        the second of three uncovered places
 //   <b>, <i>, <q>                                                    keyword, comment, string
 //
 // Line numbers and links are no part of what the reader selects (site.css), so that a copy is the source.
 #pragma once
 
+#include "changes/unified_diff.h"
 #include "common/text_buffer.h"
 #include "site/marked_lines.h"
 #include "site/syntax.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
+#include <vector>
 
 /// From here on a mark is in force.
 struct mark_change {
@@ -44,15 +48,27 @@ code_survey survey_code(const source_analysis& analysis);
 /// The number of executions in at most four characters: 999, 1.2k, 34M.
 void put_short_count(text_buffer& out, std::uint64_t count);
 
+/// Lines of a source that a change is about.
+using changed_lines = std::vector<line_range>;
+
 class code_writer {
   public:
-    /// `survey`: of the analysis. Both must outlive this.
-    code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey);
+    /// `survey`: of the analysis. `changed`: lines to be pointed out, ascending. All must outlive this.
+    code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey,
+                const changed_lines& changed);
 
     /// Writes all lines.
     void write();
 
+    /// Instead: writes the changed lines with those around them, each of which leads to itself on the page
+    /// `whole` of the source.
+    void write_excerpts(std::string_view whole);
+
   private:
+    bool next_line();
+    void skip_line();
+    bool is_changed();
+    bool is_near_change() const;
     void write_line();
     void write_anchor();
     mark line_mark();
@@ -69,6 +85,8 @@ class code_writer {
     text_buffer& out_;
     const source_analysis& analysis_;
     const code_survey& survey_;
+    const changed_lines& changed_;
+    std::string_view whole_; ///< page that excerpts lead to; empty for the whole source
     syntax_reader syntax_;
     syntax_token token_;
     bool has_syntax_;
@@ -78,6 +96,7 @@ class code_writer {
     std::size_t line_end_ = 0;
     std::size_t next_change_ = 0; ///< of the survey
     std::size_t next_run_ = 0;
+    std::size_t next_changed_ = 0;
     std::size_t next_position_ = 0;
 
     std::uint32_t place_ = 0;                     ///< number of the last place that began

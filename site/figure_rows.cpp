@@ -51,7 +51,9 @@ void set_all_figure_rows(site_page& page, const covered_count& files, const cove
                          const older_figures* older) {
     page.values().choice("with_change", older != nullptr);
     page.values().set("figures", [&page, files, figures, older] {
-        put_row(page.out(), "Files", files, older ? &older->files : nullptr);
+        put_row(page.out(), "Files", files, nullptr);
+        if (older)
+            page.out().put("<td><td>");
         put_rows(page.out(), figures, older ? &older->figures : nullptr);
     });
 }

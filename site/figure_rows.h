@@ -6,7 +6,6 @@
 
 /// Figures of an older run.
 struct older_figures {
-    covered_count files;
     coverage_figures figures;
 };
 

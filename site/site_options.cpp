@@ -54,6 +54,7 @@ void parse_site_options(int argc, char** argv, site_options* options) {
     });
     if (options->directory.empty())
         end_with_error("option -o needs a directory");
+    options->also_whole = !options->diff.empty();
     if (options->title.empty())
         options->title = options->project.empty() ? "Coverage" : options->project;
 }

@@ -1,7 +1,9 @@
 #include "site/site_run.h"
 
-#include "common/fatal.h"
+#include "check/baseline.h"
 #include "common/message.h"
+#include "common/source_file.h"
+#include "site/changes_page.h"
 #include "site/directory_page.h"
 #include "site/html_text.h"
 #include "site/list_pages.h"
@@ -12,6 +14,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <sys/stat.h>
 
 /// Makes a directory unless it is there.
@@ -40,26 +43,54 @@ static site_settings settings_of(const site_options& options) {
     return settings;
 }
 
-void run_site(int argc, char** argv) {
-    site_options options;
-    parse_site_options(argc, argv, &options);
-    coverage_walk walk(options);
-    const site_settings settings = settings_of(options);
+/// The figures to compare with; null when there are none.
+static std::unique_ptr<older_figures> read_older(const site_options& options) {
+    if (options.baseline.empty())
+        return nullptr;
+    const baseline before = read_baseline(options.baseline);
+    if (before.differential != options.with_reference)
+        end_with_error("%s was made %s -ref, unlike these figures", printable(options.baseline).c_str(),
+                       before.differential ? "with" : "without");
+    return std::make_unique<older_figures>(older_figures{before.totals});
+}
+
+/// The files of the site that are the same for every program.
+static void write_fixed_files(const site_settings& settings, const site_options& options) {
     make_directories(settings.directory);
     make_directory(settings.directory + "/s");
     make_directory(settings.directory + "/d");
     write_site_file(settings, "site.css", site_file("site.css"));
     write_site_file(settings, "site.js", site_file("site.js"));
+    if (!settings.has_own_style)
+        return;
+    std::string_view text;
+    if (!load_source(options.style_sheet.c_str(), &text))
+        end_with_error("cannot read %s", printable(options.style_sheet).c_str());
+    write_site_file(settings, "own.css", text);
+    release_source();
+}
+
+void run_site(int argc, char** argv) {
+    site_options options;
+    parse_site_options(argc, argv, &options);
+    const std::unique_ptr<older_figures> older = read_older(options);
+    coverage_walk walk(options);
+    site_changes changes(options, walk);
+    const site_settings settings = settings_of(options);
+    write_fixed_files(settings, options);
 
     site_model model;
     const source_page_writer source_pages(settings);
     model.totals = walk.run([&](const file_coverage& file) {
         site_file_entry& entry = model.add_file(file);
-        source_pages.write(file, model, entry);
+        source_pages.write(file, model, changes.lines_of(file.name), entry);
+        changes.add_excerpts(file, entry.page);
     });
     model.find_directories();
     write_directory_pages(settings, model);
     write_list_pages(settings, model);
     write_help_page(settings);
-    write_start_page(settings, model, nullptr);
+    if (settings.has_changes)
+        changes.write(settings);
+    write_start_page(settings, model, older.get());
 }

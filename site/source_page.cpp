@@ -19,7 +19,7 @@ static void put_count_of(text_buffer& out, std::uint32_t count, std::string_view
 }
 
 void source_page_writer::write(const file_coverage& file, const site_model& model,
-                               site_file_entry& entry) const {
+                               const changed_lines& changed, site_file_entry& entry) const {
     const source_analysis& analysis = file.analysis;
     const code_survey survey = survey_code(analysis);
     entry.uncovered_places = survey.places;
@@ -46,6 +46,6 @@ void source_page_writer::write(const file_coverage& file, const site_model& mode
     values.set("strip", [&] { put_strip(out, survey); });
     values.choice("has_infeasible", survey.infeasible_lines != 0);
     values.set("infeasible", [&] { put_count_of(out, survey.infeasible_lines, "infeasible line"); });
-    values.set("code", [&] { code_writer(out, analysis, survey).write(); });
+    values.set("code", [&] { code_writer(out, analysis, survey, changed).write(); });
     page.write(form_);
 }
