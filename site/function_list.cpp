@@ -14,9 +14,9 @@ static void put_figures(text_buffer& out, const covered_count& blocks) {
     put_grouped(out, static_cast<std::uint64_t>(blocks.covered));
     out.put('/');
     put_grouped(out, static_cast<std::uint64_t>(blocks.total));
-    out.put(", ");
+    out.put(' ');
     out.put(percent_of(blocks));
-    out.put(" %");
+    out.put('%');
 }
 
 static void put_item(text_buffer& out, std::string_view kind) {
@@ -26,10 +26,16 @@ static void put_item(text_buffer& out, std::string_view kind) {
         out.put('>');
 }
 
-static void put_function(text_buffer& out, const site_function& function) {
+void put_fragment(text_buffer& out, const site_function& function, std::uint32_t lines) {
+    out.put('#');
+    if (function.line > 0 && static_cast<std::uint32_t>(function.line) <= lines)
+        out.put_number(function.line);
+}
+
+static void put_function(text_buffer& out, const site_function& function, std::uint32_t lines) {
     put_item(out, function_class(function));
-    out.put("<a href=#");
-    out.put_number(function.line);
+    out.put("<a href=");
+    put_fragment(out, function, lines);
     out.put('>');
     out.put(html_name(function.name, kLongestFunction));
     out.put("</a>");
@@ -37,7 +43,7 @@ static void put_function(text_buffer& out, const site_function& function) {
 }
 
 /// The entry of functions that begin on one line.
-static void put_instances(text_buffer& out, std::span<const site_function> functions) {
+static void put_instances(text_buffer& out, std::span<const site_function> functions, std::uint32_t lines) {
     covered_count sum;
     bool complete = true;
     std::size_t called = 0;
@@ -57,19 +63,19 @@ static void put_instances(text_buffer& out, std::span<const site_function> funct
     put_figures(out, sum);
     out.put("</summary><ol>");
     for (const site_function& function : functions)
-        put_function(out, function);
+        put_function(out, function, lines);
     out.put("</ol></details>");
 }
 
-void put_function_list(text_buffer& out, std::span<const site_function> functions) {
+void put_function_list(text_buffer& out, std::span<const site_function> functions, std::uint32_t lines) {
     while (!functions.empty()) {
         std::size_t same = 1;
         while (same < functions.size() && functions[same].line == functions[0].line)
             ++same;
         if (same == 1)
-            put_function(out, functions[0]);
+            put_function(out, functions[0], lines);
         else
-            put_instances(out, functions.first(same));
+            put_instances(out, functions.first(same), lines);
         functions = functions.subspan(same);
     }
 }

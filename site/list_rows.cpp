@@ -57,8 +57,13 @@ void put_directory_row(text_buffer& out, const site_directory& directory, std::s
 void put_function_row(text_buffer& out, const site_function& function, const site_file_entry& file,
                       std::string_view up) {
     begin_row(out, function_class(function));
-    put_link(out, up, file.page + "#" + std::to_string(function.line),
-             html_name(function.name, kLongestFunctionName));
+    out.put("<a href=\"");
+    out.put(up);
+    out.put(file.page);
+    put_fragment(out, function, file.lines);
+    out.put("\">");
+    out.put(html_name(function.name, kLongestFunctionName));
+    out.put("</a>");
     out.put("<td>");
     out.put(html_name(file.name, kLongestFileName, name_cut::front));
     out.put("<td>");

@@ -31,7 +31,7 @@ template <typename Name>
 void put_pager(text_buffer& out, std::size_t page, std::size_t pages, std::string_view up, Name name) {
     if (pages < 2)
         return;
-    out.put("<nav class=pager aria-label=Pages>");
+    out.put("<p class=pager>Pages: ");
     for (std::size_t other = 1; other <= pages; ++other) {
         if (!is_linked_page(page, other, pages))
             continue;
@@ -42,5 +42,5 @@ void put_pager(text_buffer& out, std::size_t page, std::size_t pages, std::strin
         out.put_number(other);
         out.put("</a> ");
     }
-    out.put("</nav>");
+    out.put("</p>");
 }

@@ -16,6 +16,7 @@ struct site_file_entry {
     std::string name; ///< below the root, or absolute
     std::string page; ///< name of its page
     coverage_figures figures;
+    std::uint32_t lines;            ///< of its text
     std::uint32_t uncovered_places; ///< stretches of its code that did not run
     std::uint32_t infeasible_lines; ///< lines that markers take out
     std::uint32_t first_function;   ///< index of its first function, and their number

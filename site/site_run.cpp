@@ -59,8 +59,8 @@ static void write_fixed_files(const site_settings& settings, const site_options&
     make_directories(settings.directory);
     make_directory(settings.directory + "/s");
     make_directory(settings.directory + "/d");
-    write_site_file(settings, "site.css", site_file("site.css"));
-    write_site_file(settings, "site.js", site_file("site.js"));
+    for (const char* name : {"icon.svg", "site.css", "site.js"})
+        write_site_file(settings, name, site_file(name));
     if (!settings.has_own_style)
         return;
     std::string_view text;

@@ -22,6 +22,7 @@ void source_page_writer::write(const file_coverage& file, const site_model& mode
                                const changed_lines& changed, site_file_entry& entry) const {
     const source_analysis& analysis = file.analysis;
     const code_survey survey = survey_code(analysis);
+    entry.lines = survey.lines;
     entry.uncovered_places = survey.places;
     entry.infeasible_lines = survey.infeasible_lines;
 
@@ -42,7 +43,7 @@ void source_page_writer::write(const file_coverage& file, const site_model& mode
     values.choice("has_functions", entry.functions != 0);
     const std::span<const site_function> functions(model.functions.data() + entry.first_function,
                                                    entry.functions);
-    values.set("functions", [&] { put_function_list(out, functions); });
+    values.set("functions", [&] { put_function_list(out, functions, survey.lines); });
     values.set("strip", [&] { put_strip(out, survey); });
     values.choice("has_infeasible", survey.infeasible_lines != 0);
     values.set("infeasible", [&] { put_count_of(out, survey.infeasible_lines, "infeasible line"); });
