@@ -18,6 +18,7 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUILD = os.path.join(ROOT, "build", "bench")
 VEXCOV = os.path.join(BUILD, "vexcov")
 IMPORT = os.path.join(BUILD, "vexcov-import")
+SITE = os.path.join(BUILD, "vexcov-site")
 WRITE_FIGURES = os.path.join(ROOT, "scripts", "write-figures")
 GENERATE = os.path.join(BUILD, "bench", "generate_tree")
 
@@ -182,12 +183,12 @@ def table(head, rows):
 
 
 @contextlib.contextmanager
-def figures(name):
-    """What is printed meanwhile are the figures of that name in bench/README.md, which become these with --write."""
+def figures(name, document="bench/README.md"):
+    """What is printed meanwhile are the figures of that name in the document, which become these with --write."""
     text = io.StringIO()
     with contextlib.redirect_stdout(text):
         yield
     print(text.getvalue(), flush=True)
     if WRITE:
-        subprocess.run([WRITE_FIGURES, name, os.path.join(ROOT, "bench", "README.md")], input=text.getvalue(),
+        subprocess.run([WRITE_FIGURES, name, os.path.join(ROOT, document)], input=text.getvalue(),
                        text=True, check=True)

@@ -157,9 +157,7 @@ syntax_token syntax_reader::next() {
     while (at_ < text_.size()) {
         const byte_class kind = class_of(text_[at_]);
         const std::size_t begin = at_;
-        if (kind == byte_class::dull) {
-            ++at_;
-        } else if (kind == byte_class::word) {
+        if (kind == byte_class::word) {
             at_ = behind_word(text_, at_);
         } else if (kind == byte_class::lower) {
             at_ = behind_word(text_, at_);
@@ -172,7 +170,7 @@ syntax_token syntax_reader::next() {
                 return {begin, after == '/' && text_[at_ - 1] == '\n' ? at_ - 1 : at_, syntax_kind::comment};
             }
             ++at_;
-        } else if (begins_literal(text_, at_)) {
+        } else if (kind == byte_class::quote && begins_literal(text_, at_)) {
             at_ = behind_literal(text_, at_);
             return {begin, at_, syntax_kind::string};
         } else {

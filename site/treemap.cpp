@@ -208,6 +208,7 @@ void treemap_writer::place(const part& which, const rectangle& area) {
 void treemap_writer::divide(std::uint32_t index, const rectangle& area) {
     const std::vector<part> parts = parts_of(model_.directories[index], area.area());
     std::vector<double> weights;
+    weights.reserve(parts.size());
     for (const part& each : parts)
         weights.push_back(static_cast<double>(each.blocks.total));
     divide_rectangle(area, weights, [&](std::size_t i, const rectangle& cell) {
