@@ -19,6 +19,7 @@ BUILD = os.path.join(ROOT, "build", "bench")
 VEXCOV = os.path.join(BUILD, "vexcov")
 IMPORT = os.path.join(BUILD, "vexcov-import")
 EXPORT = os.path.join(BUILD, "vexcov-export")
+SITE = os.path.join(BUILD, "vexcov-site")
 WRITE_FIGURES = os.path.join(ROOT, "scripts", "write-figures")
 GENERATE = os.path.join(BUILD, "bench", "generate_tree")
 
@@ -183,12 +184,12 @@ def table(head, rows):
 
 
 @contextlib.contextmanager
-def figures(name, page="bench/README.md"):
-    """What is printed meanwhile are the figures of that name in a page, which become these with --write."""
+def figures(name, document="bench/README.md"):
+    """What is printed meanwhile are the figures of that name in the document, which become these with --write."""
     text = io.StringIO()
     with contextlib.redirect_stdout(text):
         yield
     print(text.getvalue(), flush=True)
     if WRITE:
-        subprocess.run([WRITE_FIGURES, name, os.path.join(ROOT, page)], input=text.getvalue(),
+        subprocess.run([WRITE_FIGURES, name, os.path.join(ROOT, document)], input=text.getvalue(),
                        text=True, check=True)

@@ -6,10 +6,6 @@ constexpr std::size_t kLongestNumber = 80; ///< characters of a number that are 
 constexpr std::size_t kLongestRawMark =
     16; ///< characters between the quote and the parenthesis of a raw string
 
-bool is_word_character(char c) {
-    return c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
 std::size_t behind_line(std::string_view text, std::size_t offset) {
     for (;;) {
         const std::size_t newline = text.find('\n', offset);

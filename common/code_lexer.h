@@ -6,7 +6,9 @@
 #include <string_view>
 
 /// Letters, digits and the underscore.
-bool is_word_character(char c);
+inline bool is_word_character(char c) {
+    return c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
 
 /// The offset behind the line that `offset` lies in, and behind those that it continues with a backslash.
 std::size_t behind_line(std::string_view text, std::size_t offset);

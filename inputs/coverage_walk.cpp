@@ -47,7 +47,8 @@ bool coverage_walk::analyse(COMP* first, source_analysis* analysis) {
     order_func(first);
     std::string_view text;
     if (!load_source(first->fileName, &text)) {
-        std::fprintf(stderr, "Warning - File %s not found!\n", first->fileName);
+        if (!again_)
+            std::fprintf(stderr, "Warning - File %s not found!\n", first->fileName);
         return false;
     }
     const std::vector<std::int32_t> lines = chained_lines();
@@ -94,6 +95,7 @@ void coverage_walk::visit(const source_analysis& analysis,
 }
 
 coverage_totals coverage_walk::run(const std::function<void(const file_coverage&)>& sink) {
+    totals_ = {};
     for (COMP* comp = GetComponentList(options_.spi_file.c_str(), nullptr, isInComponents, modules_); comp;) {
         COMP* const first = comp;
         source_analysis analysis;
@@ -107,5 +109,6 @@ coverage_totals coverage_walk::run(const std::function<void(const file_coverage&
     }
     if (pgt_IsIncomplete())
         pgt_Exit(1);
+    again_ = true;
     return std::move(totals_);
 }

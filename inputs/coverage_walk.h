@@ -69,7 +69,8 @@ class coverage_walk {
 
     /// Reads the static profile and calls `sink` with every source file of interest that is there. What is
     /// given to it is valid during the call. Where something could not be read in full the run ends with
-    /// status 1: nothing must be written from a part of the figures. Once.
+    /// status 1: nothing must be written from a part of the figures. Can be
+    /// called again; what is not there is told the first time.
     coverage_totals run(const std::function<void(const file_coverage&)>& sink);
 
   private:
@@ -87,6 +88,7 @@ class coverage_walk {
     std::unique_ptr<DPI_FILE, close_profile> reference_; ///< null outside differential mode
     module_list modules_;
     coverage_totals totals_;
+    bool again_ = false;               ///< it was run before
     std::vector<line_coverage> lines_; ///< of the file at hand; kept for its memory
     source_analysis whole_;            ///< of the file at hand; where it is wanted
 };

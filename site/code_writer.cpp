@@ -1,0 +1,363 @@
+#include "site/code_writer.h"
+
+#include "site/html_text.h"
+
+#include <algorithm>
+#include <charconv>
+
+constexpr std::uint32_t kChunk = 100;     ///< lines; site.css knows their height
+constexpr std::uint32_t kLinesAround = 3; ///< that an excerpt shows with a changed one
+constexpr std::size_t kMostTitles = 20;   ///< positions of a line that are listed one by one
+constexpr std::size_t kSyntaxShare =
+    5; ///< of the source's bytes, colours of the language may add one in so many
+constexpr std::size_t kFreeSyntaxBytes = 200; ///< before that counts
+
+static void add_run(std::vector<code_survey::run>& runs, std::uint32_t line, mark kind) {
+    if (!runs.empty() && runs.back().kind == kind && runs.back().last + 1 == line)
+        runs.back().last = line;
+    else
+        runs.push_back({line, line, kind});
+}
+
+code_survey survey_code(const source_analysis& analysis) {
+    code_survey survey;
+    std::size_t line_begin = 0;
+    mark before = mark::none;
+    for (marked_lines lines(analysis); lines.next();) {
+        const source_line& line = lines.line();
+        survey.lines = line.number;
+        survey.infeasible_lines += line.disabled ? 1 : 0;
+        for (const marked_piece& piece : lines.pieces()) {
+            if (piece.kind != before || piece.begins_place)
+                survey.changes.push_back({line_begin + piece.offset, piece.kind, piece.begins_place});
+            survey.places += piece.begins_place ? 1 : 0;
+            before = piece.kind;
+        }
+        const mark gravest = lines.gravest();
+        if (gravest != mark::none)
+            add_run(survey.runs, line.number, gravest);
+        line_begin += line.text.size() + 1;
+    }
+    return survey;
+}
+
+void put_short_count(text_buffer& out, std::uint64_t count) {
+    static const char units[] = {'k', 'M', 'G', 'T', 'P', 'E'};
+    if (count < 1000)
+        return out.put_number(count);
+    std::size_t unit = 0;
+    std::uint64_t rest = count;
+    for (; rest >= 1000000; rest /= 1000)
+        ++unit;
+    const std::uint64_t whole = rest / 1000;
+    out.put_number(whole);
+    if (whole < 10 && rest % 1000 >= 100) {
+        out.put('.');
+        out.put_number(rest % 1000 / 100);
+    }
+    out.put(units[unit]);
+}
+
+code_writer::code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey,
+                         const changed_lines& changed)
+    : out_(out), analysis_(analysis), survey_(survey), changed_(changed),
+      syntax_(analysis.text), token_{0, 0, syntax_kind::none}, has_syntax_(is_c_source(analysis.path)) {
+    if (has_syntax_)
+        token_ = syntax_.next();
+}
+
+/// What a mark's element is.
+static std::string_view mark_tag(mark kind) {
+    switch (kind) {
+    case mark::block:
+        return "<u>";
+    case mark::function:
+        return "<u class=f>";
+    case mark::partial:
+        return "<u class=p>";
+    default:
+        return "<u class=x>";
+    }
+}
+
+/// The class of a line's number, by its mark and whether a diff changes it.
+static std::string_view line_class(mark kind, bool changed) {
+    static constexpr std::string_view classes[][2] = {{"", " class=new"},
+                                                      {" class=p", " class=\"p new\""},
+                                                      {" class=u", " class=\"u new\""},
+                                                      {" class=f", " class=\"f new\""},
+                                                      {" class=x", " class=\"x new\""}};
+    return classes[static_cast<int>(kind)][changed ? 1 : 0];
+}
+
+/// Keeps the weight of the colours in bounds for sources that are nothing but keywords.
+bool code_writer::may_colour() const {
+    return syntax_bytes_ < kFreeSyntaxBytes + line_begin_ / kSyntaxShare;
+}
+
+void code_writer::set_syntax(syntax_kind kind) {
+    static constexpr std::string_view opening[] = {"", "<i>", "<q>", "<b>"};
+    static constexpr std::string_view closing[] = {"", "</i>", "</q>", "</b>"};
+    if (kind == open_syntax_)
+        return;
+    out_.put(closing[static_cast<int>(open_syntax_)]);
+    open_syntax_ = kind;
+    out_.put(opening[static_cast<int>(kind)]);
+    syntax_bytes_ += kind == syntax_kind::none ? 0 : 7;
+}
+
+void code_writer::close_mark() {
+    set_syntax(syntax_kind::none);
+    if (open_mark_ != mark::none)
+        out_.put("</u>");
+    open_mark_ = mark::none;
+}
+
+/// Opens the element of the mark that is in force.
+void code_writer::open_mark() {
+    if (open_mark_ == in_force_)
+        return;
+    close_mark();
+    if (in_force_ != mark::none)
+        out_.put(mark_tag(in_force_));
+    open_mark_ = in_force_;
+}
+
+/// Links to the uncovered places before and behind the one that begins.
+void code_writer::write_place_links() {
+    ++place_;
+    out_.put("<a id=u");
+    out_.put_number(place_);
+    out_.put(" href=#u");
+    out_.put_number(place_ > 1 ? place_ - 1 : survey_.places);
+    out_.put(">prev</a><a href=#u");
+    out_.put_number(place_ < survey_.places ? place_ + 1 : 1);
+    out_.put(">next</a>");
+}
+
+void code_writer::change_mark(const mark_change& change) {
+    close_mark();
+    if (change.begins_place && whole_.empty())
+        write_place_links();
+    in_force_ = change.kind;
+}
+
+/// Writes the text between two offsets of the file, with the colours of the language.
+void code_writer::write_piece(std::size_t from, std::size_t to) {
+    const std::string_view text = analysis_.text;
+    while (has_syntax_ && from < to) {
+        while (token_.kind != syntax_kind::none && token_.end <= from)
+            token_ = syntax_.next();
+        const std::size_t begin = std::clamp(token_.begin, from, to);
+        if (begin > from) {
+            set_syntax(syntax_kind::none);
+            put_code(out_, text.substr(from, begin - from));
+        }
+        const std::size_t end = std::clamp(token_.end, begin, to);
+        if (end > begin) {
+            if (open_syntax_ != token_.kind && may_colour())
+                set_syntax(token_.kind);
+            put_code(out_, text.substr(begin, end - begin));
+            if (end == token_.end)
+                set_syntax(syntax_kind::none);
+        }
+        from = end;
+    }
+    put_code(out_, text.substr(from, to - from));
+}
+
+/// What a position says of its blocks.
+static void put_title(text_buffer& out, const block_list_node& position) {
+    out.put("column ");
+    out.put_number(position.column);
+    out.put(": ");
+    if (position.count == NEVER_ENTERED) {
+        out.put("function never called");
+        return;
+    }
+    put_grouped(out, position.count);
+    if (position.numBlocks > 1) {
+        out.put(" (");
+        put_grouped(out, position.numExecuted);
+        out.put(" of ");
+        put_grouped(out, position.numBlocks);
+        out.put(" blocks ran)");
+    }
+}
+
+/// The positions of the line that lie in its text.
+std::span<const block_list_node> code_writer::counted_positions() {
+    const std::vector<block_list_node>& all = analysis_.positions.positions();
+    while (next_position_ < all.size() && all[next_position_].line < line_)
+        ++next_position_;
+    const std::size_t first = next_position_;
+    const std::size_t columns = line_end_ - line_begin_ + (line_end_ < analysis_.text.size() ? 1 : 0);
+    std::size_t last = first;
+    while (last < all.size() && all[last].line == line_ && all[last].column <= columns)
+        ++last;
+    return {all.data() + first, last - first};
+}
+
+/// The counts of the blocks that begin on the line: the largest to be shown, each to be read on demand. What
+/// closes a function is no block.
+void code_writer::put_counts() {
+    std::uint64_t largest = 0;
+    std::size_t counted = 0;
+    const std::span<const block_list_node> positions = counted_positions();
+    for (const block_list_node& position : positions) {
+        counted += position.bAdjusted() ? 0 : 1;
+        if (!position.bAdjusted() && position.count != NEVER_ENTERED)
+            largest = std::max(largest, position.count);
+    }
+    if (counted == 0)
+        return;
+    out_.put(" data-c=");
+    put_short_count(out_, largest);
+    out_.put(" title=\"");
+    std::size_t listed = 0;
+    for (auto position = positions.begin(); position != positions.end() && listed < kMostTitles; ++position) {
+        if (position->bAdjusted())
+            continue;
+        if (listed++ != 0)
+            out_.put('\n');
+        put_title(out_, *position);
+    }
+    if (counted > listed) {
+        out_.put("\nand ");
+        put_grouped(out_, counted - listed);
+        out_.put(" more");
+    }
+    out_.put('"');
+}
+
+/// The gravest mark of the line.
+mark code_writer::line_mark() {
+    const std::vector<code_survey::run>& runs = survey_.runs;
+    while (next_run_ < runs.size() && runs[next_run_].last < line_)
+        ++next_run_;
+    return next_run_ < runs.size() && runs[next_run_].first <= line_ ? runs[next_run_].kind : mark::none;
+}
+
+/// True when a diff changes the line.
+bool code_writer::is_changed() {
+    while (next_changed_ < changed_.size() && changed_[next_changed_].last < line_)
+        ++next_changed_;
+    return next_changed_ < changed_.size() && changed_[next_changed_].first <= line_;
+}
+
+void code_writer::write_anchor() {
+    char digits[16];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, line_).ptr;
+    const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+    const mark gravest = line_mark();
+    const bool changed = is_changed();
+    if (whole_.empty()) {
+        out_.put("<a id=");
+        out_.put(number);
+        out_.put(" href=#");
+        out_.put(number);
+    } else {
+        out_.put("<a href=\"");
+        out_.put(whole_);
+        out_.put("#");
+        out_.put(number);
+        out_.put('"');
+    }
+    out_.put(" tabindex=-1");
+    out_.put(line_class(gravest, changed));
+    if (gravest != mark::infeasible)
+        put_counts();
+    out_.put(changed ? ">+" : ">");
+    out_.put(number);
+    out_.put("</a>");
+}
+
+void code_writer::write_line() {
+    const std::vector<mark_change>& changes = survey_.changes;
+    const auto changes_before = [&](std::size_t offset) {
+        return next_change_ < changes.size() && changes[next_change_].offset < offset;
+    };
+    const bool has_newline = line_end_ < analysis_.text.size();
+    // The number of the line belongs to no mark that ends or begins with it.
+    if (changes_before(line_begin_ + 1))
+        close_mark();
+    write_anchor();
+    for (std::size_t at = line_begin_;;) {
+        while (changes_before(at + 1))
+            change_mark(changes[next_change_++]);
+        const std::size_t end = changes_before(line_end_ + 1) ? changes[next_change_].offset : line_end_;
+        if (end > at) {
+            open_mark();
+            write_piece(at, end);
+        }
+        at = end;
+        if (!changes_before(line_end_ + 1))
+            break;
+    }
+    if (has_newline)
+        out_.put('\n');
+}
+
+/// Goes on to the next line; false behind the last one.
+bool code_writer::next_line() {
+    const std::string_view text = analysis_.text;
+    if (line_ != 0)
+        line_begin_ = line_end_ + 1;
+    if (line_begin_ >= text.size())
+        return false;
+    ++line_;
+    line_end_ = std::min(text.find('\n', line_begin_), text.size());
+    return true;
+}
+
+void code_writer::write() {
+    while (next_line()) {
+        if (line_ % kChunk == 1)
+            // The height of a chunk is known only when it is full.
+            out_.put(survey_.lines - line_ + 1 > kChunk ? "<div>" : "<div class=z>");
+        write_line();
+        if (line_ % kChunk == 0 || line_ == survey_.lines) {
+            close_mark();
+            // Without it the last newline is no part of a selection.
+            if (line_ == survey_.lines && line_end_ < analysis_.text.size())
+                out_.put("<br>");
+            out_.put("</div>");
+        }
+    }
+}
+
+/// Takes the marks of a line into account that is not shown.
+void code_writer::skip_line() {
+    const std::vector<mark_change>& changes = survey_.changes;
+    for (; next_change_ < changes.size() && changes[next_change_].offset <= line_end_; ++next_change_)
+        in_force_ = changes[next_change_].kind;
+}
+
+/// True for changed lines and those around them.
+bool code_writer::is_near_change() const {
+    const std::size_t next = next_changed_; // the first that does not lie behind
+    return (next > 0 && line_ <= changed_[next - 1].last + kLinesAround) ||
+           (next < changed_.size() && changed_[next].first <= line_ + kLinesAround);
+}
+
+void code_writer::write_excerpts(std::string_view whole) {
+    whole_ = whole;
+    bool open = false;
+    while (next_line()) {
+        is_changed();
+        if (!is_near_change()) {
+            skip_line();
+            if (open)
+                out_.put("</div></pre>\n");
+            open = false;
+            continue;
+        }
+        if (!open)
+            out_.put("<pre class=code><div class=z>");
+        open = true;
+        write_line();
+        close_mark();
+    }
+    if (open)
+        out_.put("</div></pre>\n");
+}

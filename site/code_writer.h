@@ -1,0 +1,107 @@
+// The code of a source page: line numbers, counts, marks and colours.
+//
+//   <div>                                                            a hundred lines, laid out when they show
+//   <a id=12 href=#12 tabindex=-1>12</a>code                         a line
+//   <a id=13 href=#13 tabindex=-1 class=u data-c=0 title="...">13</a>...  one with blocks that begin on it
+//   <a id=14 href=#14 tabindex=-1 class=new>+14</a>code              a line that a diff changes
+//   <a id=u2 href=#u1>prev</a><a href=#u3>next</a><u>code</u>        the second of three uncovered places
+//   <b>, <i>, <q>                                                    keyword, comment, string
+//
+// Line numbers and links are no part of what the reader selects (site.css), so that a copy is the source.
+#pragma once
+
+#include "changes/unified_diff.h"
+#include "common/text_buffer.h"
+#include "site/marked_lines.h"
+#include "site/syntax.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+/// From here on a mark is in force.
+struct mark_change {
+    std::size_t offset; ///< in the text
+    mark kind;
+    bool begins_place; ///< an uncovered place begins here
+};
+
+/// Where the marks of a source are, which its page says before it shows the code.
+struct code_survey {
+    std::uint32_t lines = 0;
+    std::uint32_t places = 0;           ///< uncovered ones
+    std::uint32_t infeasible_lines = 0; ///< lines that markers take out
+    std::vector<mark_change> changes;   ///< ascending
+
+    /// Lines with a mark, by the gravest on each, joined where they follow each other in one kind.
+    struct run {
+        std::uint32_t first;
+        std::uint32_t last;
+        mark kind;
+    };
+    std::vector<run> runs;
+};
+
+code_survey survey_code(const source_analysis& analysis);
+
+/// The number of executions in at most four characters: 999, 1.2k, 34M.
+void put_short_count(text_buffer& out, std::uint64_t count);
+
+/// Lines of a source that a change is about.
+using changed_lines = std::vector<line_range>;
+
+class code_writer {
+  public:
+    /// `survey`: of the analysis. `changed`: lines to be pointed out, ascending. All must outlive this.
+    code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey,
+                const changed_lines& changed);
+
+    /// Writes all lines.
+    void write();
+
+    /// Instead: writes the changed lines with those around them, each of which leads to itself on the page
+    /// `whole` of the source.
+    void write_excerpts(std::string_view whole);
+
+  private:
+    bool next_line();
+    void skip_line();
+    bool is_changed();
+    bool is_near_change() const;
+    void write_line();
+    void write_anchor();
+    mark line_mark();
+    void put_counts();
+    std::span<const block_list_node> counted_positions();
+    void write_piece(std::size_t from, std::size_t to);
+    void change_mark(const mark_change& change);
+    void write_place_links();
+    void set_syntax(syntax_kind kind);
+    void close_mark();
+    void open_mark();
+    bool may_colour() const;
+
+    text_buffer& out_;
+    const source_analysis& analysis_;
+    const code_survey& survey_;
+    const changed_lines& changed_;
+    std::string_view whole_; ///< page that excerpts lead to; empty for the whole source
+    syntax_reader syntax_;
+    syntax_token token_;
+    bool has_syntax_;
+
+    std::uint32_t line_ = 0;     ///< number of the line at hand
+    std::size_t line_begin_ = 0; ///< its offsets in the text: the second is that of its newline
+    std::size_t line_end_ = 0;
+    std::size_t next_change_ = 0; ///< of the survey
+    std::size_t next_run_ = 0;
+    std::size_t next_changed_ = 0;
+    std::size_t next_position_ = 0;
+
+    std::uint32_t place_ = 0;                     ///< number of the last place that began
+    mark in_force_ = mark::none;                  ///< mark of the text at hand
+    mark open_mark_ = mark::none;                 ///< mark whose element is open
+    syntax_kind open_syntax_ = syntax_kind::none; ///< and the one within
+    std::size_t syntax_bytes_ = 0;                ///< markup of the language's colours so far
+};

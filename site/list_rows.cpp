@@ -1,0 +1,81 @@
+#include "site/list_rows.h"
+
+#include "site/function_list.h"
+#include "site/html_text.h"
+#include "site/page_names.h"
+#include "site/site_page.h"
+
+#include <algorithm>
+
+constexpr std::size_t kLongestPath = 90; ///< bytes of HTML
+constexpr std::size_t kLongestFunctionName = 80;
+constexpr std::size_t kLongestFileName = 30;
+
+static void put_link(text_buffer& out, std::string_view up, std::string_view page, std::string_view shown) {
+    out.put("<a href=\"");
+    out.put(up);
+    out.put(page);
+    out.put("\">");
+    out.put(shown);
+    out.put("</a>");
+}
+
+static void begin_row(text_buffer& out, std::string_view kind) {
+    if (kind.empty())
+        return out.put("<tr><td>");
+    out.put("<tr class=");
+    out.put(kind);
+    out.put("><td>");
+}
+
+/// What did not run, and the figures of functions and of blocks.
+static void put_figures(text_buffer& out, const coverage_figures& figures) {
+    out.put("<td>");
+    put_grouped(out, static_cast<std::uint64_t>(figures.blocks.total - figures.blocks.covered));
+    put_count_cells(out, figures.blocks, true);
+    put_count_cells(out, figures.functions, false);
+    out.put('\n');
+}
+
+void put_file_row(text_buffer& out, const site_file_entry& file, std::string_view within,
+                  std::string_view up) {
+    begin_row(out, file.figures.functions.covered == 0 && file.figures.functions.total != 0 ? "f"
+                   : file.complete()                                                        ? ""
+                                                                                            : "u");
+    put_link(out, up, file.page, html_name(name_within(file.name, within), kLongestPath, name_cut::front));
+    put_figures(out, file.figures);
+}
+
+void put_directory_row(text_buffer& out, const site_directory& directory, std::string_view within,
+                       std::string_view up) {
+    begin_row(out, directory.complete() ? "" : "u");
+    put_link(out, up, directory_page_name(directory.path),
+             html_name(name_within(directory.path, within), kLongestPath, name_cut::front) + "/");
+    put_figures(out, directory.figures);
+}
+
+void put_function_row(text_buffer& out, const site_function& function, const site_file_entry& file,
+                      std::string_view up) {
+    begin_row(out, function_class(function));
+    out.put("<a href=\"");
+    out.put(up);
+    out.put(file.page);
+    put_fragment(out, function, file.lines);
+    out.put("\">");
+    out.put(html_name(function.name, kLongestFunctionName));
+    out.put("</a>");
+    out.put("<td>");
+    out.put(html_name(file.name, kLongestFileName, name_cut::front));
+    out.put("<td>");
+    put_grouped(out, static_cast<std::uint64_t>(function.uncovered()));
+    put_count_cells(out, function.blocks, true);
+    out.put("<td>");
+    put_grouped(out, function.calls);
+    out.put('\n');
+}
+
+bool is_linked_page(std::size_t page, std::size_t other, std::size_t pages) {
+    const std::size_t distance = page > other ? page - other : other - page;
+    const bool is_step = (distance & (distance - 1)) == 0;
+    return other == 1 || other == pages || distance <= 3 || is_step;
+}
