@@ -14,7 +14,7 @@ static const std::set<std::string_view> kElements = {
     "div",  "p",    "table", "thead", "tbody",    "tr",      "th",      "td",     "meter", "span", "u",  "b",
     "i",    "q",    "bdi",   "pre",   "br",       "details", "summary", "ol",     "ul",    "li",   "dl", "dt",
     "dd",   "svg",  "path",  "rect",  "text",     "section", "caption", "footer", "kbd"};
-static const std::set<std::string_view> kVoid = {"meta", "link", "br", "path", "rect"};
+static const std::set<std::string_view> kVoid = {"meta", "link", "br"};
 static const std::set<std::string_view> kOpenEnded = {"html",  "p",     "tr", "th", "td",
                                                       "thead", "tbody", "li", "dt", "dd"};
 static const std::set<std::string_view> kAttributes = {"lang",

@@ -5,11 +5,13 @@
 #include "fuzz/site_check.h"
 #include "inputs/coverage_walk.h"
 #include "site/directory_page.h"
+#include "site/html_text.h"
 #include "site/list_pages.h"
 #include "site/source_page.h"
 #include "site/start_page.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <list>
 #include <set>

@@ -157,7 +157,11 @@ void code_writer::write_piece(std::size_t from, std::size_t to) {
         if (end > begin) {
             if (open_syntax_ != token_.kind && may_colour())
                 set_syntax(token_.kind);
-            put_code(out_, text.substr(begin, end - begin));
+            const std::string_view piece = text.substr(begin, end - begin);
+            if (token_.kind == syntax_kind::keyword)
+                out_.put(piece); // nothing but letters
+            else
+                put_code(out_, piece);
             if (end == token_.end)
                 set_syntax(syntax_kind::none);
         }

@@ -63,6 +63,10 @@ struct byte_kinds {
 
 static constexpr byte_kinds kinds;
 
+static byte_kind kind_of(char c) {
+    return kinds.of[static_cast<unsigned char>(c)];
+}
+
 static std::string_view escaped(char c) {
     switch (c) {
     case '&':
@@ -111,13 +115,13 @@ static std::size_t put_beyond_ascii(text_buffer& out, std::string_view text, std
 void put_code(text_buffer& out, std::string_view text) {
     std::size_t written = 0;
     std::size_t at = 0;
-    while (at < text.size()) {
-        const char c = text[at];
-        const byte_kind kind = kinds.of[static_cast<unsigned char>(c)];
-        if (kind == as_it_is) {
+    for (;;) {
+        while (at < text.size() && kind_of(text[at]) == as_it_is)
             ++at;
-            continue;
-        }
+        if (at == text.size())
+            break;
+        const char c = text[at];
+        const byte_kind kind = kind_of(c);
         out.put(text.substr(written, at - written));
         if (kind == beyond_ascii) {
             at += put_beyond_ascii(out, text, at);
@@ -156,6 +160,12 @@ static std::string shown_name(std::string_view name, std::vector<std::size_t>* e
     std::string shown;
     shown.reserve(name.size() + name.size() / 8);
     for (std::size_t at = 0; at < name.size();) {
+        const char c = name[at];
+        if (kind_of(c) == as_it_is && c >= ' ' && c != '"' && !ends) {
+            shown += c;
+            ++at;
+            continue;
+        }
         const utf8_character character = read_utf8(name, at);
         append_shown(shown, name, at, character);
         at += character.length;

@@ -111,6 +111,7 @@ enum class byte_class : unsigned char { dull, word, lower, slash, quote };
 /// Keywords are few: most words are told apart by their first letter and length.
 struct lexer_tables {
     std::array<byte_class, 256> classes = {};
+    std::array<bool, 256> words = {};
     std::array<std::uint32_t, 26> lengths = {}; ///< by first letter: a bit for each length
     std::array<std::uint8_t, 27> first = {};    ///< by first letter: index of its first keyword
 
@@ -118,6 +119,7 @@ struct lexer_tables {
         for (unsigned int c = 0; c < 256; ++c) {
             const bool lower = c >= 'a' && c <= 'z';
             const bool other = (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c >= 0x80;
+            words[c] = lower || other;
             classes[c] = lower ? byte_class::lower : other ? byte_class::word : byte_class::dull;
         }
         classes['/'] = byte_class::slash;
@@ -147,14 +149,17 @@ static bool is_keyword(std::string_view word) {
 }
 
 static std::size_t behind_word(std::string_view text, std::size_t at) {
-    while (at < text.size() && class_of(text[at]) <= byte_class::lower &&
-           class_of(text[at]) >= byte_class::word)
+    while (at < text.size() && tables.words[static_cast<unsigned char>(text[at])])
         ++at;
     return at;
 }
 
 syntax_token syntax_reader::next() {
-    while (at_ < text_.size()) {
+    for (;;) {
+        while (at_ < text_.size() && class_of(text_[at_]) == byte_class::dull)
+            ++at_;
+        if (at_ >= text_.size())
+            return {text_.size(), text_.size(), syntax_kind::none};
         const byte_class kind = class_of(text_[at_]);
         const std::size_t begin = at_;
         if (kind == byte_class::word) {
@@ -177,5 +182,4 @@ syntax_token syntax_reader::next() {
             ++at_;
         }
     }
-    return {text_.size(), text_.size(), syntax_kind::none};
 }
