@@ -74,7 +74,7 @@ static file_extents find_nested(const record_store& store, const std::vector<std
     result.nested.resize(extents.size());
     result.marks.resize(extents.size());
     const std::vector<source_extent> nothing_skipped;
-    code_cursor cursor(source, nothing_skipped);
+    code_cursor cursor(source, nothing_skipped, {kLargestLine, kLargestColumn});
     std::vector<std::size_t> open; // extents around the current one, the innermost last
     for (std::size_t i = 0; i < extents.size(); ++i) {
         while (!open.empty() && extents[open.back()].end <= extents[i].start)

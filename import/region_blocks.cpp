@@ -70,7 +70,7 @@ source_position block_builder::first_word(const source_extent& gap, code_cursor*
 void block_builder::begin_behind_gaps() {
     if (!source_.readable())
         return;
-    code_cursor cursor(source_, skipped_);
+    code_cursor cursor(source_, skipped_, end_);
     for (const source_extent& gap : gaps_) {
         const source_position word = first_word(gap, &cursor);
         source_position start = gap.end;
@@ -139,7 +139,7 @@ std::optional<source_position> block_builder::place_without_source(const continu
 /// A place in a gap behind the inner part is no join: it leads to code with a count of its own, such as the
 /// "else" behind the first branch does. Nor is one where an inner function begins.
 void block_builder::add_joins(const std::vector<nested_function>& nested) {
-    code_cursor cursor(source_, skipped_);
+    code_cursor cursor(source_, skipped_, end_);
     auto inner = nested.begin(); // the first that begins at the place or behind it
     auto behind = gaps_.begin(); // the first gap behind the place; both go on in ascending order
     for (const continuation& place : continuations_) {
@@ -167,7 +167,7 @@ void block_builder::add_joins(const std::vector<nested_function>& nested) {
 /// inner function begins and ends on a line that holds code of this one, a block brings this one's colour
 /// back.
 void block_builder::add_returns(const std::vector<nested_function>& nested) {
-    code_cursor cursor(source_, skipped_);
+    code_cursor cursor(source_, skipped_, end_);
     for (const nested_function& inner : nested) {
         const std::uint32_t line = inner.extent.start.line;
         if (inner.first_line != line || inner.extent.end.line != line)
@@ -220,6 +220,7 @@ std::vector<profile_block> block_builder::build(const std::vector<source_region>
                                                 const source_extent& extent, source_position start,
                                                 const std::vector<nested_function>& nested,
                                                 const std::optional<source_position>& own_mark) {
+    end_ = extent.end;
     split_by_kind(regions);
     begin_behind_gaps();
     find_continuations(nested);

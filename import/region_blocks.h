@@ -65,6 +65,7 @@ class block_builder {
     const source_text& source_;
 
     // The function that is being built; kept for their memory.
+    source_position end_ = {};
     std::vector<source_region> code_;         ///< ascending by start, the longer first
     std::vector<source_extent> gaps_;         ///< ascending by start
     std::vector<source_extent> skipped_;      ///< ascending by start

@@ -3,7 +3,7 @@
 // A case is a directory below cases/:
 //   input/     what lies in the scratch directory before the first command. A file NAME.dpitext is compiled
 //              to NAME.dpi (tools/profile_text.h). A directory input/bin becomes the program search path.
-//   command    one command a line: "vexcov ARGUMENTS..." or "vexcov-import ARGUMENTS..." is run by a shell,
+//   command    one command a line: "vexcov ARGUMENTS..." or that of another program is run by a shell,
 //              "cd DIRECTORY" sets the directory of the runs that follow, relative to the scratch directory,
 //              and makes it if need be.
 //              Lines that begin with "#" are comments.
