@@ -127,8 +127,9 @@ void line_walk::count_blocks(std::size_t first, bool continued) {
     }
     for (std::size_t i = first; continued && i-- > 0 && blocks_.total == 0;)
         add_blocks(all_[i]);
-    if (blocks_.executed == blocks_.total || blocks_.executed == 0) // they are counted where they begin
-        blocks_ = {std::min(blocks_.total, 1U), std::min(blocks_.executed, 1U)};
+    // They are counted where they begin: many that go on over many lines would make too much of them.
+    const bool in_part = blocks_.executed != 0 && blocks_.executed != blocks_.total;
+    blocks_ = {std::min(blocks_.total, in_part ? 2U : 1U), std::min(blocks_.executed, 1U)};
     for (const block_list_node& position : positions_)
         if (position.column <= line_.text.size())
             add_blocks(position);

@@ -81,9 +81,9 @@ class line_walk {
     std::uint64_t count();
 
     /// The blocks that the line's code is shown in: those that begin on it and, where its code stands in
-    /// front of them, what is in force there, as one block unless it was executed in part. None for a line
-    /// without code; in differential mode, where a line is new or not, one. What the page shows in the colour
-    /// of covered code is executed in all of them. Some are executed just when count() is not 0.
+    /// front of them, what is in force there, as one block, or two where it was executed in part. None for a
+    /// line without code; in differential mode, where a line is new or not, one. What the page shows in the
+    /// colour of covered code is executed in all of them. Some are executed just when count() is not 0.
     line_blocks blocks();
 
   private:

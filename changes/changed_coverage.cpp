@@ -10,13 +10,6 @@
 
 namespace fs = std::filesystem;
 
-void add_line(std::vector<line_range>* ranges, std::uint32_t line) {
-    if (!ranges->empty() && ranges->back().last + 1 == line)
-        ranges->back().last = line;
-    else
-        ranges->push_back({line, line});
-}
-
 /// What stands behind the last dot of a file's name, the dot included; empty for none.
 static std::string_view extension_of(std::string_view name) {
     const std::size_t last = name.rfind('/') == std::string_view::npos ? 0 : name.rfind('/') + 1;

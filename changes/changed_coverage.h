@@ -74,6 +74,3 @@ class change_tracker {
     std::unordered_set<std::string> extensions_;                ///< of the source files
     std::map<std::string, std::vector<fit>> fits_; ///< by the directory that would be the names' own
 };
-
-/// Adds a line to ascending ranges.
-void add_line(std::vector<line_range>* ranges, std::uint32_t line);

@@ -73,6 +73,13 @@ bool take_side(std::string_view* text, hunk_side* side) {
 
 } // namespace
 
+void add_line(std::vector<line_range>* ranges, std::uint32_t line) {
+    if (!ranges->empty() && ranges->back().last + 1 == line)
+        ranges->back().last = line;
+    else
+        ranges->push_back({line, line});
+}
+
 class unified_diff_reader::state {
   public:
     explicit state(int strip) : strip_(strip) {}
@@ -104,7 +111,7 @@ class unified_diff_reader::state {
     bool any_text_ = false;
     std::optional<open_file> open_;
     std::optional<std::string> old_line_; ///< a line "---" that is waiting for its "+++"
-    bool behind_hunk_ = false;            ///< the line before was the last one of a hunk
+    bool behind_hunk_ = false;            ///< the line before was one of a hunk
     std::uint32_t old_left_ = 0;          ///< lines that the hunk still has
     std::uint32_t new_left_ = 0;
     std::unordered_set<std::string> names_; ///< of files that are there behind the change
@@ -127,15 +134,12 @@ bool unified_diff_reader::state::take_hunk_line(char kind) {
         --old_left_;
     if (in_new)
         --new_left_;
-    if (!in_new)
-        return behind_hunk_ = true;
-    const std::uint32_t line = open_->next_line++;
-    std::vector<line_range>& lines = open_->file.lines;
-    if (kind == '+' && !lines.empty() && lines.back().last + 1 == line)
-        lines.back().last = line;
-    else if (kind == '+')
-        lines.push_back({line, line});
-    return behind_hunk_ = true;
+    if (kind == '+')
+        add_line(&open_->file.lines, open_->next_line);
+    if (in_new)
+        ++open_->next_line;
+    behind_hunk_ = true;
+    return true;
 }
 
 bool unified_diff_reader::state::begin_hunk(std::string_view line) {

@@ -29,6 +29,9 @@ struct line_range {
     bool operator==(const line_range&) const = default;
 };
 
+/// Adds a line behind those of ascending ranges.
+void add_line(std::vector<line_range>* ranges, std::uint32_t line);
+
 enum class file_change { modified, added, deleted, renamed, copied };
 
 /// A file that a diff changes.
