@@ -8,6 +8,9 @@
 #include <cerrno>
 #include <cstring>
 
+/// Names may lie in each other, but no profile has so many times its bytes in names.
+constexpr std::uint64_t kMostNames = 16;
+
 bool DPI_CURSOR::fail(const std::string& what) {
     error_ = what;
     return false;
@@ -116,6 +119,9 @@ bool DPI_CURSOR::read_name(std::uint64_t offset, std::string* text) {
             break;
         offset += available;
     }
+    name_bytes_ += text->size();
+    if (name_bytes_ / kMostNames > reader_->size())
+        return fail(name_ + " has far more names than bytes, as they lie in each other");
     return true;
 }
 

@@ -17,8 +17,8 @@
 #include <sys/stat.h>
 #include <vector>
 
-/// Names of more bytes are refused: each may lie anywhere in the file, so that a small one could hold many
-/// large names.
+/// Names of more bytes are refused, as are profiles that have many times their bytes in names: each may lie
+/// anywhere in the file, so that a small one could hold many large names.
 constexpr std::size_t DPI_LONGEST_NAME = 65535;
 
 class DPI_CURSOR {
@@ -36,6 +36,7 @@ class DPI_CURSOR {
     /// Goes back to before the first record.
     void rewind() {
         number_ = 0;
+        name_bytes_ = 0;
         next_position_ = PGOPTI_HEADER_SIZE;
     }
 
@@ -88,6 +89,7 @@ class DPI_CURSOR {
     std::uint64_t next_position_ = 0;
     std::vector<unsigned char> record_;
     const PGOPTI_RECORD_LAYOUT* layout_ = nullptr;
+    std::uint64_t name_bytes_ = 0;                       ///< that were read as names
     std::uint64_t file_name_offset_ = ~std::uint64_t{0}; ///< of file_name_; neighbours mostly share it
     std::string file_name_;
     std::string key_;

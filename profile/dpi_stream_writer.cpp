@@ -16,7 +16,8 @@ void DPI_STREAM_WRITER::pile::put(std::string_view bytes) {
 std::uint64_t DPI_STREAM_WRITER::pile::put_string(std::string_view text) {
     const std::uint64_t offset = size;
     put(text);
-    put(std::string_view("", 1));
+    buffer->put('\0');
+    ++size;
     return offset;
 }
 
@@ -51,9 +52,8 @@ bool DPI_STREAM_WRITER::add(DPI_CONTENT& content, const DPI_RECORD_NAMES& names,
     content.file_name = last_file_offset_;
     content.key_func_name = names_.put_string(names.function);
     for (std::size_t i = 0; i < content.routine_names.size(); ++i) {
-        const std::string& routine = (*names.routines)[i];
-        content.routine_names[i] =
-            routine == names.function ? content.key_func_name : names_.put_string(routine);
+        const std::optional<std::string>& routine = (*names.routines)[i];
+        content.routine_names[i] = routine ? names_.put_string(*routine) : content.key_func_name;
     }
     content.vtbl_name = names.vtbl ? names_.put_string(*names.vtbl) + 1 : 0; // so that 0 remains for none
     bytes_.clear();

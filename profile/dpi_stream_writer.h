@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,9 @@
 struct DPI_RECORD_NAMES {
     std::string_view file;
     std::string_view function;
-    const std::vector<std::string>* routines = nullptr; ///< one for each routine of the record
-    const std::string* vtbl = nullptr;                  ///< null for none
+    /// One for each routine of the record; nothing where it is the function's, which it must not equal.
+    const std::vector<std::optional<std::string>>* routines = nullptr;
+    const std::string* vtbl = nullptr; ///< null for none
 };
 
 class DPI_STREAM_WRITER {

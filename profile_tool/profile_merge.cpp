@@ -119,14 +119,15 @@ bool profile_merge::fail_scratch(const char* what) {
                 std::strerror(errno));
 }
 
-/// Merges sources into an intermediate profile.
-bool profile_merge::reduce(source_list sources, file_ptr* result) {
+/// Merges sources into an intermediate profile, and closes them.
+bool profile_merge::reduce(source_list* sources, file_ptr* result) {
     *result = open_scratch_file(directory_);
     if (!*result)
         return fail_scratch("create");
     DPI_STREAM_WRITER writer(directory_);
-    if (!merge(sources, writer, false) || !writer.write(result->get(), {}, PGOPTI_LAYOUT_64))
+    if (!merge(*sources, writer, false) || !writer.write(result->get(), {}, PGOPTI_LAYOUT_64))
         return fail(writer.error());
+    sources->clear();
     return rewind_scratch_file(result->get()) || fail_scratch("write");
 }
 
@@ -144,7 +145,7 @@ bool profile_merge::add_intermediate(source_list sources, std::size_t level) {
     if (levels_.size() <= level)
         levels_.resize(level + 1);
     file_ptr stream;
-    if (!reduce(std::move(sources), &stream))
+    if (!reduce(&sources, &stream))
         return false;
     levels_[level].push_back(std::move(stream));
     source_list full;
@@ -173,8 +174,7 @@ bool profile_merge::add_levels(source_list* sources) {
     for (std::vector<file_ptr>& level : levels_) {
         if (sources->size() + level.size() > kWays) {
             std::vector<file_ptr> stream(1);
-            if (!reduce(std::exchange(*sources, {}), stream.data()) ||
-                !open_intermediates(std::move(stream), sources))
+            if (!reduce(sources, stream.data()) || !open_intermediates(std::move(stream), sources))
                 return false;
         }
         if (!open_intermediates(std::exchange(level, {}), sources))

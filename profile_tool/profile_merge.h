@@ -48,7 +48,7 @@ class profile_merge {
     bool write_variants(std::size_t count, DPI_STREAM_WRITER& writer, bool is_last);
     bool refuse(const record_sum& sum, const merge_source& source);
     bool fail_scratch(const char* what);
-    bool reduce(source_list sources, file_ptr* result);
+    bool reduce(source_list* sources, file_ptr* result);
     bool open_intermediates(std::vector<file_ptr> streams, source_list* sources);
     bool add_intermediate(source_list sources, std::size_t level);
     bool add_profiles(source_list sources);

@@ -5,12 +5,19 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
-/// A name of the present record. Mostly it is the function's own, which is at hand.
-static bool read_name(DPI_CURSOR& cursor, std::uint64_t offset, std::string* text) {
-    if (offset != DPI_key_func_name_get(cursor.record()))
-        return cursor.read_name(offset, text);
-    text->assign(cursor.function_name());
+/// The name of a routine of the present record; nothing where it is that of the function, as it mostly is: so
+/// many of them take no memory. False when it cannot be read.
+static bool read_routine(DPI_CURSOR& cursor, std::uint64_t offset, std::optional<std::string>* name) {
+    name->reset();
+    if (offset == DPI_key_func_name_get(cursor.record()))
+        return true;
+    std::string text;
+    if (!cursor.read_name(offset, &text))
+        return false;
+    if (text != cursor.function_name())
+        *name = std::move(text);
     return true;
 }
 
@@ -32,7 +39,7 @@ bool record_sum::start(merge_source& source, std::string* error) {
     has_vtbl_ = content_.vtbl_name != 0;
     bool read = !has_vtbl_ || cursor.read_name(content_.vtbl_name, &vtbl_);
     for (std::size_t i = 0; read && i < routines_.size(); ++i)
-        read = read_name(cursor, content_.routine_names[i], &routines_[i]);
+        read = read_routine(cursor, content_.routine_names[i], &routines_[i]);
     if (!read)
         *error = cursor.error();
     return read;
@@ -54,9 +61,9 @@ bool record_sum::agrees(merge_source& source) const {
                       DPI_routine_count_get(record) == routines_.size() &&
                       same_bytes(content_.entry_indices, areas.entry_indices) &&
                       same_bytes(content_.positions, areas.positions);
-    std::string name;
+    std::optional<std::string> name;
     for (std::uint32_t i = 0; same && i < routines_.size(); ++i)
-        if (!read_name(cursor, DPI_routine_name_get(record, i), &name) || name != routines_[i])
+        if (!read_routine(cursor, DPI_routine_name_get(record, i), &name) || name != routines_[i])
             return false;
     return same;
 }
@@ -109,8 +116,8 @@ std::string record_sum::shape() const {
           std::size_t{content_.third_group}, std::size_t{content_.has_positions}, routines_.size()})
         text.append(std::to_string(number)).append(1, ' ');
     text.append(content_.positions).append(content_.entry_indices);
-    for (const std::string& routine : routines_)
-        text.append(routine).append(1, '\0');
+    for (const std::optional<std::string>& routine : routines_)
+        text.append(routine ? *routine + '\1' : std::string()).append(1, '\0');
     return text;
 }
 

@@ -9,6 +9,7 @@
 #include "profile/dpi_stream_writer.h"
 #include "profile_tool/merge_source.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,7 +48,7 @@ class record_sum {
     merge_origin origin_;
     std::string file_;
     std::string function_;
-    std::vector<std::string> routines_;
+    std::vector<std::optional<std::string>> routines_; ///< as DPI_RECORD_NAMES has them
     bool has_vtbl_ = false;
     std::string vtbl_;
 };

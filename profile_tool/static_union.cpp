@@ -72,7 +72,7 @@ bool static_union::add(const std::string& path, const std::string& dynamic, std:
     paths_.push_back(path);
     keys_.clear();
     return read_keys(dynamic, error) && read_static_lines(path, taker(&lines, time), error) &&
-           unite(std::move(lines), error);
+           unite(lines, error);
 }
 
 /// The first ones were the same; now there is one that is not.
@@ -82,8 +82,8 @@ bool static_union::start_map(std::string* error) {
     for (const std::string& dynamic : first_dynamic_)
         if (!read_keys(dynamic, error))
             return false;
-    const bool read = read_static_lines(first_, first_path_, taker(&lines, first_time_), error) &&
-                      unite(std::move(lines), error);
+    const bool read =
+        read_static_lines(first_, first_path_, taker(&lines, first_time_), error) && unite(lines, error);
     first_ = {};
     first_dynamic_ = {};
     return read;
@@ -137,22 +137,21 @@ bool static_union::refuse(const std::string& key, const routine_lines& known, co
     return false;
 }
 
-bool static_union::unite(routine_map added, std::string* error) {
+bool static_union::unite(routine_map& added, std::string* error) {
     for (auto& [key, lines] : added) {
         std::sort(lines.lines.begin(), lines.lines.end());
         lines.lines.erase(std::unique(lines.lines.begin(), lines.lines.end()), lines.lines.end());
         const auto [place, is_new] = routines_.try_emplace(key);
         routine_lines& known = place->second;
-        if (is_new) {
-            known = std::move(lines);
-        } else if (known.lines == lines.lines) {
+        if (!is_new && known.lines == lines.lines) {
             known.time = std::max(known.time, lines.time);
             known.has_run = known.has_run || lines.has_run;
-        } else if (!newest_ && !agree(known, lines)) {
-            return refuse(key, known, lines, error);
-        } else if (is_better(lines, known)) {
-            known = std::move(lines);
+            continue;
         }
+        if (!is_new && !newest_ && !agree(known, lines))
+            return refuse(key, known, lines, error);
+        if (is_new || is_better(lines, known))
+            known = std::move(lines);
     }
     return true;
 }

@@ -59,7 +59,7 @@ class static_union {
     bool is_better(const routine_lines& a, const routine_lines& b) const;
     bool refuse(const std::string& key, const routine_lines& known, const routine_lines& lines,
                 std::string* error) const;
-    bool unite(routine_map added, std::string* error);
+    bool unite(routine_map& added, std::string* error); ///< takes them out of `added`
 
     const struct stat* locked_;
     bool newest_;

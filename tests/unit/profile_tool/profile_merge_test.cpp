@@ -310,3 +310,16 @@ TEST_F(merging, SumIsAsOldAsItsProfilesForTheCheckOfSources) {
     EXPECT_EQ(checked.standard_output, "source files that are newer than the profile: 1\n    a.c\n");
     EXPECT_EQ(checked.status, 2);
 }
+
+TEST_F(merging, NamesThatLieInEachOther) {
+    // A small profile with 2,000 routines, all of which have one long name: that of the source file.
+    std::string text = "header runs 1\nrecord 64\nfile " + std::string(4000, 'a') +
+                       "\nfunction f\nblocks 1:1=1\nentry 0 x 2000\n";
+    const std::string file_name = std::to_string(528 + 80 + 8 + 12 * 2000 + 8 + 2 * 2000);
+    for (int i = 0; i < 2000; ++i)
+        text += "set u64 r0+" + std::to_string(88 + 8 * i) + " " + file_name + "\n";
+    put("a.dpi", text);
+    for (const char* command : {"merge -o m a.dpi a.dpi", "show a.dpi"})
+        EXPECT_EQ(run("vexcov-profile " + std::string(command)).standard_error,
+                  "ERROR: a.dpi has far more names than bytes, as they lie in each other\n");
+}
