@@ -4,58 +4,108 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
-constexpr std::uint32_t kNone = 0xffffffff; ///< no mark
 constexpr std::uint32_t kOpen = 0xfffffffe; ///< a body that no brace closes
 
-code_lines::code_lines(const source_analysis& analysis)
-    : analysis_(analysis),
-      needs_marks_(std::any_of(analysis.functions.begin(), analysis.functions.end(),
-                               [](const source_function& function) { return !function.called; })) {
+/// Characters at which the reading of a line of code has to stop.
+static constexpr std::array<bool, 256> kStops = [] {
+    std::array<bool, 256> stops = {};
+    for (const char c : {'\n', '"', '\'', '/', '{', '}', '(', ')', ';'})
+        stops[static_cast<unsigned char>(c)] = true;
+    return stops;
+}();
+
+static bool is_one_of(std::string_view characters, char c) {
+    return characters.find(c) != std::string_view::npos;
+}
+
+code_lines::code_lines(const source_analysis& analysis) : analysis_(analysis) {
     first_code_.reserve(analysis.positions.lines());
+    closes_.reserve(analysis.positions.lines());
     read_text();
     first_code_.resize(line_, 0);
+    closes_.resize(line_, false);
     match_marks();
     find_bodies();
     find_extents();
 }
 
-/// Notes that code stands at text[from, to), which may hold newlines.
-void code_lines::note_code(std::size_t from, std::size_t to) {
+source_position code_lines::position_of(std::size_t offset) const {
+    return {line_, static_cast<std::uint32_t>(offset - line_start_ + 1)};
+}
+
+/// Notes that a piece of code begins at `offset` of the line at hand.
+void code_lines::note_code(std::size_t offset) {
+    const char c = analysis_.text[offset];
+    if (first_code_.size() < line_) {
+        first_code_.resize(line_, 0);
+        closes_.resize(line_, false);
+        first_code_[line_ - 1] = position_of(offset).column;
+        closes_[line_ - 1] = c == '}';
+    } else if (!is_one_of("})];,", c)) {
+        closes_[line_ - 1] = false;
+    }
+    if (mark_waits_ && other_branches_ == 0)
+        finish_mark(offset);
+}
+
+/// Notes a literal, text[from, to), which may hold newlines.
+void code_lines::note_literal(std::size_t from, std::size_t to) {
     const std::string_view text = analysis_.text;
     while (from < to) {
-        if (first_code_.size() < line_) {
-            first_code_.resize(line_, 0);
-            first_code_[line_ - 1] = static_cast<std::uint32_t>(from - line_start_ + 1);
-        }
+        note_code(from);
         const std::size_t newline = text.substr(0, to).find('\n', from);
         if (newline == std::string_view::npos)
             return;
-        ++line_;
-        line_start_ = newline + 1;
-        from = std::min(text.find_first_not_of(" \t\r\f\v\n", line_start_), to);
-        for (std::size_t i = line_start_; i < from; ++i) { // blank lines inside a literal
-            if (text[i] == '\n') {
-                ++line_;
-                line_start_ = i + 1;
-            }
-        }
+        from = std::min(text.find_first_not_of(" \t\r\f\v\n", newline + 1), to);
+        pass_lines(newline, from);
     }
+}
+
+/// The word at `offset`.
+static code_word word_at(std::string_view text, std::size_t offset) {
+    static constexpr std::pair<std::string_view, code_word> words[] = {
+        {"else", code_word::branch_else}, {"case", code_word::label},    {"default", code_word::label},
+        {"break", code_word::jump},       {"continue", code_word::jump}, {"goto", code_word::jump},
+        {"return", code_word::jump},      {"throw", code_word::jump}};
+    for (const auto& [word, meaning] : words) {
+        const std::size_t end = offset + word.size();
+        if (text[offset] == word[0] && text.substr(offset, word.size()) == word &&
+            (end == text.size() || !is_word_character(text[end])))
+            return meaning;
+    }
+    return code_word::other;
+}
+
+/// True when the last character in front of `offset` other than blanks is a colon.
+static bool is_behind_colon(std::string_view text, std::size_t offset) {
+    while (offset > 0 && is_one_of(" \t\r\n", text[offset - 1]))
+        --offset;
+    return offset > 0 && text[offset - 1] == ':';
+}
+
+/// The last mark meets the code behind it.
+void code_lines::finish_mark(std::size_t offset) {
+    marks_.back().next = analysis_.text[offset];
+    marks_.back().next_position = position_of(offset);
+    marks_.back().before = word_at(analysis_.text, offset);
+    mark_waits_ = false;
 }
 
 void code_lines::note_mark(std::size_t offset) {
     const char c = analysis_.text[offset];
-    if (!marks_.empty() && marks_.back().next == '\0')
-        marks_.back().next = c;
-    if (c == '{' || c == '}' || c == '(' || c == ')' || c == ';')
-        marks_.push_back({{line_, static_cast<std::uint32_t>(offset - line_start_ + 1)}, c, '\0', kNone});
+    const bool behind_label = c == '{' && is_behind_colon(analysis_.text, offset);
+    marks_.push_back({position_of(offset), {}, kNone, c, '\0', code_word::other, behind_label});
+    mark_waits_ = c != '(';
 }
 
 /// Counts the lines that end in text[from, to).
 void code_lines::pass_lines(std::size_t from, std::size_t to) {
+    const char* const text = analysis_.text.data();
     for (; from < to; ++from) {
-        if (analysis_.text[from] == '\n') {
+        if (text[from] == '\n') {
             ++line_;
             line_start_ = from + 1;
         }
@@ -78,25 +128,24 @@ void code_lines::note_directive(std::size_t offset) {
     }
 }
 
-namespace {
-
-/// Bytes at which reading has to look closer; between them there is nothing but more code on the line.
-struct stop_table {
-    std::array<bool, 256> stops = {};
-    constexpr stop_table() {
-        for (const char c : {'\n', '"', '\'', '/', '{', '}', '(', ')', ';'})
-            stops[static_cast<unsigned char>(c)] = true;
+/// Reads code that begins at `offset`; gives where it stopped.
+std::size_t code_lines::read_code(std::size_t offset) {
+    const std::string_view text = analysis_.text;
+    const char c = text[offset];
+    if (begins_literal(text, offset)) {
+        const std::size_t end = behind_literal(text, offset);
+        note_literal(offset, end);
+        return end;
     }
-};
-
-} // namespace
-
-/// The offset of the next byte from `at` on that may be more than further code.
-static std::size_t behind_plain_code(std::string_view text, std::size_t at) {
-    static constexpr stop_table table;
-    while (at < text.size() && !table.stops[static_cast<unsigned char>(text[at])])
-        ++at;
-    return at;
+    note_code(offset);
+    if (is_one_of("{}();", c) && other_branches_ == 0)
+        note_mark(offset);
+    ++offset;
+    if (mark_waits_ || closes_[line_ - 1]) // what follows is to be looked at
+        return offset;
+    while (offset < text.size() && !kStops[static_cast<unsigned char>(text[offset])])
+        ++offset;
+    return offset;
 }
 
 void code_lines::read_text() {
@@ -114,15 +163,7 @@ void code_lines::read_text() {
             continue;
         }
         line_begin = false;
-        at = begins_literal(text, code) ? behind_literal(text, code) : code + 1;
-        while (at < text.size() && is_word_character(text[at - 1]) && is_word_character(text[at]))
-            ++at;
-        if (needs_marks_ && other_branches_ == 0)
-            note_mark(code);
-        note_code(code, at);
-        const bool awaits_code = needs_marks_ && !marks_.empty() && marks_.back().next == '\0';
-        if (!awaits_code)
-            at = behind_plain_code(text, at);
+        at = read_code(code);
     }
 }
 
@@ -147,20 +188,32 @@ void code_lines::match_marks() {
     }
 }
 
+/// Whether the head of a function can go on behind the parenthesis at `close`: a semicolon comes next only
+/// where a word in front of it begins to declare the parameters.
+bool code_lines::declares_behind(std::size_t close) const {
+    const std::size_t next = close + 1;
+    return next == marks_.size() || marks_[next].kind != ';' || is_word_character(marks_[close].next);
+}
+
 /// From each mark on: where the head of a function goes on there, its parameters are passed over, and so are
 /// the initialisers in braces of a constructor's members; the next brace opens its body.
 void code_lines::find_bodies() {
     bodies_.assign(marks_.size() + 1, kNone);
     for (std::size_t i = marks_.size(); i-- > 0;) {
-        const mark& current = marks_[i];
-        if (current.kind == ')') {
+        const code_mark& current = marks_[i];
+        if (current.kind == ';') { // declarations of parameters
+            const bool another = i + 1 < marks_.size() && marks_[i + 1].kind == ';';
+            bodies_[i] = another || current.next == '{' ? bodies_[i + 1] : kNone;
+        } else if (current.kind == ')') {
             bodies_[i] = bodies_[i + 1];
         } else if (current.kind == '{' && current.match == kNone) {
             bodies_[i] = kOpen;
         } else if ((current.kind == '{' || current.kind == '(') && current.match != kNone) {
             const char next = marks_[current.match].next;
             const bool head_goes_on = current.kind == '(' || next == ',' || next == '{';
-            bodies_[i] = head_goes_on ? bodies_[current.match + 1] : current.match;
+            bodies_[i] = !head_goes_on                    ? current.match
+                         : declares_behind(current.match) ? bodies_[current.match + 1]
+                                                          : kNone;
         }
     }
 }
@@ -170,7 +223,7 @@ void code_lines::find_bodies() {
 source_extent code_lines::uncalled_extent(std::uint32_t line, std::uint32_t next_line) const {
     const auto first =
         std::lower_bound(marks_.begin(), marks_.end(), line,
-                         [](const mark& m, std::uint32_t wanted) { return m.position.line < wanted; });
+                         [](const code_mark& m, std::uint32_t wanted) { return m.position.line < wanted; });
     const std::uint32_t body = bodies_[static_cast<std::size_t>(first - marks_.begin())];
     if (body == kOpen)
         return {{line, 1}, {next_line != 0 ? next_line : analysis_.positions.lines(), 0}};
@@ -224,7 +277,8 @@ void code_lines::find_extents() {
 }
 
 code_line code_lines::examine(std::uint32_t line) {
-    code_line result = {false, false, false, line <= first_code_.size() ? first_code_[line - 1] : 0};
+    const bool read = line <= first_code_.size();
+    code_line result = {false, false, false, read && closes_[line - 1], read ? first_code_[line - 1] : 0};
     const source_position code = {line, result.column};
     result.in_function = functions_.reaches(line, code, &result.inside) && result.column != 0;
     called_.reaches(line, code, &result.inside_called);

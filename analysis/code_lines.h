@@ -12,7 +12,29 @@ struct code_line {
     bool in_function;     ///< code, on a line that a function reaches
     bool inside;          ///< its first code lies inside a function, not in front of its first block
     bool inside_called;   ///< it lies inside a function that was called
+    bool closes;          ///< its code is nothing but "}" and what may follow that: ) ] ; ,
     std::uint32_t column; ///< of its first code, 1-based; 0 for none
+};
+
+constexpr std::uint32_t kNone = 0xffffffff; ///< no mark
+
+/// What a statement begins with.
+enum class code_word : std::uint8_t {
+    other,
+    branch_else,
+    label, ///< of a switch: case, default
+    jump   ///< break, continue, goto, return, throw
+};
+
+/// A brace, parenthesis or semicolon of the code. Of conditional text only the first branch has some.
+struct code_mark {
+    source_position position;
+    source_position next_position; ///< of the code behind it
+    std::uint32_t match;           ///< index of the mark that closes it, or kNone
+    char kind;
+    char next;         ///< first character of the code behind it, 0 at the end; like the place not for "("
+    code_word before;  ///< what stands behind it; likewise
+    bool behind_label; ///< a brace that opens behind a colon
 };
 
 class code_lines {
@@ -23,33 +45,34 @@ class code_lines {
     /// About a line; to be asked in ascending order.
     code_line examine(std::uint32_t line);
 
-  private:
-    /// A brace, parenthesis or semicolon of the code.
-    struct mark {
-        source_position position;
-        char kind;
-        char next;           ///< first character of the code behind it, 0 at the end
-        std::uint32_t match; ///< index of the mark that closes it, or kNone
-    };
+    /// In order.
+    const std::vector<code_mark>& marks() const { return marks_; }
 
+  private:
     void read_text();
+    std::size_t read_code(std::size_t offset);
     void pass_lines(std::size_t from, std::size_t to);
     void note_directive(std::size_t offset);
-    void note_code(std::size_t from, std::size_t to);
+    void note_code(std::size_t offset);
+    void note_literal(std::size_t from, std::size_t to);
     void note_mark(std::size_t offset);
+    void finish_mark(std::size_t offset);
+    source_position position_of(std::size_t offset) const;
     void match_marks();
+    bool declares_behind(std::size_t close) const;
     void find_bodies();
     void find_extents();
     source_extent uncalled_extent(std::uint32_t line, std::uint32_t next_line) const;
 
     const source_analysis& analysis_;
-    bool needs_marks_;                      ///< some function was never called
     std::vector<std::uint32_t> first_code_; ///< column of the first code of each line, from line 1; 0: none
+    std::vector<bool> closes_;              ///< for each of them: see code_line
     std::uint32_t line_ = 1;                ///< while reading: that of the text at hand
     std::size_t line_start_ = 0;            ///< offset at which it begins
-    std::vector<bool> branches_;        ///< while reading, for each open #if: text behind an #else or #elif
-    std::size_t other_branches_ = 0;    ///< how many of them are
-    std::vector<mark> marks_;           ///< in order; of conditional text only that of the first branch
+    std::vector<bool> branches_;     ///< while reading, for each open #if: text behind an #else or #elif
+    std::size_t other_branches_ = 0; ///< how many of them are
+    std::vector<code_mark> marks_;
+    bool mark_waits_ = false;           ///< while reading: the last mark has not met the code behind it
     std::vector<std::uint32_t> bodies_; ///< for each mark: the one that closes the body of a function whose
                                         ///< head goes on there, kNone, or kOpen for a body without end
 

@@ -1,6 +1,7 @@
 #include "analysis/line_walk.h"
 
 #include "analysis/code_lines.h"
+#include "analysis/scope_counts.h"
 
 #include <algorithm>
 #include <cstring>
@@ -89,6 +90,8 @@ std::size_t line_walk::look_ahead() const {
 /// Takes the count of a position. A function's last block is mostly not counted, but credited: it is taken
 /// for reached as often as the code in front of it that has a count.
 void line_walk::pass_position(const block_list_node& position) {
+    const source_position place = {position.line, position.column};
+    scopes_->pass_marks(place, in_force_);
     if (position.count == NEVER_ENTERED || position.count < position.numAdjusted) {
         in_force_ = 0;
         return;
@@ -96,6 +99,7 @@ void line_walk::pass_position(const block_list_node& position) {
     const std::uint64_t count = position.count - position.numAdjusted;
     in_force_ = count == 0 && position.bAdjusted() ? std::max<std::uint64_t>(last_count_, 1) : count;
     last_count_ = in_force_;
+    scopes_->pass_block(place, in_force_);
 }
 
 /// Adds the blocks of a position. Closing adjustments are none; alone they go on with the code before.
@@ -123,8 +127,9 @@ void line_walk::count_blocks(std::size_t first, bool continued) {
     }
     for (std::size_t i = first; continued && i-- > 0 && blocks_.total == 0;)
         add_blocks(all_[i]);
-    if (blocks_.executed == blocks_.total || blocks_.executed == 0) // they are counted where they begin
-        blocks_ = {std::min(blocks_.total, 1U), std::min(blocks_.executed, 1U)};
+    // They are counted where they begin: many that go on over many lines would make too much of them.
+    const bool in_part = blocks_.executed != 0 && blocks_.executed != blocks_.total;
+    blocks_ = {std::min(blocks_.total, in_part ? 2U : 1U), std::min(blocks_.executed, 1U)};
     for (const block_list_node& position : positions_)
         if (position.column <= line_.text.size())
             add_blocks(position);
@@ -138,8 +143,10 @@ void line_walk::count_blocks(std::size_t first, bool continued) {
 void line_walk::examine_code() {
     if (examined_ == line_.number)
         return;
-    if (!code_)
+    if (!code_) {
         code_ = std::make_unique<code_lines>(analysis_);
+        scopes_ = std::make_unique<scope_counts>(code_->marks());
+    }
     examined_ = line_.number;
     const std::size_t passed = static_cast<std::size_t>(positions_.data() - all_.data());
     for (; counted_ < passed; ++counted_)
@@ -147,6 +154,11 @@ void line_walk::examine_code() {
     const code_line code = code_->examine(line_.number);
     holds_code_ = code.in_function;
     std::uint64_t at_code = in_force_; // in force at the line's first code
+    if (code.closes) {
+        scopes_->pass_marks({line_.number, code.column}, in_force_);
+        at_code = scopes_->count_at_end();
+        holds_code_ = holds_code_ && !(scopes_->is_dead_end() && positions_.empty());
+    }
     std::uint64_t largest = 0;
     for (; counted_ < passed + positions_.size(); ++counted_) {
         const block_list_node& position = all_[counted_];
@@ -158,10 +170,13 @@ void line_walk::examine_code() {
         if (position.column <= code.column && !mark_of_inner)
             at_code = in_force_;
     }
-    if (code.inside)
+    // In differential mode nothing marks functions that were never called: what is in force is from further
+    // up.
+    if (code.inside_called)
         largest = std::max(largest, at_code);
     count_ = holds_code_ ? largest : 0;
-    count_blocks(passed, code.inside && (positions_.empty() || code.column < positions_.front().column));
+    count_blocks(passed, code.inside && !code.closes &&
+                             (positions_.empty() || code.column < positions_.front().column));
 }
 
 bool line_walk::holds_code() {

@@ -17,6 +17,7 @@
 #include <vector>
 
 class code_lines;
+class scope_counts;
 
 /// One line of the source.
 struct source_line {
@@ -69,18 +70,20 @@ class line_walk {
 
     /// True when the line holds code: not only blanks, comments and preprocessor lines, and inside a
     /// function. A called function reaches from its first to its last block, one that was never called from
-    /// its first line to the brace that closes its body.
+    /// its first line to the brace that closes its body. The brace that closes a case behind its break is
+    /// none: nothing gets there.
     bool holds_code();
 
     /// How often the line was executed: the largest of the count in force at its first code and of those of
     /// the blocks that begin on it; 0 for a line without code. A closing adjustment is no execution; a block
-    /// that has no other count goes on with the one before.
+    /// that has no other count goes on with the one before. A line that closes a pair of braces, and at which
+    /// no block begins, has the count of that pair's end (scope_counts.h).
     std::uint64_t count();
 
     /// The blocks that the line's code is shown in: those that begin on it and, where its code stands in
-    /// front of them, what is in force there, as one block unless it was executed in part. None for a line
-    /// without code; in differential mode, where a line is new or not, one. What the page shows in the colour
-    /// of covered code is executed in all of them. Some are executed just when count() is not 0.
+    /// front of them, what is in force there, as one block, or two where it was executed in part. None for a
+    /// line without code; in differential mode, where a line is new or not, one. What the page shows in the
+    /// colour of covered code is executed in all of them. Some are executed just when count() is not 0.
     line_blocks blocks();
 
   private:
@@ -99,8 +102,9 @@ class line_walk {
     Color color_ = clrUnknown; ///< in force at the end of the line
     std::vector<line_stretch> stretches_;
 
-    std::unique_ptr<code_lines> code_; ///< made at the first question
-    std::uint32_t examined_ = 0;       ///< line that the three below belong to
+    std::unique_ptr<code_lines> code_; ///< made at the first question, as the next
+    std::unique_ptr<scope_counts> scopes_;
+    std::uint32_t examined_ = 0; ///< line that the three below belong to
     bool holds_code_ = false;
     std::uint64_t count_ = 0;
     line_blocks blocks_ = {};

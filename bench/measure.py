@@ -19,6 +19,7 @@ BUILD = os.path.join(ROOT, "build", "bench")
 VEXCOV = os.path.join(BUILD, "vexcov")
 IMPORT = os.path.join(BUILD, "vexcov-import")
 SITE = os.path.join(BUILD, "vexcov-site")
+EXPORT = os.path.join(BUILD, "vexcov-export")
 WRITE_FIGURES = os.path.join(ROOT, "scripts", "write-figures")
 GENERATE = os.path.join(BUILD, "bench", "generate_tree")
 

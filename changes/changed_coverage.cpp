@@ -4,8 +4,11 @@
 #include "common/message.h"
 
 #include <algorithm>
-#include <sys/stat.h>
+#include <filesystem>
+#include <system_error>
 #include <utility>
+
+namespace fs = std::filesystem;
 
 void add_line(std::vector<line_range>* ranges, std::uint32_t line) {
     if (!ranges->empty() && ranges->back().last + 1 == line)
@@ -128,20 +131,34 @@ change_tracker::change_tracker(std::vector<changed_file> files, bool root_given)
             by_name_.emplace(files_[i].name, i);
 }
 
+/// Notes what the file at `path` may be, below `root`; false when it is no changed file.
+bool change_tracker::take_path(const std::string& path, const std::string& root, const file_coverage& file) {
+    const std::size_t root_end = root.ends_with('/') ? root.size() - 1 : root.size();
+    bool taken = false;
+    for (std::size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+        const bool is_root = slash == root_end && path.starts_with(root);
+        const auto found = by_name_.find(std::string_view(path).substr(slash + 1));
+        if (found == by_name_.end() || (root_given_ && !is_root))
+            continue;
+        const std::string directory = slash == 0 ? "/" : path.substr(0, slash);
+        fits_[is_root ? root_ : directory].push_back(
+            {found->second, file.analysis.positions.lines() - 1, count_changed(files_[found->second], file)});
+        taken = true;
+    }
+    return taken;
+}
+
 void change_tracker::take(const file_coverage& file, const root_names& names) {
     root_ = names.root();
     extensions_.emplace(extension_of(file.name));
-    const std::string root = root_.ends_with('/') ? root_ : root_ + '/';
-    const std::string path = file.below_root ? root + file.name : file.name;
-    for (std::size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
-        if (root_given_ && slash + 1 != root.size())
-            continue;
-        const auto found = by_name_.find(std::string_view(path).substr(slash + 1));
-        if (found == by_name_.end() || (root_given_ && !file.below_root))
-            continue;
-        fits_[slash == 0 ? "/" : path.substr(0, slash)].push_back(
-            {found->second, file.analysis.positions.lines() - 1, count_changed(files_[found->second], file)});
-    }
+    const std::string path =
+        !file.below_root ? file.name : root_ + (root_.ends_with('/') ? "" : "/") + file.name;
+    if (take_path(path, root_, file))
+        return;
+    std::error_code error;
+    const std::string physical = fs::canonical(path, error);
+    if (!error && physical != path)
+        take_path(physical, fs::weakly_canonical(root_, error), file);
 }
 
 /// A file that got lines, and has an extension of source files.
@@ -157,8 +174,8 @@ void change_tracker::refuse_foreign() const {
     for (const changed_file& file : files_) {
         if (!may_hold_code(file))
             continue;
-        struct stat status = {};
-        if (stat((root_ + '/' + file.name).c_str(), &status) == 0 && S_ISREG(status.st_mode))
+        std::error_code error;
+        if (fs::is_regular_file(fs::path(root_) / file.name, error))
             return;
         unknown = unknown ? unknown : &file;
     }

@@ -8,6 +8,7 @@
 // given they are relative to it. Otherwise a changed file may be any source file whose path ends in its name,
 // and the directory is the one, in front of the name, below which most of the changed files are found; the
 // root wins where others have as many.
+// Where a path fits nothing it is tried without symbolic links.
 #pragma once
 
 #include "changes/unified_diff.h"
@@ -61,6 +62,7 @@ class change_tracker {
         changed_file_coverage coverage;
     };
 
+    bool take_path(const std::string& path, const std::string& root, const file_coverage& file);
     bool may_hold_code(const changed_file& file) const;
     void refuse_foreign() const;
     const std::string& best_directory() const;

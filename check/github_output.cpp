@@ -43,21 +43,24 @@ static std::vector<uncovered_range> ranges_of(const changed_coverage& changed) {
     return ranges;
 }
 
+static void print_warning_at(const std::string& file, const line_range& lines) {
+    std::string place = "file=" + command_property(file);
+    place.append(",line=").append(std::to_string(lines.first));
+    place.append(",endLine=").append(std::to_string(lines.last)).append(",title=Not covered");
+    print_command("warning", place,
+                  (lines.first == lines.last ? "No test reaches line " : "No test reaches lines ") +
+                      shown_ranges({lines}, 1));
+}
+
 static void print_warnings(const changed_coverage& changed) {
     const std::vector<uncovered_range> ranges = ranges_of(changed);
     std::int64_t left_out = 0;
     for (std::size_t i = 0; i < ranges.size(); ++i) {
         const line_range& lines = ranges[i].lines;
-        const std::string first = std::to_string(lines.first);
-        const std::string last = std::to_string(lines.last);
         if (i >= kMostCommands)
-            left_out += std::int64_t{lines.last} - lines.first + 1;
+            left_out += count_lines_of({lines});
         else
-            print_command("warning",
-                          "file=" + command_property(*ranges[i].file) + ",line=" + first +
-                              ",endLine=" + last + ",title=Not covered",
-                          lines.first == lines.last ? "No test reaches line " + first
-                                                    : "No test reaches lines " + first + " to " + last);
+            print_warning_at(*ranges[i].file, lines);
     }
     if (left_out != 0)
         print_command("notice", "title=Not covered",

@@ -6,9 +6,8 @@
 
 /// The offset behind what is no code at `offset`; `offset` itself where code begins.
 std::size_t code_cursor::pass(std::size_t offset, bool* line_begin) const {
-    const std::string_view text = source_.text();
-    const std::string_view two = text.substr(offset, 2);
-    switch (text[offset]) {
+    const std::string_view two = text_.substr(offset, 2);
+    switch (text_[offset]) {
     case '\n':
         *line_begin = true;
         return offset + 1;
@@ -28,11 +27,11 @@ std::size_t code_cursor::pass(std::size_t offset, bool* line_begin) const {
     case '/':
         if (two == "//") {
             *line_begin = true;
-            return behind_line(text, offset);
+            return behind_line(text_, offset);
         }
-        return two == "/*" ? behind_comment(text, offset) : offset;
+        return two == "/*" ? behind_comment(text_, offset) : offset;
     case '#':
-        return *line_begin ? behind_directive(text, offset) : offset;
+        return *line_begin ? behind_directive(text_, offset) : offset;
     default:
         return offset;
     }
@@ -41,21 +40,20 @@ std::size_t code_cursor::pass(std::size_t offset, bool* line_begin) const {
 /// A region that ends with a macro ends at the macro's name. Passes the arguments in parentheses that follow
 /// the name, if any. When they have no end, there is no code behind them.
 std::size_t code_cursor::pass_arguments(std::size_t offset) const {
-    const std::string_view text = source_.text();
-    if (offset == 0 || !is_word_character(text[offset - 1]))
+    if (offset == 0 || !is_word_character(text_[offset - 1]))
         return offset;
-    const std::size_t open = text.find_first_not_of(" \t", offset);
-    if (open == std::string_view::npos || text[open] != '(')
+    const std::size_t open = text_.find_first_not_of(" \t", offset);
+    if (open == std::string_view::npos || text_[open] != '(')
         return offset;
     std::size_t depth = 0;
-    for (std::size_t i = open; i < text.size();) {
-        const char c = text[i];
-        if (text.substr(i, 2) == "/*") {
-            i = behind_comment(text, i);
-        } else if (text.substr(i, 2) == "//") {
-            i = behind_line(text, i);
-        } else if (begins_literal(text, i)) {
-            i = behind_literal(text, i);
+    for (std::size_t i = open; i < text_.size();) {
+        const char c = text_[i];
+        if (text_.substr(i, 2) == "/*") {
+            i = behind_comment(text_, i);
+        } else if (text_.substr(i, 2) == "//") {
+            i = behind_line(text_, i);
+        } else if (begins_literal(text_, i)) {
+            i = behind_literal(text_, i);
         } else {
             depth += c == '(' ? 1 : 0;
             depth -= c == ')' ? 1 : 0;
@@ -64,17 +62,16 @@ std::size_t code_cursor::pass_arguments(std::size_t offset) const {
                 return i;
         }
     }
-    return text.size();
+    return text_.size();
 }
 
 std::optional<source_position> code_cursor::search(source_position from) const {
     const std::optional<std::size_t> start = source_.offset_of(from);
-    if (!start)
+    if (!start || text_.size() <= *start)
         return std::nullopt;
-    const std::string_view text = source_.text();
     std::uint32_t line = from.line;
     bool line_begin = from.column == 1;
-    for (std::size_t offset = pass_arguments(*start); offset < text.size();) {
+    for (std::size_t offset = pass_arguments(*start); offset < text_.size();) {
         const std::size_t next = pass(offset, &line_begin);
         if (next != offset) {
             offset = next;

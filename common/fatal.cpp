@@ -49,9 +49,9 @@ static int close_run(int status) {
 }
 
 /// Runs the body and returns the exit status that it asks for.
-static int status_of(void (*body)(int argc, char** argv), int argc, char** argv) {
+template <typename Body> static int status_of(const Body& body) {
     try {
-        body(argc, argv);
+        body();
         return 0;
     } catch (const run_end& end) {
         return end.status;
@@ -63,7 +63,11 @@ static int status_of(void (*body)(int argc, char** argv), int argc, char** argv)
 }
 
 int run_program(void (*body)(int argc, char** argv), int argc, char** argv) {
-    return close_run(status_of(body, argc, argv));
+    return close_run(status_of([=] { body(argc, argv); }));
+}
+
+int run_program(const std::function<void()>& body) {
+    return close_run(status_of(body));
 }
 
 /// An exception needs memory itself. Where there is none left, the language ends the program without looking

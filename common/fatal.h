@@ -6,6 +6,8 @@
 // unnoticed.
 #pragma once
 
+#include <functional>
+
 /// What pgt_Exit throws. Not a std::exception, so that no handler of the program takes it for a fault.
 struct run_end {
     int status; ///< exit status that was asked for
@@ -19,6 +21,9 @@ struct run_end {
 /// message when memory ran out. Where an output could not be written in full, "ERROR: cannot write %s" goes
 /// to standard error and the status is 1 whatever was asked for. For main, once.
 int run_program(void (*body)(int argc, char** argv), int argc, char** argv);
+
+/// The same for a process that a program started of itself, once.
+int run_program(const std::function<void()>& body);
 
 /// Remembers that a part of the output was given up for lack of memory, so that the run, which goes on, does
 /// not end with status 0. Then run_program says so.

@@ -2,9 +2,9 @@
 // newlines.
 #pragma once
 
+#include "common/printable.h"
+
 #include <cstdarg>
-#include <string>
-#include <string_view>
 
 /// Writes "ERROR: ", the text and a newline, and ends the run with exit status 1.
 [[noreturn]] void end_with_error(const char* format, ...) __attribute__((format(printf, 1, 2)));
@@ -15,6 +15,3 @@ void print_warning(const char* format, ...) __attribute__((format(printf, 1, 2))
 /// Writes `kind`, the text and a newline.
 void print_message(const char* kind, const char* format, std::va_list arguments)
     __attribute__((format(printf, 2, 0)));
-
-/// A name from the input as it can be shown on a terminal: control characters appear as \x and two digits.
-std::string printable(std::string_view name);

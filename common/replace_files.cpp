@@ -56,7 +56,9 @@ void file_replacement::remove_temporaries() {
 
 bool file_replacement::fail(const std::string& what, int error) {
     remove_temporaries();
-    error_ = "cannot " + what + ": " + std::strerror(error);
+    error_ = "cannot " + what;
+    if (error != 0) // a write that failed earlier has left no reason
+        error_.append(": ").append(std::strerror(error));
     return false;
 }
 

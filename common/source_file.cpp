@@ -88,7 +88,8 @@ bool source_loader::load(const char* path, std::string_view* text) {
         release();
         path_ = path;
         std::size_t size = 0;
-        const int descriptor = open_regular(path, &size);
+        const bool elsewhere = !folder_.empty() && path[0] != '/';
+        const int descriptor = open_regular(elsewhere ? (folder_ + path).c_str() : path, &size);
         if (descriptor != -1) {
             const bool complete = read_all(descriptor, size);
             close(descriptor);
@@ -102,6 +103,11 @@ bool source_loader::load(const char* path, std::string_view* text) {
     }
     *text = found_ ? std::string_view(bytes_, size_) : std::string_view();
     return found_;
+}
+
+void source_loader::set_folder(const std::string& folder) {
+    release();
+    folder_ = folder.empty() ? folder : folder + "/";
 }
 
 void source_loader::release() {

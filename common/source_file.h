@@ -23,6 +23,9 @@ class source_loader {
     /// once.
     bool load(const char* path, std::string_view* text);
 
+    /// Looks up relative paths in `folder` from now on; empty: in the working directory, as at first.
+    void set_folder(const std::string& folder);
+
     /// Forgets the text, so that the next load() reads the file anew.
     void release();
 
@@ -30,6 +33,7 @@ class source_loader {
     void reserve(std::size_t size);
     bool read_all(int descriptor, std::size_t expected);
 
+    std::string folder_;  ///< of relative paths, with a slash at its end; empty: the working directory
     std::string path_;    ///< of the text
     bool loaded_ = false; ///< path_ was looked at
     bool found_ = false;  ///< it is a regular file, and its text is here

@@ -2,6 +2,8 @@
 
 #include "common/source_file.h"
 
+#include <algorithm>
+
 source_text::source_text(const std::string& path) : readable_(load_source(path.c_str(), &text_)) {
     if (!readable_)
         return;
@@ -24,6 +26,13 @@ std::optional<std::size_t> source_text::offset_of(source_position position) cons
 bool source_text::contains(source_position position) const {
     const std::optional<std::size_t> offset = offset_of(position);
     return offset && *offset < text_.size() && text_[*offset] != '\n';
+}
+
+source_position source_text::position_of(std::size_t offset) const {
+    const auto behind = std::upper_bound(line_starts_.begin(), line_starts_.end() - 1, offset);
+    const std::ptrdiff_t line = behind - line_starts_.begin();
+    return {static_cast<std::uint32_t>(line),
+            static_cast<std::uint32_t>(offset - line_starts_[static_cast<std::size_t>(line) - 1] + 1)};
 }
 
 source_position source_text::position_of(std::size_t offset, std::uint32_t line) const {

@@ -30,6 +30,9 @@ class source_text {
     /// The position of a byte in or behind line `line` (a hint that saves the search).
     source_position position_of(std::size_t offset, std::uint32_t line) const;
 
+    /// The position of any byte of the text.
+    source_position position_of(std::size_t offset) const;
+
   private:
     std::string_view text_; // before readable_, whose initialiser sets it
     bool readable_;

@@ -17,12 +17,14 @@ PieceId MangledNameReader::encoding() {
         return 0;
     Id id;
     if (peek() == 'T' || peek() == 'G') {
-        id = special_name();
+        id = is_shown() ? fail() : special_name();
     } else {
         id = name();
         const std::uint32_t args = last_list_;
         if (peek() != '\0' && peek() != 'E' && peek() != '.') {
+            ++hidden_;
             const Id signature = types();
+            --hidden_;
             id = join(12, id, args == 0 ? signature : piece(PieceRule::Signature, 1, signature, 0, args));
         }
     }
@@ -93,6 +95,7 @@ PieceId MangledNameReader::name() {
     Id id;
     bool add = true;
     if (take("St")) {
+        show("std::");
         id = join(5, unqualified_name());
     } else if (peek() == 'S') {
         id = substitution();
@@ -114,9 +117,11 @@ PieceId MangledNameReader::nested_name() {
     if (peek() == 'R' || peek() == 'O')
         ++at_;
     id = join(4, id);
-    while (!take('E')) {
+    for (bool first = true; !take('E'); first = false) {
         if (failed_ || peek() == '\0')
             return fail();
+        if (!first && peek() != 'I' && peek() != 'M')
+            show("::");
         bool add = true;
         id = prefix_part(id, add);
         if (add && peek() != 'E')
@@ -137,10 +142,13 @@ PieceId MangledNameReader::prefix_part(Id before, bool& add) {
         return before;
     }
     if (take("St")) {
+        show("std::");
         part = join(5, unqualified_name());
     } else if (c == 'S') {
         part = substitution();
         add = false;
+    } else if (is_shown() && (c == 'T' || sees("Dt") || sees("DT"))) { // of types only
+        return fail();
     } else if (c == 'T') {
         part = template_param();
     } else if (sees("Dt") || sees("DT")) {
@@ -163,6 +171,9 @@ PieceId MangledNameReader::local_name() {
         discriminator();
         return join(18, function);
     }
+    show("::");
+    if (is_shown())
+        outline_->variant = 0; // that of the function around it
     std::uint32_t own = 2;
     if (take('d')) {
         compact_number();
@@ -178,8 +189,10 @@ PieceId MangledNameReader::unqualified_name() {
 }
 
 PieceId MangledNameReader::abi_tags(Id id) {
+    ++hidden_;
     while (take('B'))
         id = join(8, id, source_name());
+    --hidden_;
     return id;
 }
 
@@ -209,6 +222,7 @@ PieceId MangledNameReader::source_name() {
     const std::uint32_t length = is_digit(peek()) ? number() : 0;
     if (length == 0 || length > static_cast<std::size_t>(end_ - at_))
         return fail();
+    show_source_name({at_, length});
     at_ += length;
     const std::uint32_t own = std::max<std::uint32_t>(length, 21); // "(anonymous namespace)"
     longest_name_ = std::max(longest_name_, own);
@@ -220,13 +234,19 @@ PieceId MangledNameReader::operator_name() {
     if (take("cv")) {
         const bool outer = in_conversion_;
         in_conversion_ = !in_expression_;
+        show("operator_T");
+        ++hidden_;
         const Id target = type();
+        --hidden_;
         in_conversion_ = outer;
         return in_expression_ ? join(kOperator, target) : piece(PieceRule::Conversion, kOperator, target);
     }
     const bool is_named = sees("li") || (peek() == 'v' && is_digit(peek_next()));
     if (!is_named && !is_any_of(at_, kOperators))
         return fail();
+    show_operator(at_);
+    if (failed_)
+        return 0;
     at_ += 2;
     return is_named ? join(kOperator, source_name()) : join(kOperator);
 }
@@ -236,8 +256,14 @@ PieceId MangledNameReader::constructor_name() {
     const bool is_inherited = is_constructor && take('I');
     if (peek() == '\0' || !std::strchr(is_constructor ? "12345" : "01245", peek()))
         return fail();
+    show_constructor(is_constructor);
+    if (failed_)
+        return 0;
     ++at_;
-    return join(longest_name_ + 1, is_inherited ? type() : 0);
+    ++hidden_;
+    const Id inherited = is_inherited ? type() : 0;
+    --hidden_;
+    return join(longest_name_ + 1, inherited);
 }
 
 /// Closure types and unnamed types; only the latter are candidates for substitution on their own.
@@ -245,15 +271,38 @@ PieceId MangledNameReader::closure_or_unnamed() {
     if (is_strict_)
         return fail();
     if (take("Ul")) {
+        show_class("{lambda}");
+        ++hidden_;
+        while (outline_ && peek() == 'T' && is_lower(peek_next()))
+            template_param_decl();
         const Id params = types();
+        --hidden_;
         expect('E');
         compact_number();
         return piece(PieceRule::Closure, kOperator, params);
     }
     if (!take("Ut"))
         return fail();
+    show_class("{unnamed}");
     compact_number();
     return candidate(join(kOperator));
+}
+
+/// <template-param-decl> of a lambda that names its parameters. The system's demangler knows none.
+void MangledNameReader::template_param_decl() {
+    if (!enter())
+        return;
+    if (take("Tn")) {
+        type();
+    } else if (take("Tp")) {
+        template_param_decl();
+    } else if (take("Tt")) {
+        while (!failed_ && !take('E'))
+            template_param_decl();
+    } else if (!take("Ty")) {
+        fail();
+    }
+    --depth_;
 }
 
 PieceId MangledNameReader::substitution() {
@@ -261,6 +310,8 @@ PieceId MangledNameReader::substitution() {
     const char c = peek();
     if (c != '_' && !is_sequence_char(c))
         return std_substitution();
+    if (is_shown()) // only types and arguments refer back
+        return fail();
     std::size_t index = 0;
     for (; is_sequence_char(peek()); ++at_) {
         const int digit = is_digit(peek()) ? peek() - '0' : peek() - 'A' + 10;
@@ -276,6 +327,7 @@ PieceId MangledNameReader::substitution() {
 PieceId MangledNameReader::std_substitution() {
     if (peek() == '\0' || !std::strchr("tabsiod", peek()))
         return fail();
+    show_std(peek());
     ++at_;
     longest_name_ = std::max(longest_name_, kStdName);
     const Id id = join(peek() == 'C' || peek() == 'D' ? kStdName : 17);

@@ -6,7 +6,9 @@
 // way.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 using PieceId = std::uint32_t; ///< index of a piece; 0 is the empty piece
@@ -47,6 +49,19 @@ struct MangledName {
     bool failed_in_scope = false; ///< is broken within the scope of an unresolved name
 };
 
+/// What a function is called, without parameters and without the arguments of templates.
+struct NameOutline {
+    std::string text;         ///< such as "ns::list<>::insert<>"; without blanks
+    bool is_template = false; ///< some part has arguments: an instance of a template, or something in one
+    std::size_t variant =
+        0; ///< where the name tells the variant of a constructor or destructor; 0: it is none
+};
+
 /// Reads `text` (null-terminated, beginning with "_Z") in time linear in its length. `old_unresolved`: the
 /// second way to read ambiguous names. Returns false if the name is not understood.
 bool read_mangled_name(const char* text, bool old_unresolved, MangledName& result);
+
+/// Reads `text` in the same way up to the parameters of the function. Conversion operators are "operator_T",
+/// as the name does not tell their types from the arguments of templates; closures and what is unnamed have
+/// no numbers, which differ among instances. Returns false if the name is not understood.
+bool read_name_outline(const char* text, NameOutline& outline);

@@ -7,12 +7,10 @@
 #include <vector>
 
 MangledNameReader::MangledNameReader(const char* text, bool old_unresolved, MangledName& result)
-    : at_(text), end_(text + std::strlen(text)), result_(result), old_unresolved_(old_unresolved) {
+    : text_(text), at_(text), end_(text + std::strlen(text)), result_(result),
+      old_unresolved_(old_unresolved) {
     const std::size_t length = static_cast<std::size_t>(end_ - text);
     most_pieces_ = 8 * length + 64;
-    result_.pieces.reserve(2 * length);
-    result_.pieces.push_back({0, 0, 0, 0, PieceRule::Sum, false, 0});
-    result_.lists.emplace_back();
 }
 
 bool MangledNameReader::take(char c) {
@@ -50,8 +48,11 @@ bool MangledNameReader::enter() {
 /// The number of pieces is bounded because demanglers read arguments twice after conversion operators,
 /// which nested takes exponential time; the walk does the same and gives up.
 PieceId MangledNameReader::piece(PieceRule rule, std::uint32_t own, Id left, Id right, std::uint32_t list) {
-    if (result_.pieces.size() >= most_pieces_)
+    if (pieces_made_ >= most_pieces_)
         return fail();
+    ++pieces_made_;
+    if (outline_)
+        return 1;
     Piece made{left, right, list, own, rule, rule == PieceRule::Param, own};
     const auto include = [&](Id part) {
         made.is_open = made.is_open || result_.pieces[part].is_open;
@@ -75,6 +76,8 @@ PieceId MangledNameReader::candidate(Id id) {
 }
 
 std::uint32_t MangledNameReader::keep_list(std::vector<Id> list) {
+    if (outline_)
+        return 1;
     result_.lists.push_back(std::move(list));
     return static_cast<std::uint32_t>(result_.lists.size() - 1);
 }
@@ -110,6 +113,9 @@ void MangledNameReader::discriminator() {
 
 /// The whole name, with the suffixes of clones.
 bool MangledNameReader::read() {
+    result_.pieces.reserve(2 * static_cast<std::size_t>(end_ - at_));
+    result_.pieces.push_back({0, 0, 0, 0, PieceRule::Sum, false, 0});
+    result_.lists.emplace_back();
     at_ += 2;
     Id id = encoding();
     if (peek() == '.') { // " [clone .part.0]"
@@ -120,6 +126,26 @@ bool MangledNameReader::read() {
         fail();
     result_.whole = id;
     return !failed_;
+}
+
+bool MangledNameReader::read_outline(NameOutline& outline) {
+    outline_ = &outline;
+    at_ += 2;
+    name();
+    return !failed_;
+}
+
+bool read_name_outline(const char* text, NameOutline& outline) {
+    for (const bool old_unresolved : {false, true}) {
+        MangledName pieces;
+        outline = {};
+        MangledNameReader reader(text, old_unresolved, pieces);
+        if (reader.read_outline(outline))
+            return true;
+        if (!pieces.is_ambiguous)
+            break;
+    }
+    return false;
 }
 
 bool read_mangled_name(const char* text, bool old_unresolved, MangledName& result) {

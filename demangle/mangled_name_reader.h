@@ -6,6 +6,8 @@
 #include "demangle/mangled_name.h"
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <vector>
 
 constexpr int kDeepest = 512;           ///< nesting of types and expressions
@@ -42,7 +44,12 @@ inline constexpr const char* kOperators =
 class MangledNameReader {
   public:
     MangledNameReader(const char* text, bool old_unresolved, MangledName& result);
+
+    /// Reads the whole name into its pieces.
     bool read();
+
+    /// Reads up to the function's parameters and makes no pieces, only the outline.
+    bool read_outline(NameOutline& outline);
 
   private:
     using Id = PieceId;
@@ -56,13 +63,20 @@ class MangledNameReader {
     bool enter();
 
     Id fail();
+    bool is_shown() const { return outline_ && hidden_ == 0; }
+    void show(std::string_view text);
+    void show_class(std::string_view text);
+    void show_source_name(std::string_view text);
+    void show_operator(const char* code);
+    void show_constructor(bool is_constructor);
+    void show_std(char code);
     Id piece(PieceRule rule, std::uint32_t own, Id left, Id right = 0, std::uint32_t list = 0);
     Id join(std::uint32_t own, Id left = 0, Id right = 0) { return piece(PieceRule::Sum, own, left, right); }
     Id candidate(Id id);
     std::uint32_t keep_list(std::vector<Id> list);
 
     std::uint32_t number(), compact_number();
-    void call_offset(), discriminator();
+    void call_offset(), discriminator(), template_param_decl();
 
     Id encoding(), special_name(), special_table(), special_other();
     Id name(), nested_name(), local_name();
@@ -77,11 +91,17 @@ class MangledNameReader {
         postfix_operand();
     Id expressions(char end), fold(), function_param(), simple_id(), plain_simple_id(), unresolved_name();
 
+    const char* text_;
     const char* at_;
     const char* end_;
     MangledName& result_;
-    std::vector<Id> candidates_; ///< substitutions, in order
+    std::vector<Id> candidates_;  ///< substitutions, in order
+    std::size_t pieces_made_ = 1; ///< with the empty one; in an outline they are only counted
     std::size_t most_pieces_;
+    NameOutline* outline_ = nullptr; ///< to fill, in place of pieces
+    int hidden_ = 0;                 ///< arguments, parameters and tags around the place, not for the outline
+    std::size_t last_shown_ = 0;     ///< where the class begins in the outline whose name constructors repeat
+    std::size_t last_shown_size_ = 0;
     std::uint32_t last_list_ = 0;    ///< arguments that end the name just read; 0 if none do
     std::uint32_t longest_name_ = 0; ///< what a constructor repeats
     int depth_ = 0;

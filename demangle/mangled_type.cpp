@@ -16,7 +16,12 @@ PieceId MangledNameReader::template_param() {
 
 /// A template name with the arguments that follow; sets `last_list_`.
 PieceId MangledNameReader::with_args(Id name) {
+    if (is_shown())
+        outline_->is_template = true;
+    show("<>");
+    ++hidden_;
     const Id args = template_args();
+    --hidden_;
     return piece(PieceRule::Template, 3, name, args, last_list_);
 }
 

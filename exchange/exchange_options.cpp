@@ -40,6 +40,9 @@ static void print_usage() {
                "        cobertura: writes FILE.1.xml, FILE.2.xml, ... of at most SIZE bytes; 9M is 9 MiB.\n"
                "   -diff FILE\n"
                "        github: shows only lines that the unified diff FILE changes.\n"
+               "   -strip N\n"
+               "        github: takes N folders off the names in the diff. By default their prefixes, such\n"
+               "        as a/ and b/, are found.\n"
                "   -functions\n"
                "        text: shows functions instead of files.\n"
                "   -sort KEY\n"
@@ -91,6 +94,14 @@ static void set_diff(exchange_options* options, const char* value) {
     note_format_option(options, exchange_format::github, "-diff");
 }
 
+static void set_strip(exchange_options* options, const char* value) {
+    std::uint64_t folders = 0;
+    if (!read_number(value, false, &folders) || folders > kMostStripped)
+        end_with_error("-strip needs a number from 0 to %d, not %s", kMostStripped, printable(value).c_str());
+    options->strip = static_cast<int>(folders);
+    note_format_option(options, exchange_format::github, "-strip");
+}
+
 static void set_functions(exchange_options* options, const char*) {
     options->functions = true;
     note_format_option(options, exchange_format::text, "-functions");
@@ -130,6 +141,7 @@ static const option_row<exchange_options*> own_rows[] = {
     {"-timestamp", set_timestamp, true, "a number of seconds"},
     {"-split", set_split, true, "a size"},
     {"-diff", set_diff, true, "a file name"},
+    {"-strip", set_strip, true, "a number"},
     {"-functions", set_functions, false, nullptr},
     {"-sort", set_order, true, "a key"},
 };
@@ -193,5 +205,6 @@ void parse_exchange_options(int argc, char** argv, exchange_options* options) {
         if (!first.empty() && output.format == format_of(first) && output.file.empty() &&
             options->first_file != "-")
             output.file = options->first_file;
+    options->also_whole = !options->diff.empty();
     check_options(*options);
 }

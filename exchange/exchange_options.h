@@ -1,6 +1,7 @@
 // Command line of vexcov-export: "vexcov-export FORMAT [options] [-o FILE]" and "-FORMAT FILE" for more.
 #pragma once
 
+#include "changes/unified_diff.h"
 #include "inputs/coverage_options.h"
 
 #include <cstdint>
@@ -26,6 +27,7 @@ struct exchange_options : coverage_options {
     std::uint64_t timestamp = 0;          ///< seconds since 1970, of the format cobertura
     std::uint64_t split = 0;              ///< most bytes of a file, of the format cobertura; 0: no parts
     std::string diff;                     ///< of the format github: a unified diff; empty for none
+    int strip = kDetectPrefix;            ///< folders that the names in it lose
     bool functions = false;               ///< of the format text: a row for each function
     row_order order = row_order::name;
 

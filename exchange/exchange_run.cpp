@@ -61,8 +61,9 @@ open_writer exchange::open_output_of(const exchange_output& output) {
     const bool is_standard = output.file.empty();
     const writer_target target = {
         is_standard ? stdout : stream, is_standard, output.file, options_, walk_.names(), files_};
+    // The names in a diff tell by themselves what they are relative to.
     const bool needs_root = format == exchange_format::cobertura || format == exchange_format::sonar ||
-                            format == exchange_format::github;
+                            (format == exchange_format::github && options_.diff.empty());
     return {makers[static_cast<std::size_t>(format)](target), stream, needs_root};
 }
 

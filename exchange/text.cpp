@@ -10,8 +10,8 @@
 //   NAME          FILE:LINE         12     12/  13  92.30%                   for each function
 //   TOTAL blocks: 87.41%
 //
-// On a terminal names are cut at their beginning to its width, and percentages have colours. The last line is
-// what continuous integration searches for.
+// On a terminal names are cut at their beginning to its width, columns that have no room are left out from
+// the left, and percentages have colours. The last line is what continuous integration searches for.
 #include "common/message.h"
 #include "common/text_buffer.h"
 #include "exchange/file_rows.h"
@@ -54,7 +54,7 @@ class text_writer : public exchange_writer {
     void add_functions(const file_coverage& file);
     void sort_rows();
     std::vector<text_column> columns() const;
-    std::size_t name_width(const std::vector<text_column>& columns) const;
+    std::size_t fit(std::vector<text_column>* columns) const;
     void put_left(std::string_view text, std::size_t width);
     void put_row(const text_row& row, std::size_t name, const std::vector<text_column>& columns);
 
@@ -68,7 +68,7 @@ class text_writer : public exchange_writer {
 } // namespace
 
 constexpr std::size_t kGap = 2; ///< blanks between columns
-constexpr std::size_t kNarrowestName = 20;
+constexpr std::size_t kNarrowestName = 16;
 constexpr std::int64_t kGood = 8000;     ///< ten-thousandths from which a share is green
 constexpr std::int64_t kMiddling = 5000; ///< and yellow; below it is red
 
@@ -165,16 +165,25 @@ std::vector<text_column> text_writer::columns() const {
     return result;
 }
 
-std::size_t text_writer::name_width(const std::vector<text_column>& columns) const {
+static std::size_t width_of(const std::vector<text_column>& columns) {
+    std::size_t width = 0;
+    for (const text_column& column : columns)
+        width += kGap + column.width;
+    return width;
+}
+
+/// Takes away columns that the terminal has no room for; gives the width of the names.
+std::size_t text_writer::fit(std::vector<text_column>* columns) const {
     std::size_t width = kNarrowestName;
     for (const text_row& row : rows_)
         width = std::max(width, character_count(row.name));
-    std::size_t others = 0;
-    for (const text_column& column : columns)
-        others += kGap + column.width;
-    if (terminal_width_ == 0 || width + others <= terminal_width_)
+    if (terminal_width_ == 0)
         return width;
-    return std::max(kNarrowestName, terminal_width_ - std::min(terminal_width_, others));
+    while (columns->size() > 1 && kNarrowestName + width_of(*columns) > terminal_width_)
+        columns->erase(columns->begin());
+    const std::size_t others = width_of(*columns);
+    const std::size_t room = terminal_width_ - std::min(terminal_width_, others);
+    return std::min(width, std::max(room, kNarrowestName));
 }
 
 /// The end of a text in `width` characters, with dots where the beginning is missing.
@@ -218,8 +227,8 @@ void text_writer::put_row(const text_row& row, std::size_t name, const std::vect
 
 void text_writer::finish(const coverage_totals& totals) {
     sort_rows();
-    const std::vector<text_column> shown = columns();
-    const std::size_t name = name_width(shown);
+    std::vector<text_column> shown = columns();
+    const std::size_t name = fit(&shown);
     put_left(options_.functions ? "function" : "file", name);
     for (const text_column& column : shown) {
         const std::string_view title = column.title;

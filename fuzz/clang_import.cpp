@@ -12,6 +12,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     };
     if (size % 2 != 0)
         trial.command.insert(trial.command.end(), {"-root", scratch().path().string() + "/"});
+    if (size % 3 == 0)
+        trial.command.emplace_back("-instances");
     trial.command.emplace_back("j");
     check_import(trial, {reinterpret_cast<const char*>(data), size});
     return 0;

@@ -1,8 +1,10 @@
-// Input: a routine name. Its C++ form is bounded, and short names are what the C++ library makes of them.
+// Input: a routine name. Its C++ form is bounded, and short names are what the C++ library makes of them. So
+// is the name that instances share, which can be written to a profile if the routine's own can.
 #include "demangle/demangle.h"
-
+#include "demangle/shared_name.h"
 #include "fuzz/harness.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <cxxabi.h>
@@ -22,8 +24,26 @@ static bool is_harmless(const std::string& name) {
            name.find('T') == std::string::npos;
 }
 
+/// The static profile can hold the name as it is.
+static bool can_be_written(const std::string& name) {
+    return std::none_of(name.begin(), name.end(),
+                        [](unsigned char byte) { return byte <= 0x20 || byte == 0x7f; });
+}
+
+static void check_shared_name(const std::string& name) {
+    std::string shared;
+    const bool is_template = find_shared_name(name, &shared);
+    require(is_template || shared.size() == name.size(), "only instances of templates get another name");
+    require(shared.size() <= 16 * name.size(),
+            "the shared name is bounded"); // "So": "std::basic_ostream<>::"
+    require(!can_be_written(name) || can_be_written(shared), "the shared name can be written");
+    const std::string again = shared;
+    require(is_template || (!find_shared_name(again, &shared) && shared == again), "variants have one name");
+}
+
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string name(std::string(reinterpret_cast<const char*>(data), size).c_str());
+    check_shared_name(name);
     std::size_t length = ~std::size_t{0};
     const char* shown = demangleName(name.c_str(), 0, &length);
     require(length == 0 ? shown == name.c_str() : std::strlen(shown) + 1 == length, "length of the C++ form");

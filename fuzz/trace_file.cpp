@@ -5,13 +5,15 @@
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input(reinterpret_cast<const char*>(data), size);
     const std::string file(imported_file(input));
-    const import_trial trial = {
+    import_trial trial = {
         .command = {"vexcov-import", "lcov", "-spi", "s", "-dpi", "d"},
         .file = "t.info",
         .sources = {"a.c", "src/b.c"},
         .options = "t.info -root . .. -runs 0 7 -all -jobs 2 -version -unknown src",
         .ascending = false,
     };
+    if (size % 3 == 0)
+        trial.command.emplace_back("-instances");
     check_import(trial, input);
     check_import(trial, file);
     const std::string once = read_scratch("s");

@@ -59,6 +59,11 @@ static void print_usage() {
                stdout);
     std::fputs("   -runs N\n", stdout);
     std::fputs("        Sets the number of runs that the counts stand for. Default is 1\n", stdout);
+    std::fputs("   -instances\n", stdout);
+    std::fputs("        Keeps each instance of a template as a function of its own. By default they are\n",
+               stdout);
+    std::fputs("        one, whose name has <> for the arguments, and so are the variants of a\n", stdout);
+    std::fputs("        constructor or destructor.\n", stdout);
     std::fputs("   -all\n", stdout);
     std::fputs("        Keeps the source files outside of -root.\n", stdout);
     std::fputs("   -gcov PROGRAM\n", stdout);
@@ -105,6 +110,10 @@ static void set_all(import_options* options, const char*) {
     options->all_sources = true;
 }
 
+static void set_instances(import_options* options, const char*) {
+    options->instances = true;
+}
+
 static void show_help(import_options*, const char*) {
     print_usage();
     pgt_Exit(0);
@@ -117,11 +126,11 @@ static void show_version(import_options*, const char*) {
 
 /// With what the message for a missing value names.
 static const option_row<import_options*> option_table[] = {
-    {"-spi", set_spi, true, "a file name"},     {"-dpi", set_dpi, true, "a file name"},
-    {"-root", set_root, true, "a directory"},   {"-runs", set_runs, true, "a number"},
-    {"-gcov", set_gcov, true, "a program"},     {"-jobs", set_jobs, true, "a number"},
-    {"-all", set_all, false, nullptr},          {"-help", show_help, false, nullptr},
-    {"-version", show_version, false, nullptr},
+    {"-spi", set_spi, true, "a file name"},   {"-dpi", set_dpi, true, "a file name"},
+    {"-root", set_root, true, "a directory"}, {"-runs", set_runs, true, "a number"},
+    {"-gcov", set_gcov, true, "a program"},   {"-jobs", set_jobs, true, "a number"},
+    {"-all", set_all, false, nullptr},        {"-instances", set_instances, false, nullptr},
+    {"-help", show_help, false, nullptr},     {"-version", show_version, false, nullptr},
 };
 
 static bool take_format(std::string_view word, import_options* options) {

@@ -16,8 +16,12 @@ struct import_options {
     std::string root;                    ///< source names below it become relative; empty: none do
     bool all_sources = false;            ///< source files outside the root are read, too
     std::uint32_t runs = 1;              ///< number of runs that the profile stands for, at least 1
+    bool instances = false;              ///< the instances of a template stay functions of their own
     std::vector<std::string>
         inputs; ///< files and directories to read, merged in this order; none: what the format says
+    std::vector<std::string>
+        objects; ///< what was compiled, wherever the inputs lie: of clang's programs, of GCC's notes; what
+                 ///< older runs left there is not read. On no command line of the importer
 
     // Of the format gcc.
     std::string gcov;                 ///< program to run; empty: the one of the compiler

@@ -2,6 +2,7 @@
 
 #include "common/fatal.h"
 #include "common/file_ptr.h"
+#include "demangle/shared_name.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
 #include "import/gcc/gcc_import.h"
@@ -23,8 +24,9 @@ namespace {
 
 /// What has been read so far.
 struct collected {
-    explicit collected(const std::string& root) : left_out(root) {}
+    collected(const std::string& root, bool keep_instances) : instances(keep_instances), left_out(root) {}
 
+    bool instances; ///< those of a template stay apart
     record_store store;
     left_out_sources left_out;
     std::uint64_t empty = 0;           ///< functions without a counted region
@@ -33,6 +35,7 @@ struct collected {
     std::string path;    ///< of the last function's source file: the next one is often there, too
     std::string file;    ///< its name in the profile
     bool wanted = false; ///< it belongs into the profile
+    std::string name;    ///< of the function being added, shared by all instances; kept for its memory
 };
 
 } // namespace
@@ -50,8 +53,15 @@ static void collect_function(const export_function& function, const std::string&
         if (!all->wanted)
             all->left_out.add(all->file);
     }
-    if (all->wanted)
-        all->store.add(all->file, without_local_prefix(function.name), *extracted);
+    if (!all->wanted)
+        return;
+    const std::string_view name = without_local_prefix(function.name);
+    if (all->instances)
+        all->store.add(all->file, name, *extracted);
+    else if (find_shared_name(name, &all->name))
+        all->store.add_instance(all->file, all->name, *extracted);
+    else
+        all->store.add(all->file, all->name, *extracted);
 }
 
 static void read_input(std::FILE* stream, const std::string& input, const source_names& names,
@@ -88,6 +98,11 @@ static void read_inputs(const import_options& options, const source_names& names
             import_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
         read_input(stream.get(), input, names, all);
     }
+    for (const std::string& path : options.objects)
+        clang_files.take_programs(path);
+    if (!options.objects.empty() && clang_files.without_programs())
+        import_error(
+            "no program, library or archive was found; name the folder of those that ran with -objects");
     read_clang_files(&clang_files, names, all);
 }
 
@@ -107,12 +122,14 @@ static void print_warnings(const collected& all, const profile_data& data) {
 
 static void run_clang_import(const import_options& options) {
     const source_names names(options.root, options.all_sources);
-    collected all(options.root);
+    collected all(options.root, options.instances);
     read_inputs(options, names, &all);
     if (all.store.functions().empty()) {
         all.left_out.check_root();
         import_error("the input holds no functions");
     }
+    if (!options.instances)
+        all.store.unite_instances();
     profile_data data = build_profile(&all.store, names);
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);
@@ -121,9 +138,7 @@ static void run_clang_import(const import_options& options) {
     all.left_out.print();
 }
 
-void run_importer(int argc, char** argv) {
-    import_options options;
-    parse_import_options(argc, argv, &options);
+void import_profiles(const import_options& options) {
     switch (options.format) {
     case import_format::clang:
         return run_clang_import(options);
@@ -132,4 +147,10 @@ void run_importer(int argc, char** argv) {
     case import_format::lcov:
         return run_lcov_import(options);
     }
+}
+
+void run_importer(int argc, char** argv) {
+    import_options options;
+    parse_import_options(argc, argv, &options);
+    import_profiles(options);
 }

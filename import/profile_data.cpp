@@ -1,7 +1,9 @@
 #include "import/profile_data.h"
 
+#include "import/function_starts.h"
 #include "import/record_order.h"
 #include "import/region_blocks.h"
+#include "import/source_outline.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,8 +14,10 @@ namespace {
 /// The places of a file's functions, and which of them lie inside which.
 struct file_extents {
     std::vector<source_extent> extents;                ///< ascending by start, the longer first; each once
+    std::vector<function_start> starts;                ///< for each extent
     std::vector<std::vector<nested_function>> nested;  ///< for each extent, those directly inside
-    std::vector<std::optional<source_position>> marks; ///< for each nested extent its first code
+    std::vector<std::optional<source_position>> marks; ///< for each nested extent that shares the line of
+                                                       ///< its start, its first code
 };
 
 } // namespace
@@ -66,18 +70,22 @@ static file_extents find_nested(const record_store& store, const std::vector<std
     std::vector<source_extent>& extents = result.extents;
     std::sort(extents.begin(), extents.end(), longer_first);
     extents.erase(std::unique(extents.begin(), extents.end()), extents.end());
+    result.starts = find_function_starts(source, source_outline(source), extents);
     result.nested.resize(extents.size());
     result.marks.resize(extents.size());
     const std::vector<source_extent> nothing_skipped;
-    code_cursor cursor(source, nothing_skipped);
+    code_cursor cursor(source, nothing_skipped, {kLargestLine, kLargestColumn});
     std::vector<std::size_t> open; // extents around the current one, the innermost last
     for (std::size_t i = 0; i < extents.size(); ++i) {
         while (!open.empty() && extents[open.back()].end <= extents[i].start)
             open.pop_back();
         if (!open.empty() && extents[open.back()].start < extents[i].start &&
             extents[i].end < extents[open.back()].end) {
-            result.marks[i] = first_code_inside(extents[i], &cursor);
-            result.nested[open.back()].push_back({extents[i], result.marks[i]->line});
+            const function_start& start = result.starts[i];
+            if (!start.starts_line)
+                result.marks[i] = first_code_inside(extents[i], &cursor);
+            result.nested[open.back()].push_back(
+                {{start.position, extents[i].end}, result.marks[i] ? result.marks[i]->line : start.line});
         }
         open.push_back(i);
     }
@@ -145,7 +153,8 @@ file_builder::candidate file_builder::lay_out(stored_function* function) {
     const std::vector<source_region> regions = std::move(function->regions);
     function->regions = {};
     const std::size_t index = extent_index(function->extent);
-    return {block_builder_.build(regions, function->extent, extents_.nested[index], extents_.marks[index]),
+    return {block_builder_.build(regions, function->extent, extents_.starts[index].position,
+                                 extents_.nested[index], extents_.marks[index]),
             function->extent, function->count};
 }
 
@@ -167,11 +176,12 @@ void file_builder::add_routine(const std::string& name, candidate function) {
         for (const profile_block& block : function.blocks)
             profile_.misplaced += source_.contains(block.position) ? 0 : 1;
     }
-    const std::optional<source_position>& mark = extents_.marks[extent_index(function.extent)];
+    const std::size_t index = extent_index(function.extent);
+    const std::optional<source_position>& mark = extents_.marks[index];
     PGOPTI_ROUTINE routine = {};
     routine.file = file_;
     routine.name = name;
-    routine.line = mark ? mark->line : function.extent.start.line;
+    routine.line = mark ? mark->line : extents_.starts[index].line;
     routine.block_count = static_cast<std::uint32_t>(function.blocks.size());
     routine.has_record = function.count > 0;
     if (routine.has_record)

@@ -1,5 +1,7 @@
 #include "import/region_blocks.h"
 
+#include "common/code_lexer.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -34,6 +36,54 @@ void block_builder::split_by_kind(const std::vector<source_region>& regions) {
                 skipped_.push_back({region.start, region.end()});
             break;
         }
+    }
+}
+
+/// The word at `place`; empty where there is none.
+static std::string_view word_at(const source_text& source, source_position place) {
+    const std::optional<std::size_t> offset = source.offset_of(place);
+    if (!offset)
+        return {};
+    const std::string_view text = source.text();
+    std::size_t end = *offset;
+    while (end < text.size() && is_word_character(text[end]))
+        ++end;
+    return text.substr(*offset, end - *offset);
+}
+
+/// Where the statement behind a gap begins: at an "else" in the gap, as this word leads to nothing else.
+source_position block_builder::first_word(const source_extent& gap, code_cursor* cursor) const {
+    // A gap behind a macro begins one character behind its name, inside of its arguments.
+    for (const std::uint32_t back : {1U, 0U}) {
+        if (gap.start.column <= back)
+            continue;
+        const source_position from = {gap.start.line, gap.start.column - back};
+        const std::optional<source_position> code = cursor->next_code(from);
+        if (code && gap.start <= *code && *code < gap.end && word_at(source_, *code) == "else")
+            return *code;
+    }
+    return gap.end;
+}
+
+/// Lets the regions behind a gap begin with the first word of their statement. That may be a macro's name
+/// which clang tells nothing of.
+void block_builder::begin_behind_gaps() {
+    if (!source_.readable())
+        return;
+    code_cursor cursor(source_, skipped_, end_);
+    for (const source_extent& gap : gaps_) {
+        const source_position word = first_word(gap, &cursor);
+        source_position start = gap.end;
+        auto region = std::lower_bound(
+            code_.begin(), code_.end(), start,
+            [](const source_region& a, const source_position& place) { return a.start < place; });
+        if (region != code_.end() && region->start != start) {
+            start.column += static_cast<std::uint32_t>(word_at(source_, start).size());
+        }
+        if (region == code_.begin() || word <= std::prev(region)->start)
+            continue;
+        for (; region != code_.end() && region->start == start; ++region)
+            region->start = word;
     }
 }
 
@@ -87,9 +137,10 @@ std::optional<source_position> block_builder::place_without_source(const continu
 }
 
 /// A place in a gap behind the inner part is no join: it leads to code with a count of its own, such as the
-/// "else" behind the first branch does.
-void block_builder::add_joins() {
-    code_cursor cursor(source_, skipped_);
+/// "else" behind the first branch does. Nor is one where an inner function begins.
+void block_builder::add_joins(const std::vector<nested_function>& nested) {
+    code_cursor cursor(source_, skipped_, end_);
+    auto inner = nested.begin(); // the first that begins at the place or behind it
     auto behind = gaps_.begin(); // the first gap behind the place; both go on in ascending order
     for (const continuation& place : continuations_) {
         std::optional<source_position> join;
@@ -98,6 +149,10 @@ void block_builder::add_joins() {
         else
             join = cursor.next_code(place.from);
         if (!join || place.limit <= *join)
+            continue;
+        while (inner != nested.end() && inner->extent.start < *join)
+            ++inner;
+        if (inner != nested.end() && inner->extent.start == *join)
             continue;
         while (behind != gaps_.end() && behind->start <= *join)
             ++behind;
@@ -112,7 +167,7 @@ void block_builder::add_joins() {
 /// inner function begins and ends on a line that holds code of this one, a block brings this one's colour
 /// back.
 void block_builder::add_returns(const std::vector<nested_function>& nested) {
-    code_cursor cursor(source_, skipped_);
+    code_cursor cursor(source_, skipped_, end_);
     for (const nested_function& inner : nested) {
         const std::uint32_t line = inner.extent.start.line;
         if (inner.first_line != line || inner.extent.end.line != line)
@@ -162,19 +217,22 @@ std::vector<profile_block> block_builder::count_positions() {
 }
 
 std::vector<profile_block> block_builder::build(const std::vector<source_region>& regions,
-                                                const source_extent& extent,
+                                                const source_extent& extent, source_position start,
                                                 const std::vector<nested_function>& nested,
                                                 const std::optional<source_position>& own_mark) {
+    end_ = extent.end;
     split_by_kind(regions);
+    begin_behind_gaps();
     find_continuations(nested);
     found_.clear();
-    add_joins();
+    add_joins(nested);
     add_returns(nested);
     // Of the instances of a template, some may never have been called. Their mark must not hide the others.
     if (own_mark && own_mark->line > extent.start.line)
         found_.push_back(*own_mark);
     merge_positions();
     std::vector<profile_block> blocks = count_positions();
+    blocks.front().position = start;
     blocks.push_back({{extent.end.line, std::max(extent.end.column, 2U) - 1}, 0});
     return blocks;
 }

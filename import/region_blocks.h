@@ -23,7 +23,7 @@ std::vector<PGOPTI_BLOCK> stored_blocks(const std::vector<profile_block>& blocks
 
 /// A function that is defined inside another one, such as the body of a lambda.
 struct nested_function {
-    source_extent extent;
+    source_extent extent;     ///< with its head
     std::uint32_t first_line; ///< line from which vexcov marks it when it was never called
 };
 
@@ -36,13 +36,13 @@ class block_builder {
     /// `source` must outlive this.
     explicit block_builder(const source_text& source) : source_(source) {}
 
-    /// The blocks in ascending order of their positions, at least two: the first is the function's entry, the
-    /// last stands at its closing brace and has no count yet. `regions` and `extent` as main_file_function
-    /// has them, with at least one counted region. `nested`: what is defined directly inside, ascending.
-    /// `own_mark`: for a function that lies inside another one itself, its first code, where vexcov marks it
-    /// when it was never called.
+    /// The blocks in ascending order of their positions, at least two: the first is the function's entry and
+    /// stands at `start`, which is not behind its regions; the last stands at its closing brace and has no
+    /// count yet. `regions` and `extent` as main_file_function has them, with at least one counted region.
+    /// `nested`: what is defined directly inside, ascending. `own_mark`: for a function that lies inside
+    /// another one itself, its first code, where vexcov marks it when it was never called.
     std::vector<profile_block> build(const std::vector<source_region>& regions, const source_extent& extent,
-                                     const std::vector<nested_function>& nested,
+                                     source_position start, const std::vector<nested_function>& nested,
                                      const std::optional<source_position>& own_mark);
 
   private:
@@ -53,9 +53,11 @@ class block_builder {
     };
 
     void split_by_kind(const std::vector<source_region>& regions);
+    source_position first_word(const source_extent& gap, code_cursor* cursor) const;
+    void begin_behind_gaps();
     void find_continuations(const std::vector<nested_function>& nested);
     std::optional<source_position> place_without_source(const continuation& place) const;
-    void add_joins();
+    void add_joins(const std::vector<nested_function>& nested);
     void add_returns(const std::vector<nested_function>& nested);
     void merge_positions();
     std::vector<profile_block> count_positions();
@@ -63,6 +65,7 @@ class block_builder {
     const source_text& source_;
 
     // The function that is being built; kept for their memory.
+    source_position end_ = {};
     std::vector<source_region> code_;         ///< ascending by start, the longer first
     std::vector<source_extent> gaps_;         ///< ascending by start
     std::vector<source_extent> skipped_;      ///< ascending by start

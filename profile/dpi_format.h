@@ -57,8 +57,7 @@ constexpr std::uint32_t PGOPTI_RECORD_HEAD_SIZE = 80;
 /// Bytes of one value area.
 constexpr std::uint32_t PGOPTI_VALUE_AREA_SIZE = 96;
 
-/// Offsets of the header fields in one of the two record layouts. The addresses mean nothing outside the
-/// process that was counted, so nothing looks for them.
+/// Offsets of the header fields in one of the two record layouts.
 struct PGOPTI_RECORD_LAYOUT {
     std::uint32_t width;       ///< W, bytes of a counter and of a string offset
     std::uint32_t header_size; ///< bytes of the record header
@@ -72,11 +71,15 @@ struct PGOPTI_RECORD_LAYOUT {
     std::uint32_t word;
     std::uint32_t file_name;
     std::uint32_t key_func_name;
+    std::uint32_t address; ///< of the function in the process that was counted; carried
+    std::uint32_t vtbl_address;
     std::uint32_t vtbl_name;
 
     /// True for the 64-bit layout.
     constexpr bool is_pgo_64() const { return width == 8; }
 };
 
-inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_32 = {4, 60, 2, 4, 8, 12, 16, 20, 24, 28, 32, 36, 56};
-inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_64 = {8, 80, 3, 8, 12, 16, 20, 24, 32, 28, 40, 48, 72};
+inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_32 = {4,  60, 2,  4,  8,  12, 16, 20,
+                                                          24, 28, 32, 36, 40, 48, 56};
+inline constexpr PGOPTI_RECORD_LAYOUT PGOPTI_LAYOUT_64 = {8,  80, 3,  8,  12, 16, 20, 24,
+                                                          32, 28, 40, 48, 56, 64, 72};

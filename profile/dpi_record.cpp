@@ -25,6 +25,7 @@ namespace {
 struct record_areas {
     std::uint64_t counter_count;
     std::uint64_t counters;
+    std::uint64_t values;
     std::uint64_t routine_names;
     std::uint64_t entry_indices;
     std::uint64_t positions;
@@ -37,7 +38,8 @@ struct record_areas {
         const std::uint64_t third_group = read_field(record, layout.third_group);
         counter_count = blocks + read_field(record, layout.second_group) + third_group;
         counters = layout.header_size;
-        routine_names = counters + counter_count * layout.width + third_group * PGOPTI_VALUE_AREA_SIZE;
+        values = counters + counter_count * layout.width;
+        routine_names = values + third_group * PGOPTI_VALUE_AREA_SIZE;
         entry_indices = routine_names + routines * layout.width;
         positions = entry_indices + pad(routines * 4, layout.width);
         end = positions + (DPI_has_line_info(record) ? blocks * 8 : 0);
@@ -66,6 +68,18 @@ bool DPI_record_is_sound(DPI_RECORD record, std::size_t size) {
         if (read_field(record, areas.entry_indices + std::uint64_t{i} * 4) >= areas.counter_count)
             return false;
     return true;
+}
+
+DPI_AREAS DPI_areas_get(DPI_RECORD record) {
+    const record_areas areas(record);
+    const unsigned char* const start = record.bytes;
+    return {areas.counter_count,
+            start + areas.counters,
+            start + areas.values,
+            start + areas.routine_names,
+            start + areas.entry_indices,
+            start + areas.positions,
+            start + areas.end};
 }
 
 std::uint32_t DPI_record_size_get(DPI_RECORD record) {

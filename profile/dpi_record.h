@@ -23,6 +23,18 @@ const PGOPTI_RECORD_LAYOUT& DPI_layout_of(const unsigned char* record);
 /// names one of its counters.
 bool DPI_record_is_sound(DPI_RECORD record, std::size_t size);
 
+/// Where the areas of a record lie, for those who take them as a whole.
+struct DPI_AREAS {
+    std::uint64_t counter_count;        ///< of all three groups
+    const unsigned char* counters;      ///< W bytes each
+    const unsigned char* values;        ///< PGOPTI_VALUE_AREA_SIZE bytes for each counter of the third group
+    const unsigned char* routine_names; ///< offsets of W bytes
+    const unsigned char* entry_indices; ///< 4 bytes each
+    const unsigned char* positions;     ///< 8 bytes for each block, with DPI_has_line_info
+    const unsigned char* end;
+};
+DPI_AREAS DPI_areas_get(DPI_RECORD record);
+
 /// Header fields.
 std::uint32_t DPI_record_size_get(DPI_RECORD record);
 std::uint32_t DPI_routine_count_get(DPI_RECORD record);

@@ -3,9 +3,8 @@
 
 #include "common/little_endian.h"
 #include "common/text_buffer.h"
+#include "profile/dpi_content.h"
 
-#include <algorithm>
-#include <bit>
 #include <string_view>
 
 /// Routine entries of a record. One needs a counter, which only a record with blocks has.
@@ -56,52 +55,33 @@ DPI_WRITER::DPI_WRITER(const PGOPTI_PROFILE& profile, const PGOPTI_RECORD_LAYOUT
     }
 }
 
-static void put_number(text_buffer& out, std::uint64_t value, std::size_t width) {
-    char bytes[8];
-    store_number(bytes, value, width);
-    out.put(std::string_view(bytes, width));
+void pgopti_Put_Header(text_buffer& out, const DPI_HEADER& header) {
+    char bytes[PGOPTI_HEADER_SIZE] = {};
+    store_number(bytes + PGOPTI_HEADER_MAGIC, PGOPTI_DPI_MAGIC, 4);
+    store_number(bytes + PGOPTI_HEADER_RUNS, header.runs, 4);
+    store_number(bytes + PGOPTI_HEADER_RECORDS, header.records, 4);
+    store_number(bytes + PGOPTI_HEADER_WORD, header.word, 4);
+    header.text.copy(bytes + PGOPTI_HEADER_TEXT, PGOPTI_HEADER_TEXT_SIZE);
+    out.put(std::string_view(bytes, sizeof bytes));
 }
 
-static void put_file_header(text_buffer& out, const PGOPTI_PROFILE& profile, std::uint32_t records) {
-    char header[PGOPTI_HEADER_SIZE] = {};
-    store_number(header + PGOPTI_HEADER_MAGIC, PGOPTI_DPI_MAGIC, 4);
-    store_number(header + PGOPTI_HEADER_RUNS, profile.num_runs, 4);
-    store_number(header + PGOPTI_HEADER_RECORDS, records, 4);
-    store_number(header + PGOPTI_HEADER_WORD, profile.header_word, 4);
-    profile.header_text.copy(header + PGOPTI_HEADER_TEXT, PGOPTI_HEADER_TEXT_SIZE - 1);
-    out.put(std::string_view(header, sizeof header));
-}
-
-static void put_record_header(text_buffer& out, const PGOPTI_ROUTINE& routine,
-                              const PGOPTI_RECORD_LAYOUT& layout, std::uint64_t file_name,
-                              std::uint64_t name) {
-    char header[std::max(PGOPTI_LAYOUT_32.header_size, PGOPTI_LAYOUT_64.header_size)] = {};
-    store_number(header, PGOPTI_FLAG_LINES | (layout.is_pgo_64() ? PGOPTI_FLAG_64 : 0), 1);
-    store_number(header + 1, layout.version, 1);
-    store_number(header + layout.size, record_size(routine, layout), 4);
-    store_number(header + layout.routines, routine_entries(routine), 4);
-    store_number(header + layout.blocks, routine.blocks.size(), 4);
-    store_number(header + layout.file_name, file_name, layout.width);
-    store_number(header + layout.key_func_name, name, layout.width);
-    out.put(std::string_view(header, layout.header_size));
-}
-
-static void put_record(text_buffer& out, const PGOPTI_ROUTINE& routine, const PGOPTI_RECORD_LAYOUT& layout,
-                       std::uint64_t file_name, std::uint64_t name) {
-    put_record_header(out, routine, layout, file_name, name);
-    for (const PGOPTI_BLOCK& block : routine.blocks)
-        put_number(out,
-                   layout.is_pgo_64() ? block.count
-                                      : std::bit_cast<std::uint32_t>(static_cast<float>(block.count)),
-                   layout.width);
-    if (routine_entries(routine) != 0) {
-        put_number(out, name, layout.width);
-        put_number(out, 0, layout.width); // index of the entry counter, padded
-    }
+/// The record of a routine. `*content` is filled anew; it is the caller's for its memory.
+static void fill_content(const PGOPTI_ROUTINE& routine, std::uint64_t file_name, std::uint64_t name,
+                         DPI_CONTENT* content) {
+    content->file_name = file_name;
+    content->key_func_name = name;
+    content->has_positions = true;
+    content->counters.clear();
+    content->positions.resize(routine.blocks.size() * 8);
+    char* position = content->positions.data();
     for (const PGOPTI_BLOCK& block : routine.blocks) {
-        put_number(out, block.position.line, 4);
-        put_number(out, block.position.column, 4);
+        content->counters.push_back(block.count);
+        store_number(position, block.position.line, 4);
+        store_number(position + 4, block.position.column, 4);
+        position += 8;
     }
+    content->routine_names.assign(routine_entries(routine), name);
+    content->entry_indices.assign(4 * routine_entries(routine), '\0');
 }
 
 static void put_string(text_buffer& out, const std::string& text) {
@@ -111,12 +91,18 @@ static void put_string(text_buffer& out, const std::string& text) {
 
 void DPI_WRITER::write(std::FILE* stream) const {
     text_buffer out(stream);
-    put_file_header(out, profile_, num_records_);
+    pgopti_Put_Header(out, {profile_.num_runs, num_records_, profile_.header_word,
+                            std::string_view(profile_.header_text).substr(0, PGOPTI_HEADER_TEXT_SIZE - 1)});
     std::uint64_t name = first_name_;
+    DPI_CONTENT content;
+    std::string record;
     for (const PGOPTI_ROUTINE& routine : profile_.routines) {
         if (!routine.has_record)
             continue;
-        put_record(out, routine, layout_, file_names_[routine.file], name);
+        fill_content(routine, file_names_[routine.file], name, &content);
+        record.clear();
+        DPI_encode(content, layout_, {}, &record);
+        out.put(record);
         name += routine.name.size() + 1;
     }
     for (const std::string& file : profile_.files)

@@ -1,5 +1,5 @@
-// Writer of the dynamic profile. Records carry positions and one routine, whose entry counter is that of the
-// first block; a routine without blocks has none.
+// Writer of the dynamic profile of a program that was measured. Records carry positions and one routine,
+// whose entry counter is that of the first block; a routine without blocks has none.
 #pragma once
 
 #include "profile/dpi_format.h"
@@ -7,7 +7,19 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <string_view>
 #include <vector>
+
+class text_buffer;
+
+/// The file header, for whoever writes a profile.
+struct DPI_HEADER {
+    std::uint32_t runs = 0;
+    std::uint32_t records = 0;
+    std::uint32_t word = 0;
+    std::string_view text; ///< at most 512 bytes, the NUL among them
+};
+void pgopti_Put_Header(text_buffer& out, const DPI_HEADER& header);
 
 class DPI_WRITER {
   public:

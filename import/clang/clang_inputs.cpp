@@ -1,6 +1,7 @@
 #include "import/clang/clang_inputs.h"
 
 #include "common/progress_line.h"
+#include "import/build_folders.h"
 #include "import/clang/file_kind.h"
 #include "import/clang/join_reader.h"
 #include "import/import_message.h"
@@ -23,6 +24,8 @@ std::vector<std::string> files_below(const std::string& directory) {
         const fs::file_type type = entry->symlink_status(error).type();
         if (type == fs::file_type::regular)
             files.push_back(entry->path().string());
+        else if (type == fs::file_type::directory && is_compiler_test(entry->path()))
+            entry.disable_recursion_pending();
         if (error)
             break;
     }
@@ -32,22 +35,37 @@ std::vector<std::string> files_below(const std::string& directory) {
     return files;
 }
 
+/// The kind of a file that was found; `other` for one that cannot be read and may be someone else's.
+static file_kind kind_of_found(const std::string& path) {
+    try {
+        file_bytes file(path);
+        return kind_of(&file);
+    } catch (const not_of_interest&) {
+        return file_kind::other;
+    } catch (const input_error& failure) {
+        import_error("%s %s", printable(path).c_str(), failure.what());
+    }
+}
+
+static bool holds_programs(file_kind kind) {
+    return kind == file_kind::program || kind == file_kind::archive;
+}
+
+void clang_inputs::search_programs(const std::string& directory) {
+    for (const std::string& path : files_below(directory)) {
+        if (holds_programs(kind_of_found(path)))
+            programs_.push_back({path, false});
+    }
+}
+
 void clang_inputs::search(const std::string& directory) {
     const std::size_t programs = programs_.size();
     const std::size_t profiles = profiles_.size();
     bool raw = false;
     bool merged = false;
     for (const std::string& path : files_below(directory)) {
-        file_kind kind = file_kind::other;
-        try {
-            file_bytes file(path);
-            kind = kind_of(&file);
-        } catch (const not_of_interest&) {
-            continue; // a file of someone else
-        } catch (const input_error& failure) {
-            import_error("%s %s", printable(path).c_str(), failure.what());
-        }
-        if (kind == file_kind::program || kind == file_kind::archive)
+        const file_kind kind = kind_of_found(path);
+        if (holds_programs(kind))
             programs_.push_back({path, false});
         if (!is_profile_name(path) || (kind != file_kind::profile && kind != file_kind::empty))
             continue;
@@ -90,6 +108,14 @@ bool clang_inputs::take(const std::string& path) {
         return false;
     programs_.push_back({path, true});
     return true;
+}
+
+void clang_inputs::take_programs(const std::string& path) {
+    std::error_code error;
+    if (fs::is_directory(path, error))
+        search_programs(path);
+    else if (!take(path))
+        import_error("%s is no program, library, object file or archive", printable(path).c_str());
 }
 
 void clang_inputs::read(

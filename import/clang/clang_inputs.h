@@ -15,8 +15,13 @@ class clang_inputs {
     /// programs and profiles, end the run with a message.
     bool take(const std::string& path);
 
-    /// Whether nothing was taken.
+    /// Takes the programs, libraries and archives of a directory and none of its profiles, or the file `path`
+    /// of clang's own. A file of another kind ends the run with a message.
+    void take_programs(const std::string& path);
+
+    /// Whether nothing was taken, and whether no program was.
     bool empty() const { return programs_.empty() && profiles_.empty(); }
+    bool without_programs() const { return programs_.empty(); }
 
     /// Reads what was taken, joins programs with profiles, and calls `on_function` for each function, with
     /// the program that it is in. Programs of profiles without any are looked for below the working
@@ -32,11 +37,13 @@ class clang_inputs {
     };
 
     void search(const std::string& directory);
+    void search_programs(const std::string& directory);
 
     std::vector<program> programs_;
     std::vector<std::string> profiles_;
 };
 
 /// The regular files below a directory in the order of their names. Links are not followed: what they lead to
-/// would come twice. A directory that cannot be read ends the run with a message.
+/// would come twice, nor is CMake's own test of the compiler (build_folders.h). A directory that cannot be
+/// read ends the run with a message.
 std::vector<std::string> files_below(const std::string& directory);

@@ -94,6 +94,11 @@ static bool read_inputs(const import_options& options, source_selection* sources
         else
             search.add(input);
     }
+    for (const std::string& path : options.objects)
+        search.add_notes(path);
+    if (!options.objects.empty() && search.without_notes())
+        import_error(
+            "no notes of the compiler (.gcno) were found; name the folder of the objects with -objects");
     const object_list list = search.pair();
     gcov_programs programs(options.gcov);
     const unsigned jobs = options.jobs == 0 ? default_jobs() : options.jobs;
@@ -105,7 +110,7 @@ static bool read_inputs(const import_options& options, source_selection* sources
 
 void run_gcc_import(const import_options& options) {
     source_selection sources(options.root, options.all_sources);
-    line_store store(&sources);
+    line_store store(&sources, options.instances);
     const bool complete = read_inputs(options, &sources, &store);
     if (store.functions().empty()) {
         sources.left_out().check_root();

@@ -10,8 +10,10 @@ namespace {
 class function_placer {
   public:
     function_placer(const counted_function& function, const function_surroundings& surroundings,
-                    const std::vector<std::uint32_t>& called_starts, const source_lines& source)
-        : function_(function), surroundings_(surroundings), called_starts_(called_starts), source_(source) {}
+                    const std::vector<std::uint32_t>& called_starts, const source_lines& source,
+                    const source_outline& outline)
+        : function_(function), surroundings_(surroundings), called_starts_(called_starts), source_(source),
+          outline_(outline) {}
 
     placed_function place();
 
@@ -19,6 +21,7 @@ class function_placer {
     bool is_outside() const { return function_.extent.start.line == 0; }
     bool was_called() const;
     source_position entry() const;
+    source_position first_code(const counted_line& line) const;
     bool ends_with_brace() const;
     bool is_entry_line(const counted_line& line) const;
     bool is_brace_line(const counted_line& line) const;
@@ -31,6 +34,7 @@ class function_placer {
     const function_surroundings& surroundings_;
     const std::vector<std::uint32_t>& called_starts_;
     const source_lines& source_;
+    const source_outline& outline_;
     bool called_ = false;
     std::vector<profile_block> blocks_;
     std::vector<profile_block> trailing_; ///< those that other runs may not have
@@ -44,9 +48,21 @@ bool function_placer::was_called() const {
 
 source_position function_placer::entry() const {
     const source_position start = function_.extent.start;
+    if (surroundings_.start.has_head)
+        return surroundings_.start.position;
     if (surroundings_.code_before)
         return {start.line, std::max<std::uint32_t>(start.column, 1)};
     return source_.first_code(start.line);
+}
+
+/// The line's first code, or the "else" that leads to it from a line without a count.
+source_position function_placer::first_code(const counted_line& line) const {
+    const source_position code = source_.first_code(line.line);
+    const std::optional<source_position> word = source_.else_before(code, outline_);
+    const auto counted =
+        std::lower_bound(function_.lines.begin(), function_.lines.end(), word ? word->line : 0,
+                         [](const counted_line& a, std::uint32_t wanted) { return a.line < wanted; });
+    return word && counted->line != word->line ? *word : code;
 }
 
 /// Whether the function's end is a brace, as far as that can be seen.
@@ -84,7 +100,7 @@ void function_placer::add_line(const counted_line& line) {
     const bool first = is_entry_line(line);
     if (is_brace_line(line) && !first)
         return;
-    const source_position position = first ? entry() : source_.first_code(line.line);
+    const source_position position = first ? entry() : first_code(line);
     if (!first && !is_left_out(line))
         (is_punctuation(line) ? trailing_ : blocks_).push_back({position, line.count});
     if (called_ && line.count != 0 && !line.complete)
@@ -123,8 +139,9 @@ placed_function function_placer::place() {
     add_last();
     // The first line of an inner function that was never called belongs to the code around it when that was
     // executed; the function is marked from the next line on.
-    std::uint32_t line = function_.extent.start.line;
-    if (!function_.lines.empty() && (is_outside() || !called_))
+    std::uint32_t line = surroundings_.start.line;
+    const bool may_share = !function_.lines.empty() && (is_outside() || !called_);
+    if (may_share && function_.lines.front().line != function_.extent.start.line)
         line = function_.lines.front().line;
     const std::size_t last = blocks_.size() - 1;
     blocks_.insert(blocks_.end(), trailing_.begin(), trailing_.end());
@@ -134,6 +151,7 @@ placed_function function_placer::place() {
 } // namespace
 
 placed_function place_function(const counted_function& function, const function_surroundings& surroundings,
-                               const std::vector<std::uint32_t>& called_starts, const source_lines& source) {
-    return function_placer(function, surroundings, called_starts, source).place();
+                               const std::vector<std::uint32_t>& called_starts, const source_lines& source,
+                               const source_outline& outline) {
+    return function_placer(function, surroundings, called_starts, source, outline).place();
 }

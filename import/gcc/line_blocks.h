@@ -5,15 +5,18 @@
 // compared; the blocks that are there in some runs only have the last numbers.
 #pragma once
 
+#include "import/function_starts.h"
 #include "import/gcc/file_records.h"
 #include "import/gcc/line_store.h"
 #include "import/gcc/source_lines.h"
+#include "import/source_outline.h"
 
 #include <cstdint>
 #include <vector>
 
-/// What the functions around it make of a function.
+/// What the text and the functions around it make of a function.
 struct function_surroundings {
+    function_start start = {};
     bool code_before = false; ///< code of another function stands before it on its first line
     std::vector<counted_line>
         shared; ///< first lines of called functions inside, with the count that is its own
@@ -22,4 +25,5 @@ struct function_surroundings {
 /// The blocks of one function. `called_starts`: the lines on which functions of the file that were called
 /// begin, ascending.
 placed_function place_function(const counted_function& function, const function_surroundings& surroundings,
-                               const std::vector<std::uint32_t>& called_starts, const source_lines& source);
+                               const std::vector<std::uint32_t>& called_starts, const source_lines& source,
+                               const source_outline& outline);

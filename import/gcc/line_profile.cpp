@@ -17,14 +17,15 @@ class file_placer {
     file_placer(std::vector<counted_function>* functions, std::vector<std::uint32_t> indices)
         : functions_(*functions), indices_(std::move(indices)) {}
 
-    std::vector<placed_function> place(const source_lines& source);
+    std::vector<placed_function> place(const source_text& text);
 
   private:
     const counted_function& at(std::size_t i) const { return functions_[indices_[i]]; }
     void order();
+    void find_starts(const source_text& text, const source_outline& outline);
     void find_code_before();
     void find_shared_lines();
-    void place_stretches(counted_function* outside, const source_lines& source,
+    void place_stretches(counted_function* outside, const source_lines& source, const source_outline& outline,
                          std::vector<placed_function>* placed);
     void share_first_line(const counted_function& inner, std::size_t outer);
 
@@ -44,6 +45,16 @@ void file_placer::order() {
             return x.extent.end > y.extent.end;
         return std::tie(x.name, x.demangled) < std::tie(y.name, y.demangled);
     });
+}
+
+void file_placer::find_starts(const source_text& text, const source_outline& outline) {
+    std::vector<source_extent> extents;
+    extents.reserve(indices_.size());
+    for (std::size_t i = 0; i < indices_.size(); ++i)
+        extents.push_back(at(i).extent);
+    const std::vector<function_start> starts = find_function_starts(text, outline, extents);
+    for (std::size_t i = 0; i < indices_.size(); ++i)
+        surroundings_[i].start = starts[i];
 }
 
 void file_placer::find_code_before() {
@@ -89,28 +100,31 @@ void file_placer::find_shared_lines() {
 
 /// Places code outside every function that was never executed.
 void file_placer::place_stretches(counted_function* outside, const source_lines& source,
-                                  std::vector<placed_function>* placed) {
+                                  const source_outline& outline, std::vector<placed_function>* placed) {
     std::vector<std::uint32_t> starts;
     for (std::size_t i = 0; i < indices_.size(); ++i)
         starts.push_back(at(i).extent.start.line);
     for (std::vector<counted_line>& stretch : split_stretches(outside->lines, starts)) {
         outside->lines = std::move(stretch);
-        placed->push_back(place_function(*outside, {}, called_starts_, source));
+        placed->push_back(place_function(*outside, {}, called_starts_, source, outline));
     }
 }
 
-std::vector<placed_function> file_placer::place(const source_lines& source) {
+std::vector<placed_function> file_placer::place(const source_text& text) {
+    const source_lines source(text);
+    const source_outline outline(text);
     order();
     surroundings_.resize(indices_.size());
+    find_starts(text, outline);
     find_code_before();
     find_shared_lines();
     std::vector<placed_function> functions;
     for (std::size_t i = 0; i < indices_.size(); ++i) {
         counted_function& function = functions_[indices_[i]];
         if (function.extent.start.line == 0 && !any_executed(function.lines))
-            place_stretches(&function, source, &functions);
+            place_stretches(&function, source, outline, &functions);
         else
-            functions.push_back(place_function(function, surroundings_[i], called_starts_, source));
+            functions.push_back(place_function(function, surroundings_[i], called_starts_, source, outline));
         function.lines = {};
     }
     return functions;
@@ -141,6 +155,7 @@ static std::vector<std::uint32_t> order_of_names(const std::vector<std::string>&
 
 line_profile build_line_profile(line_store* store, const source_names& names) {
     line_profile result;
+    store->unite_instances();
     std::vector<counted_function>& functions = store->functions();
     std::vector<std::vector<std::uint32_t>> by_file(store->files().size());
     for (std::uint32_t i = 0; i < functions.size(); ++i)
@@ -150,7 +165,7 @@ line_profile build_line_profile(line_store* store, const source_names& names) {
         const source_text text(names.path_of(name));
         const source_lines source(text);
         result.unreadable += source.readable() ? 0 : 1;
-        std::vector<placed_function> placed = file_placer(&functions, std::move(by_file[file])).place(source);
+        std::vector<placed_function> placed = file_placer(&functions, std::move(by_file[file])).place(text);
         result.misplaced += count_misplaced(placed, source);
         result.profile.files.push_back(name);
         add_file_records(static_cast<std::uint32_t>(result.profile.files.size() - 1), std::move(placed),

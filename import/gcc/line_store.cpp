@@ -1,6 +1,8 @@
 #include "import/gcc/line_store.h"
 
+#include "demangle/shared_name.h"
 #include "import/gcc/sorted_merge.h"
+#include "import/place_names.h"
 
 #include <algorithm>
 #include <functional>
@@ -30,18 +32,22 @@ std::uint32_t line_store::function_index(std::uint32_t file, std::string_view de
         if (function.file == file && function.extent.start == start && function.demangled == demangled)
             return i;
     }
-    functions_.push_back({file, head->second, {}, std::string(demangled), {start, start}, 0, {}, {}});
+    functions_.push_back({file, head->second, false, {}, std::string(demangled), {start, start}, 0, {}, {}});
     head->second = static_cast<std::uint32_t>(functions_.size() - 1);
     return head->second;
 }
 
 std::uint32_t line_store::add_function(const gcov_document& document, const gcov_function& function,
                                        std::uint32_t file) {
-    const std::uint32_t index = function_index(file, document.view(function.demangled), function.start);
+    name_ = document.view(function.name);
+    const bool is_template = !instances_ && find_shared_name(document.view(function.name), &name_);
+    const std::string_view known_by =
+        is_template ? std::string_view(name_) : document.view(function.demangled);
+    const std::uint32_t index = function_index(file, known_by, function.start);
     counted_function& stored = functions_[index];
-    const std::string_view name = document.view(function.name);
-    if (stored.name.empty() || name < stored.name)
-        stored.name = name;
+    stored.is_template = is_template;
+    if (stored.name.empty() || name_ < stored.name)
+        stored.name = name_;
     stored.extent.end = std::max(stored.extent.end, function.end);
     stored.entries = add_counts(stored.entries, function.entries);
     return index;
@@ -106,6 +112,45 @@ std::vector<counted_function>& line_store::functions() {
     for (counted_function& function : functions_)
         merge_in_order(&function.lines, &function.more);
     return functions_;
+}
+
+static void add_up(counted_function* function, counted_function* other) {
+    function->entries = add_counts(function->entries, other->entries);
+    function->extent.end = std::max(function->extent.end, other->extent.end);
+    for (std::vector<counted_line>* lines : {&other->lines, &other->more}) {
+        collect_in_order(&function->lines, &function->more, lines->begin(), lines->end());
+        lines->clear();
+    }
+    other->file = kNone;
+}
+
+void line_store::unite_friends() {
+    std::vector<named_place> places;
+    for (std::uint32_t i = 0; i < functions_.size(); ++i) {
+        counted_function& function = functions_[i];
+        if (!function.is_template && function.extent.start.line != 0)
+            places.push_back({function.file, function.extent.start, &function.name, i});
+    }
+    for (namesakes& friends : find_friends(std::move(places))) {
+        counted_function& first = functions_[friends.indices.front()];
+        for (std::size_t i = 1; i < friends.indices.size(); ++i)
+            add_up(&first, &functions_[friends.indices[i]]);
+        first.is_template = true;
+        first.name = std::move(friends.name);
+    }
+    std::erase_if(functions_, [](const counted_function& function) { return function.file == kNone; });
+}
+
+void line_store::unite_instances() {
+    if (instances_)
+        return;
+    unite_friends();
+    std::vector<named_place> places;
+    for (counted_function& function : functions_) {
+        if (function.is_template)
+            places.push_back({function.file, function.extent.start, &function.name});
+    }
+    tell_apart(std::move(places));
 }
 
 void line_store::add(const gcov_document& document) {

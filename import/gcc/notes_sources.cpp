@@ -1,8 +1,10 @@
 #include "import/gcc/notes_sources.h"
 
 #include "common/file_ptr.h"
+#include "import/import_message.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -21,6 +23,8 @@ static std::vector<char> read_file(const std::string& path) {
     char piece[16384];
     for (std::size_t n; (n = std::fread(piece, 1, sizeof piece, stream.get())) != 0;)
         bytes.insert(bytes.end(), piece, piece + n);
+    if (std::ferror(stream.get()))
+        import_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
     return bytes;
 }
 

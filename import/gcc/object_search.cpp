@@ -1,5 +1,6 @@
 #include "import/gcc/object_search.h"
 
+#include "import/build_folders.h"
 #include "import/import_message.h"
 #include "import/source_names.h"
 
@@ -38,9 +39,10 @@ void object_search::add_directory(const std::string& path) {
              entry.increment(error)) {
             const fs::path& name = entry->path();
             std::error_code ignored; // what cannot be examined is no directory
-            if (!entry->is_symlink(ignored) && entry->is_directory(ignored))
-                open.push_back(name);
-            else if (!entry->is_regular_file(ignored)) // gcov would wait for the other end of a FIFO
+            if (!entry->is_symlink(ignored) && entry->is_directory(ignored)) {
+                if (!is_compiler_test(name))
+                    open.push_back(name);
+            } else if (!entry->is_regular_file(ignored)) // gcov would wait for the other end of a FIFO
                 continue;
             else if (name.native().ends_with(kNotes))
                 notes_.push_back(absolute_name(name));
@@ -77,6 +79,12 @@ void object_search::add(const std::string& path) {
         import_error("%s is no directory and no file of gcov (.gcda, .gcno, .json, .json.gz)",
                      printable(path).c_str());
     }
+}
+
+void object_search::add_notes(const std::string& path) {
+    const std::size_t counters = counters_.size();
+    add(path);
+    counters_.resize(counters);
 }
 
 namespace {

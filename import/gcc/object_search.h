@@ -33,6 +33,12 @@ class object_search {
     /// a file of another kind, end the run with a message.
     void add(const std::string& path);
 
+    /// Adds the notes of a directory and none of its counters: those are of other runs. Or one .gcno file.
+    void add_notes(const std::string& path);
+
+    /// Whether no notes were added.
+    bool without_notes() const { return notes_.empty(); }
+
     /// Pairs counter files with notes of the same name: those beside them, else those whose path has the
     /// longest end in common, among them those of the same compilation. Several counter files may belong to
     /// one object, whose counts then add up. Notes without counters are objects that never ran.

@@ -15,6 +15,13 @@ source_position source_lines::first_code(std::uint32_t line) const {
     return {line, blanks == std::string_view::npos ? 1 : static_cast<std::uint32_t>(blanks + 1)};
 }
 
+std::optional<source_position> source_lines::else_before(source_position code,
+                                                         const source_outline& outline) const {
+    const std::optional<std::size_t> offset = source_.offset_of(code);
+    const std::optional<std::size_t> word = offset ? outline.else_before(*offset) : std::nullopt;
+    return word ? std::optional(source_.position_of(*word)) : std::nullopt;
+}
+
 source_position source_lines::behind(std::uint32_t line) const {
     return {line, static_cast<std::uint32_t>(std::min<std::size_t>(text(line).size(), kLargestColumn) + 1)};
 }

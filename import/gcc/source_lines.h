@@ -2,9 +2,11 @@
 #pragma once
 
 #include "common/source_text.h"
+#include "import/source_outline.h"
 #include "import/source_region.h"
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 class source_lines {
@@ -19,6 +21,9 @@ class source_lines {
 
     /// The line's first character that is not blank; column 1 where there is none.
     source_position first_code(std::uint32_t line) const;
+
+    /// The "else" that leads to the code at `code`, if any. `outline`: that of the file.
+    std::optional<source_position> else_before(source_position code, const source_outline& outline) const;
 
     /// The place behind the line's last character.
     source_position behind(std::uint32_t line) const;

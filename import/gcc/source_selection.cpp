@@ -1,5 +1,7 @@
 #include "import/gcc/source_selection.h"
 
+#include "import/import_message.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -7,7 +9,15 @@ namespace fs = std::filesystem;
 
 static bool is_there(const fs::path& path) {
     std::error_code error;
-    return fs::exists(path, error);
+    const bool exists = fs::exists(path, error);
+    for (const std::errc absent : {std::errc::permission_denied, std::errc::filename_too_long,
+                                   std::errc::too_many_symbolic_link_levels}) {
+        if (error == absent)
+            return false;
+    }
+    if (error) // not the file's fault; another name must not be taken for that
+        import_error("cannot examine %s: %s", printable(path.string()).c_str(), error.message().c_str());
+    return exists;
 }
 
 std::optional<std::string> source_selection::find_name(std::string_view directory, std::string_view file) {

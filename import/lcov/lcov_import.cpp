@@ -51,7 +51,7 @@ void run_lcov_import(const import_options& options) {
         import_error("no trace file given: vexcov-import lcov [options] files (see vexcov-import -help)");
     const source_names names(options.root, options.all_sources);
     left_out_sources left_out(options.root);
-    trace_store store(names, &left_out);
+    trace_store store(names, &left_out, options.instances);
     trace_oddities oddities;
     for (progress_line progress("traces read", options.inputs.size());
          const std::string& input : options.inputs) {

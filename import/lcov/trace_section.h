@@ -21,6 +21,7 @@ struct trace_function {
     std::uint32_t end = 0;  ///< its last line; 0: not told
     std::string name;
     std::uint64_t entries = 0;
+    bool is_template = false; ///< stands for all instances
 };
 
 struct trace_section {

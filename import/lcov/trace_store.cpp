@@ -1,6 +1,8 @@
 #include "import/lcov/trace_store.h"
 
+#include "demangle/shared_name.h"
 #include "import/gcc/sorted_merge.h"
+#include "import/place_names.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -41,14 +43,30 @@ void trace_store::add(const trace_section& section) {
         return left_out_.add(name);
     traced_file& file = files_[name];
     collect_in_order(&file.lines, &file.new_lines, section.lines.begin(), section.lines.end());
-    collect_in_order(&file.functions, &file.new_functions, section.functions.begin(),
-                     section.functions.end());
+    arriving_ = section.functions;
+    if (!instances_) {
+        for (trace_function& function : arriving_) {
+            const std::string own = std::move(function.name);
+            function.is_template = find_shared_name(own, &function.name);
+        }
+    }
+    collect_in_order(&file.functions, &file.new_functions, arriving_.begin(), arriving_.end());
+}
+
+static void tell_templates_apart(std::vector<trace_function>* functions) {
+    std::vector<named_place> places;
+    for (trace_function& function : *functions) {
+        if (function.is_template)
+            places.push_back({0, {function.line, 0}, &function.name});
+    }
+    tell_apart(std::move(places));
 }
 
 std::map<std::string, traced_file>& trace_store::files() {
     for (auto& [name, file] : files_) {
         merge_in_order(&file.lines, &file.new_lines);
         merge_in_order(&file.functions, &file.new_functions);
+        tell_templates_apart(&file.functions);
     }
     return files_;
 }

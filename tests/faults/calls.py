@@ -8,7 +8,7 @@ import fault_run
 
 SHIM = os.path.join(fault_run.SCRATCH, "fail_allocation.so")
 # The k-th failing alone is overcome where memory is only wanted, not needed; a report must be whole then.
-ALLOCATING = ("html", "components", "markers", "reference", "exports", "check", "import", "clang", "gcov",
+ALLOCATING = ("html", "components", "markers", "reference", "exports", "check", "formats", "import", "clang", "gcov",
               "documents", "traces")
 
 # System call and the errors it is made to fail with.
@@ -31,7 +31,7 @@ GCOV = tuple(call for call in IMPORT + CHILDREN if call[0] != "close")
 WRITING = (("write", ("ENOSPC",)),)
 CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("large", WRITING),
            ("components", REPORT), ("reference", REPORT), ("clang", IMPORT + BINARY), ("gcov", GCOV),
-           ("traces", IMPORT), ("check", READING))
+           ("traces", IMPORT), ("check", READING), ("formats", IMPORT + BINARY))
 
 
 def preloaded(box, **settings):
@@ -75,7 +75,7 @@ def is_loss(line, box):
     call = re.match(r"(close|fsync|read)\((\d+)<(.*?)>.* = -1 (?!EINTR)", line)
     if not call:
         return False
-    name = os.path.relpath(call[3], box.root)
+    name = os.path.relpath(call[3].encode().decode("unicode_escape"), box.root)  # strace escapes quotes
     return call[2] == "1" or not name.startswith("..") and (name in box.inputs) == (call[1] == "read")
 
 

@@ -134,6 +134,8 @@ SCENARIOS = {
                            "pgopti.spi": b"a.c - f 1 1 C\n", "pgopti.dpi": profile_of([("a.c", "f")])}, ".", ()),
         Scenario("check", *case("check-diff", ".", "-diff", "change.diff", "-ref", "old.dpi", "-max-uncovered", "3"),
                  "vexcov-check"),
+        Scenario("formats", *case("exchange", ".", "-cobertura", "c.xml", "-split", "2K", "-lcov", "trace.info", "-json",
+                                  "figures.json", "-github", "annotations", "-diff", "change.diff"), "vexcov-export"),
         Scenario("import", *case("import-recorded", ".", "clang", "-root", ".", "flow.json"), "vexcov-import"),
         Scenario("clang", chosen("import-clang-versions", "m.c", "h.h", "clang19/p", "clang19/1.profraw",
                                  "clang19/2.profdata"), ".",

@@ -3,10 +3,11 @@
 // A case is a directory below cases/:
 //   input/     what lies in the scratch directory before the first command. A file NAME.dpitext is compiled
 //              to NAME.dpi (tools/profile_text.h). A directory input/bin becomes the program search path.
-//   command    one command a line: "vexcov ARGUMENTS..." or "vexcov-import ARGUMENTS..." is run by a shell,
+//   command    one command a line: "vexcov ARGUMENTS..." or that of another program is run by a shell,
 //              "cd DIRECTORY" sets the directory of the runs that follow, relative to the scratch directory,
 //              and makes it if need be.
 //              Lines that begin with "#" are comments.
+//              The path of the scratch directory stands as "SCRATCH" in what they write.
 //   shows      patterns, one a line, of the files that the case is about; without it, all are
 //   expected/  every file that the commands made or changed, and "console": for each run the command, what it
 //              wrote to its standard streams and its exit status. Of the files that the case is not about,
@@ -33,6 +34,14 @@ namespace fs = std::filesystem;
 using file_tree = std::map<std::string, std::string>; ///< bytes or digests of files by their relative paths
 
 static const fs::path kCases = fs::path(VEXCOV_TEST_DATA) / "golden/cases";
+
+/// The text with "SCRATCH" for the path of the scratch directory.
+static std::string without_path(std::string text, const fs::path& scratch) {
+    const std::string path = scratch.string();
+    for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path, at))
+        text.replace(at, path.size(), "SCRATCH");
+    return text;
+}
 
 static file_tree read_tree(const fs::path& root) {
     file_tree tree;
@@ -181,10 +190,12 @@ TEST_P(Golden, Case) {
     const file_tree placed = place_input(root / "input", scratch.path());
     const std::string console = run_commands(root / "command", scratch.path());
     file_tree actual = collect_output(scratch.path(), placed);
-    for (auto& [name, bytes] : actual)
+    for (auto& [name, bytes] : actual) {
+        bytes = without_path(std::move(bytes), scratch.path());
         if (!is_shown(root, name))
             bytes = digest_of(bytes);
-    actual["console"] = console;
+    }
+    actual["console"] = without_path(console, scratch.path());
     if (std::getenv("VEXCOV_UPDATE_GOLDEN") != nullptr)
         return update(root, actual);
     compare(read_expected(root / "expected"), actual);

@@ -25,6 +25,7 @@ struct text_record {
 struct text_profile {
     text_record header;
     bool any_order = false;
+    words sources; ///< file names that the records share
     std::vector<text_record> records;
     std::vector<words> patches; ///< "set TYPE PLACE VALUE" or "cut PLACE"
 };
@@ -67,6 +68,8 @@ static bool read_line(std::istringstream& line, text_profile& profile) {
             profile.header.fields[key] = {word};
     } else if (key == "order") {
         profile.any_order = rest_of(line) == "any";
+    } else if (key == "source") {
+        profile.sources.push_back(rest_of(line));
     } else if (key == "record") {
         word = rest_of(line);
         profile.records.push_back({word == "64", {}});
@@ -126,20 +129,29 @@ static void put_blocks(const words& blocks, bool wide, std::string& counters, st
     }
 }
 
-/// The record's bytes. Its strings go to `strings`, the bytes of the string area, which begins at the file
-/// offset `strings_at`.
-static std::string record_bytes(const text_record& record, std::string& strings, std::uint64_t strings_at) {
+/// The bytes behind the records, and what is known of them.
+struct string_area {
+    std::string bytes;
+    std::uint64_t start = 0;                    ///< offset in the file
+    std::map<std::string, std::uint64_t> files; ///< offsets of file names that the records share
+
+    std::uint64_t add(const std::string& text) {
+        const std::uint64_t offset = start + bytes.size();
+        bytes += text + '\0';
+        return offset;
+    }
+};
+
+/// The record's bytes. Its strings go to `strings`.
+static std::string record_bytes(const text_record& record, string_area& strings) {
     const bool wide = record.wide;
     const int width = wide ? 8 : 4;
-    const auto string_at = [&](const std::string& text) {
-        const std::uint64_t offset = strings_at + strings.size();
-        strings += text + '\0';
-        return offset;
-    };
+    const bool shared = !strings.files.empty();
     const words blocks = record.all("blocks"), routines = record.all("routine");
     const words entries =
         record.fields.contains("entry") || blocks.empty() ? record.all("entry") : words{"0"};
     const std::string function = record.one("function", "");
+    const std::uint64_t shared_function = shared ? strings.add(function) : 0;
 
     std::string body, positions;
     put_blocks(blocks, wide, body, positions);
@@ -147,8 +159,10 @@ static std::string record_bytes(const text_record& record, std::string& strings,
         for (const std::string& count : record.all(group))
             put_counter(body, count, wide);
     body.append(96 * record.all("group3").size(), '\0');
-    for (std::size_t i = 0; i < entries.size(); ++i)
-        put_bytes(body, string_at(i < routines.size() ? routines[i] : function), width);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const std::string& routine = i < routines.size() ? routines[i] : function;
+        put_bytes(body, shared && routine == function ? shared_function : strings.add(routine), width);
+    }
     for (const std::string& index : entries)
         put_bytes(body, number(index), 4);
     while (body.size() % static_cast<std::size_t>(width) != 0)
@@ -170,12 +184,13 @@ static std::string record_bytes(const text_record& record, std::string& strings,
     word(field(wide ? "flags" : "word"));
     if (wide)
         word(0);
-    put_bytes(head, string_at(record.one("file", "")), width);
-    put_bytes(head, string_at(function), width);
+    const std::string file = record.one("file", "");
+    put_bytes(head, shared ? strings.files.at(file) : strings.add(file), width);
+    put_bytes(head, shared ? shared_function : strings.add(function), width);
     put_bytes(head, field("address"), 8);
     put_bytes(head, field("vtable"), 8);
     const words vtable = record.all("vtable");
-    put_bytes(head, vtable.size() < 2 ? 0 : string_at(vtable[1]), width);
+    put_bytes(head, vtable.size() < 2 ? 0 : strings.add(vtable[1]), width);
     return head + body + positions;
 }
 
@@ -200,12 +215,15 @@ std::string compile_profile_text(std::string_view text) {
 
     // The records are made twice: their sizes, and with them the place of the strings, come from the first
     // pass.
-    std::string bytes, strings;
+    std::string bytes;
+    string_area strings;
     std::vector<std::size_t> record_places;
-    std::uint64_t strings_at = 0;
     for (int pass = 0; pass < 2; ++pass) {
         bytes.clear();
-        strings.clear();
+        strings.bytes.clear();
+        strings.files.clear();
+        for (const std::string& source : profile.sources)
+            strings.files.try_emplace(source, strings.add(source));
         record_places.clear();
         for (const std::uint64_t field :
              {std::uint64_t{0xDC0B}, number(profile.header.one("runs", "0")),
@@ -220,11 +238,11 @@ std::string compile_profile_text(std::string_view text) {
                 throw std::runtime_error("record " + key + " is out of order");
             last = key;
             record_places.push_back(bytes.size());
-            bytes += record_bytes(record, strings, strings_at);
+            bytes += record_bytes(record, strings);
         }
-        strings_at = bytes.size();
+        strings.start = bytes.size();
     }
-    bytes += strings;
+    bytes += strings.bytes;
     for (const words& patch : profile.patches)
         apply(patch, record_places, bytes);
     return bytes;

@@ -5,6 +5,9 @@
 //
 //   header runs N [word N] [text REST-OF-LINE]   the file header; once, first
 //   order any                                    allow records that are not in key order
+//   source PATH                                  names a source file, in the order of the names in the file;
+//                                                then records share these names, and routines that of their
+//                                                function, as the program itself writes profiles
 //   record 32 | record 64                        begins a record of this counter width, with these lines:
 //     file PATH                                  source-file name, to the end of the line
 //     function NAME                              key function name, to the end of the line
@@ -23,7 +26,7 @@
 //
 // A PLACE is an offset from the start of the file, or "rN+OFFSET" from the start of record N (0 is the
 // first). Counts are unsigned integers in a 64-bit record and decimal fractions in a 32-bit one. Strings are
-// stored behind the last record.
+// stored behind the last record. "vexcov-profile show" writes this form.
 //
 // The writer shares nothing with the reader of profile/, so that the two cannot be wrong in the same way.
 #pragma once

@@ -97,6 +97,71 @@ TEST_F(LineWalk, LargestCountOfTheLine) {
     EXPECT_EQ(counts(), "1:30 2:1 3:1 4:1 ");
 }
 
+TEST_F(LineWalk, ClosingBracesHaveTheCountOfWhatTheyClose) {
+    set_text("int f(int a) {\n"      // 1
+             "    while (a) {\n"     // 2
+             "        if (a > 1)\n"  // 3
+             "            stop();\n" // 4
+             "    }\n"               // 5
+             "    switch (a) {\n"    // 6
+             "    case 1: {\n"       // 7
+             "        go();\n"       // 8
+             "        break;\n"      // 9
+             "    }\n"               // 10: nothing gets here
+             "    default:\n"        // 11
+             "        none();\n"     // 12
+             "    }\n"               // 13
+             "    if (a) {\n"        // 14
+             "        if (g(a))\n"   // 15
+             "            a = 1;\n"  // 16
+             "        return 0;\n"   // 17: never, as g does not come back
+             "    }\n"               // 18: like its beginning
+             "    for (;;) {\n"      // 19
+             "        end(a);\n"     // 20
+             "        a = 2;\n"      // 21
+             "    }\n"               // 22
+             "}\n");                 // 23
+    add_function(1, {{1, 14, 2},
+                     {2, 15, 10},
+                     {4, 13, 0},
+                     {6, 5, 2},
+                     {7, 5, 2},
+                     {11, 5, 0},
+                     {14, 5, 2},
+                     {14, 12, 1},
+                     {16, 13, 0},
+                     {17, 9, 0},
+                     {19, 5, 1},
+                     {21, 9, 0},
+                     {23, 1, 0}});
+    EXPECT_EQ(counts(), "1:2 2:10 3:10 4:0 5:10 6:2 7:2 8:2 9:2 11:0 12:0 13:2 14:2 15:1 16:0 17:0 18:1 "
+                        "19:1 20:1 21:0 22:0 23:1 ");
+}
+
+TEST_F(LineWalk, BlocksThatALineIsShownIn) {
+    set_text("int f(int a) {\n"             // 1
+             "    if (a) { return 1; }\n"   // 2: goes on, and one that was not executed
+             "    both();\n"                // 3: one of two was executed, and so in the next
+             "    go_on();\n"               // 4
+             "    a = b ? 1 : 2;\n"         // 5: all of three
+             "    run([] { return 3; });\n" // 6: the lambda was never called
+             "}\n");                        // 7
+    add_function(1, {{1, 14, 2}, {2, 12, 0}, {3, 5, 2}, {5, 5, 2}, {5, 13, 1}, {5, 17, 1}, {7, 1, 0}});
+    analysis_.positions.add_block(3, 5, 0, false, nullptr);
+    add_function(6, {});
+    const auto blocks = [this] {
+        analysis_.positions.sort();
+        std::string result;
+        for (line_walk walk(analysis_); walk.next();)
+            result +=
+                std::to_string(walk.blocks().executed) + "/" + std::to_string(walk.blocks().total) + " ";
+        return result;
+    };
+    EXPECT_EQ(blocks(), "1/1 1/2 1/2 1/2 3/3 1/2 1/1 ");
+    analysis_.no_partial = true;
+    EXPECT_EQ(blocks(), "1/1 1/2 2/2 1/1 3/3 1/2 1/1 ");
+}
+
 TEST_F(LineWalk, NeverCalledFunctionsEndAtTheirBodies) {
     set_text("struct S {\n"                       // 1
              "    S(int a = f({1}))\n"            // 2
@@ -109,12 +174,15 @@ TEST_F(LineWalk, NeverCalledFunctionsEndAtTheirBodies) {
              "int declared(int);\n"               // 9
              "int x;\n"                           // 10
              "int g() { return 1'000; } int y;\n" // 11
-             "int open() {\n"                     // 12
-             "    if (x) {\n"                     // 13
-             "}\n");                              // 14
-    for (const int line : {2, 9, 11, 12})
+             "int old(a, b)\n"                    // 12
+             "    int a; char b;\n"               // 13
+             "{ return a; }\n"                    // 14
+             "int open() {\n"                     // 15
+             "    if (x) {\n"                     // 16
+             "}\n");                              // 17
+    for (const int line : {2, 9, 11, 12, 15})
         add_function(line, {});
-    EXPECT_EQ(counts(), "2:0 3:0 4:0 5:0 6:0 9:0 11:0 12:0 13:0 14:0 ");
+    EXPECT_EQ(counts(), "2:0 3:0 4:0 5:0 6:0 9:0 11:0 12:0 13:0 14:0 15:0 16:0 17:0 ");
 }
 
 TEST_F(LineWalk, LambdasThatWereNeverCalled) {

@@ -9,7 +9,7 @@ static std::string code_behind(const std::string& text, std::uint32_t column) {
     const scratch_directory scratch;
     const source_text source(scratch.put("s.cpp", text));
     const std::vector<source_extent> nothing_skipped;
-    const auto found = code_cursor(source, nothing_skipped).next_code({1, column});
+    const auto found = code_cursor(source, nothing_skipped, {9, 1}).next_code({1, column});
     return found ? std::to_string(found->line) + ":" + std::to_string(found->column) : "none";
 }
 

@@ -39,3 +39,11 @@ int everything(void)
 { if (c) x(); }
 void slash(int n) { if (n) { } /*/ a(); */ b(); }
 void hex(int n) { if (n) M(0xab'cd); c(); }
+int system_macro(int c)
+{ if (c)
+    return 1;
+  else // known by what it makes of "fail"
+    fail() << 2; }
+int arguments_in_gap(int c)
+{ if (c) LOG(a,
+ else_b); else f;}

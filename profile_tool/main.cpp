@@ -1,0 +1,8 @@
+// vexcov-profile: shows, checks and adds up profiles.
+#include "common/fatal.h"
+#include "profile_tool/tool_run.h"
+
+int main(int argc, char** argv) {
+    secure_process();
+    return run_program(run_profile_tool, argc, argv);
+}

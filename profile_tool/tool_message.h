@@ -1,0 +1,10 @@
+// Messages of vexcov-profile, on standard error.
+#pragma once
+
+#include <string>
+
+/// Writes "ERROR: ", the text and a newline, and ends the run with exit status 1.
+[[noreturn]] void tool_error(const std::string& text);
+
+/// Writes "WARNING: ", the text and a newline; the run goes on.
+void tool_warning(const std::string& text);

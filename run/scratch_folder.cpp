@@ -1,0 +1,34 @@
+#include "run/scratch_folder.h"
+
+#include "import/import_message.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+/// TMPDIR, or what is usual. The runtime of clang takes a percent sign in a path for one of its patterns.
+static std::string temporary_folder() {
+    const char* const chosen = std::getenv("TMPDIR");
+    if (!chosen || *chosen == '\0')
+        return "/tmp";
+    std::error_code error;
+    const std::string path = fs::absolute(chosen, error).string();
+    return error || path.find('%') != std::string::npos ? "/tmp" : path;
+}
+
+scratch_folder::scratch_folder() : path_(temporary_folder() + "/vexcov-run-XXXXXX") {
+    if (!mkdtemp(path_.data()))
+        import_error("cannot make a directory for the counts in %s: %s",
+                     printable(fs::path(path_).parent_path().string()).c_str(), std::strerror(errno));
+}
+
+scratch_folder::~scratch_folder() {
+    std::error_code error;
+    fs::remove_all(path_, error);
+    if (error)
+        import_warning("cannot remove %s: %s", printable(path_).c_str(), error.message().c_str());
+}
