@@ -41,6 +41,8 @@ void site_page::set_common(const site_settings& settings, std::string title) {
     set("up", std::string(up_));
     set("covered", settings.differential ? "new" : "covered");
     set("uncovered", settings.differential ? "old" : "uncovered");
+    values_.choice("plain", !settings.differential);
+    values_.choice("differential", settings.differential);
     values_.choice("own_style", settings.has_own_style);
     values_.choice("changes_link", settings.has_changes);
 }
