@@ -89,14 +89,16 @@ bool static_union::start_map(std::string* error) {
     return read;
 }
 
-/// Adds the keys of the functions that ran in a dynamic profile.
+/// Adds the functions that ran in a dynamic profile.
 bool static_union::read_keys(const std::string& dynamic, std::string* error) {
     DPI_CURSOR cursor;
     if (dynamic.empty())
         return true;
     if (cursor.open(dynamic, locked_))
-        while (cursor.next())
-            keys_.emplace(cursor.key());
+        while (cursor.next()) {
+            std::int64_t& time = keys_.try_emplace(std::string(cursor.key()), INT64_MIN).first->second;
+            time = std::max(time, cursor.modified());
+        }
     *error = cursor.error();
     return error->empty();
 }
@@ -107,9 +109,10 @@ static_line_taker static_union::taker(routine_map* added, std::int64_t time) con
         const auto [place, is_new] = added->try_emplace(record.file_name + ' ' + record.proc_name);
         routine_lines& lines = place->second;
         if (is_new) {
-            lines.time = time;
+            const auto ran = keys_.find(record.file_name + "'" + record.proc_name + "'");
+            lines.has_run = ran != keys_.end();
+            lines.time = lines.has_run ? ran->second : time;
             lines.path = path;
-            lines.has_run = keys_.contains(record.file_name + "'" + record.proc_name + "'");
         }
         lines.lines.push_back({record.line, record.block_count, record.second_name, record.flag});
     };
@@ -144,8 +147,9 @@ bool static_union::unite(routine_map& added, std::string* error) {
         const auto [place, is_new] = routines_.try_emplace(key);
         routine_lines& known = place->second;
         if (!is_new && known.lines == lines.lines) {
-            known.time = std::max(known.time, lines.time);
-            known.has_run = known.has_run || lines.has_run;
+            // Where the routine ran, a newer profile in which it did not run makes its counts no newer.
+            std::tie(known.has_run, known.time) =
+                std::max(std::pair(known.has_run, known.time), std::pair(lines.has_run, lines.time));
             continue;
         }
         if (!is_new && !newest_ && !agree(known, lines))

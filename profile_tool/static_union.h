@@ -14,7 +14,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 class static_union {
@@ -47,7 +46,7 @@ class static_union {
     struct routine_lines {
         std::vector<line_facts> lines; ///< ascending, each once
         bool has_run = false;          ///< in a profile that has them
-        std::int64_t time = 0;         ///< of the newest profile that has them
+        std::int64_t time = 0;         ///< of the newest profile that has them; where it ran, if in any
         std::size_t path = 0;          ///< one that has them, as a place in paths_
     };
     using routine_map = std::unordered_map<std::string, routine_lines>; ///< by file, blank, routine
@@ -70,6 +69,8 @@ class static_union {
     std::int64_t first_time_ = 0;            ///< of the newest of those
     std::vector<std::string> first_dynamic_; ///< the dynamic profiles of those
     std::vector<std::string> paths_;
-    std::unordered_set<std::string> keys_; ///< of the dynamic profiles being added; kept for its memory
+    std::unordered_map<std::string, std::int64_t> keys_; ///< of the functions that ran in the dynamic
+                                                         ///< profiles being added, with the time of the
+                                                         ///< newest; kept for its memory
     routine_map routines_;
 };

@@ -258,6 +258,26 @@ TEST_F(merging, NewestCountsWhereRecordsDoNotAgree) {
     EXPECT_NE(run("vexcov-profile show m.dpi").standard_output.find("blocks 3:1=140\n"), std::string::npos);
 }
 
+TEST_F(merging, NewestTakesTheRoutineOfTheCountsItTakes) {
+    const std::string head = "header runs 1\n";
+    put("a.dpi", head + "record 64\nfile a.c\nfunction f\nblocks 3:1=1\n");
+    put("b.dpi", head + "record 64\nfile a.c\nfunction f\nblocks 3:1=10 4:1=10\n");
+    put("c.dpi", head); // has the routine of a, which did not run
+    put("d.dpi", head); // likewise, with other bytes
+    scratch_.put("a.spi", "a.c - f 3 1 x\n");
+    scratch_.put("b.spi", "a.c - f 3 2 x\n");
+    scratch_.put("c.spi", "a.c - f 3 1 x\n");
+    scratch_.put("d.spi", "a.c - f 3 1 x\na.c - g 9 1 x\n");
+    int age = 0;
+    for (const char* name : {"a.dpi", "b.dpi", "c.dpi", "d.dpi"})
+        set_age(name, ++age);
+    for (const char* order :
+         {"a.dpi b.dpi c.dpi d.dpi", "a.dpi c.dpi d.dpi b.dpi", "d.dpi a.dpi c.dpi b.dpi"}) {
+        merge("-newest -o m " + std::string(order));
+        EXPECT_EQ(bytes("m.spi"), "a.c - f 3 2 x\na.c - g 9 1 x\n") << order;
+    }
+}
+
 TEST_F(merging, IntoOneOfItsInputs) {
     put("a.dpi", "header runs 1\nrecord 64\nfile a.c\nfunction f\nblocks 3:1=1\n");
     put("b.dpi", "header runs 1\nrecord 64\nfile a.c\nfunction f\nblocks 3:1=2\n");
