@@ -65,10 +65,11 @@ void outline_scanner::pass_directive(std::uint32_t offset) {
 void outline_scanner::begin_code(std::uint32_t offset, bool line_begin) {
     const char c = text_[offset];
     const bool opens = c == '{';
-    if (else_ != kNowhere && !opens) {
+    if (else_ != kNowhere) {
         if (c != '}')
             branches_.push_back({offset, else_});
-        else_ = kNowhere;
+        if (!opens) // a brace leads on to the code behind it
+            else_ = kNowhere;
     }
     // Braces inside a head: those of members' initialisers and of constants.
     if (closed_ && !opens && c != ',' && c != '>' && c != '&' && c != '|')
@@ -96,7 +97,8 @@ std::size_t outline_scanner::pass_word(std::uint32_t offset) {
     last_ = before == piece::access ? piece::behind_access : piece::word;
     if (word == "else") {
         else_ = offset;
-    } else if (word == "operator") {
+    } else if (word == "operator" ||
+               (before == piece::operator_word && (word == "new" || word == "delete"))) {
         last_ = piece::operator_word;
     } else if (word == "requires") {
         now().expects_expression = before == piece::requires_word;
