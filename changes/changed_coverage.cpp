@@ -143,6 +143,7 @@ bool change_tracker::take_path(const std::string& path, const std::string& root,
 
 void change_tracker::take(const file_coverage& file, const root_names& names) {
     root_ = names.root();
+    any_below_root_ = any_below_root_ || file.below_root;
     extensions_.emplace(extension_of(file.name));
     const std::string path =
         !file.below_root ? file.name : root_ + (root_.ends_with('/') ? "" : "/") + file.name;
@@ -198,6 +199,22 @@ const std::string& change_tracker::best_directory() const {
     return best->first;
 }
 
+/// Another directory was found than the root, below which a file of such a name lies, too: without data, and
+/// its lines are not those of the file that was found.
+void change_tracker::refuse_doubtful(const std::string& directory) const {
+    if (directory == root_ || !any_below_root_)
+        return;
+    for (const fit& one : fits_.find(directory)->second) {
+        const std::string& name = files_[one.changed].name;
+        const fs::path below_root = fs::path(root_) / name;
+        std::error_code error;
+        if (fs::is_regular_file(below_root, error) &&
+            !fs::equivalent(below_root, fs::path(directory) / name, error))
+            end_with_error("the names of the diff may be relative to %s or to %s; -root says which",
+                           printable(root_).c_str(), printable(directory).c_str());
+    }
+}
+
 changed_coverage change_tracker::finish() {
     changed_coverage result;
     result.empty = files_.empty();
@@ -206,6 +223,7 @@ changed_coverage change_tracker::finish() {
         refuse_foreign();
     } else {
         result.directory = best_directory();
+        refuse_doubtful(result.directory);
         result.is_root = result.directory == root_;
         for (fit& one : fits_.find(result.directory)->second) {
             const std::vector<line_range>& lines = files_[one.changed].lines;

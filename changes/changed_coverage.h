@@ -7,8 +7,9 @@
 // The names of a diff are relative to one directory, mostly the top of the repository. Where the root is
 // given they are relative to it. Otherwise a changed file may be any source file whose path ends in its name,
 // and the directory is the one, in front of the name, below which most of the changed files are found; the
-// root wins where others have as many.
-// Where a path fits nothing it is tried without symbolic links.
+// root wins where others have as many. It is not guessed when the root holds source files and a file of one
+// of the names, which then may be the changed one although it has no data. Where a path fits nothing it is
+// tried without symbolic links.
 #pragma once
 
 #include "changes/unified_diff.h"
@@ -66,10 +67,12 @@ class change_tracker {
     bool may_hold_code(const changed_file& file) const;
     void refuse_foreign() const;
     const std::string& best_directory() const;
+    void refuse_doubtful(const std::string& directory) const;
 
     const std::vector<changed_file> files_;
     const bool root_given_;
     std::string root_;
+    bool any_below_root_ = false;                               ///< of the source files
     std::unordered_map<std::string_view, std::size_t> by_name_; ///< files that are there behind the change
     std::unordered_set<std::string> extensions_;                ///< of the source files
     std::map<std::string, std::vector<fit>> fits_; ///< by the directory that would be the names' own

@@ -65,6 +65,8 @@ static void print_changes(const check_result& result) {
     for (std::size_t i = 0; i < std::min(without.size(), kMostWithout); ++i)
         print_line("- " + markdown_text(without[i]));
     print_rest(without.size(), kMostWithout, "files without data");
+    if (!changed.is_root)
+        print_line("\nThe names of the diff are taken to be relative to " + markdown_text(changed.directory));
 }
 
 void write_markdown(const check_result& result) {

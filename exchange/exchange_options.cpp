@@ -7,8 +7,12 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <string_view>
+#include <system_error>
+
+namespace fs = std::filesystem;
 
 static constexpr std::string_view format_names[kExchangeFormats] = {"cobertura", "lcov",   "sonar", "json",
                                                                     "markdown",  "github", "text"};
@@ -159,6 +163,17 @@ static bool has_format(const exchange_options& options, exchange_format format) 
                        [format](const exchange_output& output) { return output.format == format; });
 }
 
+/// True when both go to one place, in whatever spelling: the later one would replace the other.
+static bool same_target(const std::string& a, const std::string& b) {
+    if (a == b || a.empty() || b.empty())
+        return a == b;
+    std::error_code error_a;
+    std::error_code error_b;
+    const fs::path path_a = fs::weakly_canonical(fs::absolute(a, error_a), error_a);
+    const fs::path path_b = fs::weakly_canonical(fs::absolute(b, error_b), error_b);
+    return !error_a && !error_b && path_a == path_b;
+}
+
 static void check_outputs(const exchange_options& options) {
     for (std::size_t i = 0; i < options.outputs.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
@@ -167,7 +182,7 @@ static void check_outputs(const exchange_options& options) {
             if (a.format == b.format)
                 end_with_error("the format %s is asked for twice",
                                std::string(format_names[static_cast<std::size_t>(a.format)]).c_str());
-            if (a.file == b.file)
+            if (same_target(a.file, b.file))
                 end_with_error("two formats cannot go to %s",
                                a.file.empty() ? "the standard output" : printable(a.file).c_str());
         }

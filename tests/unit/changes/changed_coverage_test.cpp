@@ -2,14 +2,17 @@
 #include "changes/changed_coverage.h"
 
 #include "tests/tools/product.h"
+#include "tests/tools/scratch.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 namespace {
 
-/// What becomes of a diff that adds line 2 to each of `changed`, whose root is /r/top.
+/// What becomes of a diff that adds line 2 to each of `changed`.
 struct naming_case {
     const char* what;
     bool root_given;
@@ -28,14 +31,14 @@ std::string shown(const changed_coverage& result) {
     return text;
 }
 
-std::string track(const naming_case& test) {
+std::string track(const naming_case& test, const std::string& root = "/r/top") {
     std::vector<changed_file> files;
     for (const std::string& name : test.changed)
         files.push_back({.name = name, .old_name = {}, .lines = {{2, 2}}});
     std::string result;
     const outcome ended = run_product([&] {
         change_tracker tracker(files, test.root_given);
-        const root_names names("/r/top");
+        const root_names names(root);
         for (const std::string& source : test.sources) {
             source_analysis analysis;
             analysis.positions = position_table(4);
@@ -92,6 +95,23 @@ TEST(ChangedCoverage, NamesAreRelativeToOneDirectory) {
     };
     for (const naming_case& test : tests)
         EXPECT_EQ(track(test), test.expected) << test.what;
+}
+
+TEST(ChangedCoverage, AnotherFileOfTheNameBelowTheRootIsNotPassedOver) {
+    const scratch_directory scratch;
+    const std::string top = scratch.path().string();
+    std::filesystem::create_directory(scratch.path() / "src");
+    std::ofstream(scratch.path() / "src/a.c") << "int a;\n";
+    const naming_case below = {"below", false, {"src/a.c"}, {"a.c"}, ""};
+    EXPECT_EQ(track(below, top), top + "/src a.c=src/a.c");
+    std::ofstream(scratch.path() / "a.c") << "int b;\n";
+    EXPECT_EQ(track(below, top), "ERROR: the names of the diff may be relative to " + top + " or to " + top +
+                                     "/src; -root says which\n");
+    const naming_case copied = {"elsewhere", false, {"/w/a.c"}, {"a.c"}, ""};
+    EXPECT_EQ(track(copied, top), "/w a.c=/w/a.c");
+    std::filesystem::remove(scratch.path() / "a.c");
+    std::filesystem::create_symlink("src/a.c", scratch.path() / "a.c");
+    EXPECT_EQ(track(below, top), top + "/src a.c=src/a.c");
 }
 
 TEST(ChangedCoverage, CountsChangedLinesWithCode) {
