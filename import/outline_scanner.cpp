@@ -96,7 +96,8 @@ std::size_t outline_scanner::pass_word(std::uint32_t offset) {
     last_ = before == piece::access ? piece::behind_access : piece::word;
     if (word == "else") {
         else_ = offset;
-    } else if (word == "operator") {
+    } else if (word == "operator" ||
+               (before == piece::operator_word && (word == "new" || word == "delete"))) {
         last_ = piece::operator_word;
     } else if (word == "requires") {
         now().expects_expression = before == piece::requires_word;

@@ -136,10 +136,30 @@ std::optional<source_position> block_builder::place_without_source(const continu
     return behind_brace < place.limit ? std::optional(place.from) : std::nullopt;
 }
 
+/// Lets the regions to which the "else" at `word` leads begin there; false when there are none. Where the
+/// instances of a template differ, the gap that holds the word may begin too early to be found by it.
+bool block_builder::begin_at_else(source_position word, code_cursor* cursor) {
+    constexpr std::string_view else_word = "else";
+    if (word_at(source_, word) != else_word)
+        return false;
+    const std::uint32_t behind = word.column + static_cast<std::uint32_t>(else_word.size());
+    const std::optional<source_position> code = cursor->next_code({word.line, behind});
+    if (!code)
+        return false;
+    auto region = std::lower_bound(
+        code_.begin(), code_.end(), *code,
+        [](const source_region& a, const source_position& place) { return a.start < place; });
+    const bool leads_to_code = region != code_.end() && region->start == *code;
+    for (; region != code_.end() && region->start == *code; ++region)
+        region->start = word;
+    return leads_to_code;
+}
+
 /// A place in a gap behind the inner part is no join: it leads to code with a count of its own, such as the
 /// "else" behind the first branch does. Nor is one where an inner function begins.
 void block_builder::add_joins(const std::vector<nested_function>& nested) {
     code_cursor cursor(source_, skipped_, end_);
+    code_cursor behind_else(source_, skipped_, end_);
     auto inner = nested.begin(); // the first that begins at the place or behind it
     auto behind = gaps_.begin(); // the first gap behind the place; both go on in ascending order
     for (const continuation& place : continuations_) {
@@ -153,6 +173,8 @@ void block_builder::add_joins(const std::vector<nested_function>& nested) {
         while (inner != nested.end() && inner->extent.start < *join)
             ++inner;
         if (inner != nested.end() && inner->extent.start == *join)
+            continue;
+        if (begin_at_else(*join, &behind_else))
             continue;
         while (behind != gaps_.end() && behind->start <= *join)
             ++behind;

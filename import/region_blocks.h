@@ -57,6 +57,7 @@ class block_builder {
     void begin_behind_gaps();
     void find_continuations(const std::vector<nested_function>& nested);
     std::optional<source_position> place_without_source(const continuation& place) const;
+    bool begin_at_else(source_position word, code_cursor* cursor);
     void add_joins(const std::vector<nested_function>& nested);
     void add_returns(const std::vector<nested_function>& nested);
     void merge_positions();

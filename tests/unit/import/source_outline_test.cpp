@@ -50,8 +50,8 @@ TEST(SourceOutline, WhatBelongsToAHead) {
           "template <class T> requires requires(T t) { t.x(); } void f(T) ",
           "template <class T> requires requires { T(); } && A<T> void f(T) ", "int operator[](int a) ",
           "template <auto A = s{1}> void f() ", "f() try : a(1) ", "int f(a, b) int a; char *b[]; ",
-          "int operator()() ", "f(int a, // ;\n#if A\n int b\n#else\n int c\n#endif\n) ", "virtual ~",
-          "int (*f(int a))(int) "})
+          "int operator()() ", "void* operator new[](size_t a) ",
+          "f(int a, // ;\n#if A\n int b\n#else\n int c\n#endif\n) ", "virtual ~", "int (*f(int a))(int) "})
         EXPECT_EQ(head("int x;" + whole + "@{ }"), whole);
     EXPECT_EQ(head("int x; int @f(int a) { }"), "int "); // a name
     EXPECT_EQ(head("int x; f() : a_(@1), b_{[] { if (a) { } return 1; }} { }"), "f() : a_(");
