@@ -65,10 +65,11 @@ void outline_scanner::pass_directive(std::uint32_t offset) {
 void outline_scanner::begin_code(std::uint32_t offset, bool line_begin) {
     const char c = text_[offset];
     const bool opens = c == '{';
-    if (else_ != kNowhere && !opens) {
+    if (else_ != kNowhere) {
         if (c != '}')
             branches_.push_back({offset, else_});
-        else_ = kNowhere;
+        if (!opens) // a brace leads on to the code behind it
+            else_ = kNowhere;
     }
     // Braces inside a head: those of members' initialisers and of constants.
     if (closed_ && !opens && c != ',' && c != '>' && c != '&' && c != '|')

@@ -19,7 +19,7 @@ struct outlined_head {
     bool starts_line;      ///< no code stands in front of it on its line
 };
 
-/// Code behind an "else", not counting a brace. The places are offsets into the text.
+/// Code behind an "else": a brace, and the first code inside. The places are offsets into the text.
 struct outlined_branch {
     std::uint32_t code;
     std::uint32_t word; ///< the "else" itself

@@ -78,6 +78,8 @@ static std::string branch(std::string text) {
 TEST(SourceOutline, Branches) {
     EXPECT_EQ(branch("if (a) b(); else // x\n@c();"), "else // x\n");
     EXPECT_EQ(branch("if (a) { } else {\n#if A\n /* x */\n @c();"), "else {\n#if A\n /* x */\n ");
+    EXPECT_EQ(branch("if (a) { } else\n@{ c(); }"), "else\n");
+    EXPECT_EQ(branch("if (a) { } else\n{ @c(); }"), "else\n{ ");
     EXPECT_EQ(branch("else @if (a) b();"), "else ");
     EXPECT_EQ(branch("#else\n@a();"), "none");
     EXPECT_EQ(branch("else_a(); @b();"), "none");
