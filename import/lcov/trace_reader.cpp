@@ -156,13 +156,15 @@ void trace_reader::count_functions() {
 }
 
 /// clang writes the source file in front of the names of local functions: "file.c:name", "path/file.c;name".
+/// For what a header defines, it is that of another file; there, only a mangled name shows that it is one.
 static std::string_view without_file(std::string_view name, std::string_view file) {
     const std::size_t separator = name.find_first_of(":;");
     if (separator == std::string_view::npos || separator == 0 || separator + 1 == name.size())
         return name;
     const std::string_view prefix = name.substr(0, separator);
-    const bool scope = name[separator + 1] == ':';
-    return !scope && (file.ends_with(prefix) || prefix.ends_with(file)) ? name.substr(separator + 1) : name;
+    const std::string_view own = name.substr(separator + 1);
+    const bool same_file = own.front() != ':' && (file.ends_with(prefix) || prefix.ends_with(file));
+    return same_file || own.starts_with("_Z") ? own : name;
 }
 
 void trace_reader::end_section() {
