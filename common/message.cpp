@@ -26,3 +26,10 @@ void print_warning(const char* format, ...) {
     print_message("WARNING: ", format, arguments);
     va_end(arguments);
 }
+
+void print_note(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    print_message("NOTE: ", format, arguments);
+    va_end(arguments);
+}

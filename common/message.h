@@ -12,6 +12,9 @@
 /// Writes "WARNING: ", the text and a newline; the run goes on.
 void print_warning(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+/// Writes "NOTE: ", the text and a newline: nothing is wrong.
+void print_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
 /// Writes `kind`, the text and a newline.
 void print_message(const char* kind, const char* format, std::va_list arguments)
     __attribute__((format(printf, 2, 0)));

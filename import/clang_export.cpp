@@ -5,7 +5,7 @@
 //    "type":"llvm.coverage.json.export","version":"2.0.1"}
 #include "import/clang_export.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <boost/json/basic_parser_impl.hpp>
@@ -113,7 +113,8 @@ class export_handler {
 };
 
 void export_handler::foreign() const {
-    import_error("%s is not an export of llvm-cov (made with: llvm-cov export -format=text)", input_.c_str());
+    end_with_error("%s is not an export of llvm-cov (made with: llvm-cov export -format=text)",
+                   input_.c_str());
 }
 
 void export_handler::unexpected() const {
@@ -124,8 +125,8 @@ void export_handler::unexpected() const {
         if (known.id == key_)
             where = known.text.data();
     }
-    import_error("%s: a value in \"%s\" of function \"%s\" has the wrong type", input_.c_str(), where,
-                 printable(function_.name).c_str());
+    end_with_error("%s: a value in \"%s\" of function \"%s\" has the wrong type", input_.c_str(), where,
+                   printable(function_.name).c_str());
 }
 
 /// A value that means nothing: fine under an unknown key, an error where the outline asks for something else.
@@ -208,8 +209,8 @@ bool export_handler::on_array_end(std::size_t, json::error_code&) {
     switch (place_) {
     case place::region:
         if (fields_ < kRegionFields)
-            import_error("%s: a region of function \"%s\" has %zu numbers instead of %d", input_.c_str(),
-                         printable(function_.name).c_str(), fields_, static_cast<int>(kRegionFields));
+            end_with_error("%s: a region of function \"%s\" has %zu numbers instead of %d", input_.c_str(),
+                           printable(function_.name).c_str(), fields_, static_cast<int>(kRegionFields));
         place_ = place::regions;
         break;
     case place::data:
@@ -336,8 +337,8 @@ void export_handler::end_function() {
                           : !regions_seen_   ? "regions"
                                              : nullptr;
     if (missing)
-        import_error("%s: function \"%s\" has no \"%s\"", input_.c_str(), printable(function_.name).c_str(),
-                     missing);
+        end_with_error("%s: function \"%s\" has no \"%s\"", input_.c_str(), printable(function_.name).c_str(),
+                       missing);
     on_function_(function_);
 }
 
@@ -345,10 +346,10 @@ void export_handler::check_complete() const {
     if (type_ != kExportType)
         foreign();
     if (!version_.starts_with("2.") && !version_.starts_with("3."))
-        import_error("%s has version \"%s\" of the export; versions 2 and 3 are known", input_.c_str(),
-                     printable(version_).c_str());
+        end_with_error("%s has version \"%s\" of the export; versions 2 and 3 are known", input_.c_str(),
+                       printable(version_).c_str());
     if (!functions_seen_)
-        import_error("%s lists no functions (an export made with -summary-only?)", input_.c_str());
+        end_with_error("%s lists no functions (an export made with -summary-only?)", input_.c_str());
 }
 
 } // namespace
@@ -358,7 +359,7 @@ static std::size_t read_piece(std::FILE* stream, char* piece, const std::string&
     errno = 0;
     const std::size_t size = std::fread(piece, 1, kPieceSize, stream);
     if (std::ferror(stream))
-        import_error("cannot read %s: %s", input.c_str(), std::strerror(errno));
+        end_with_error("cannot read %s: %s", input.c_str(), std::strerror(errno));
     return size;
 }
 
@@ -376,17 +377,17 @@ void read_clang_export(std::FILE* stream, const std::string& input,
         const std::size_t size = read_piece(stream, piece, input);
         more = size != 0;
         if (!more && done == 0)
-            import_error("%s is empty", input.c_str());
+            end_with_error("%s is empty", input.c_str());
         const std::size_t used = parser.write_some(more, piece, size, error);
         done += used;
         if (!error && used < size)
             error = json::make_error_code(json::error::extra_data);
     }
     if (error == json::error::incomplete)
-        import_error("%s ends in the middle, after %llu bytes", input.c_str(),
-                     static_cast<unsigned long long>(done));
+        end_with_error("%s ends in the middle, after %llu bytes", input.c_str(),
+                       static_cast<unsigned long long>(done));
     if (error)
-        import_error("%s is not valid JSON at byte %llu: %s", input.c_str(),
-                     static_cast<unsigned long long>(done), error.message().c_str());
+        end_with_error("%s is not valid JSON at byte %llu: %s", input.c_str(),
+                       static_cast<unsigned long long>(done), error.message().c_str());
     parser.handler().check_complete();
 }

@@ -1,9 +1,9 @@
 #include "import/import_options.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/option_table.h"
 #include "import/gcc/gcov_runs.h"
-#include "import/import_message.h"
 
 #include <charconv>
 #include <cstdio>
@@ -90,7 +90,7 @@ static void set_runs(import_options* options, const char* value) {
     const char* end = value + std::strlen(value);
     const std::from_chars_result result = std::from_chars(value, end, options->runs);
     if (result.ec != std::errc() || result.ptr != end || options->runs == 0)
-        import_error("-runs needs a number from 1 to 4294967295, not %s", printable(value).c_str());
+        end_with_error("-runs needs a number from 1 to 4294967295, not %s", printable(value).c_str());
 }
 
 static void set_gcov(import_options* options, const char* value) {
@@ -102,7 +102,7 @@ static void set_jobs(import_options* options, const char* value) {
     const char* end = value + std::strlen(value);
     const std::from_chars_result result = std::from_chars(value, end, options->jobs);
     if (result.ec != std::errc() || result.ptr != end || options->jobs == 0 || options->jobs > kMostJobs)
-        import_error("-jobs needs a number from 1 to %u, not %s", kMostJobs, printable(value).c_str());
+        end_with_error("-jobs needs a number from 1 to %u, not %s", kMostJobs, printable(value).c_str());
     options->gcc_option = "-jobs";
 }
 
@@ -152,17 +152,17 @@ static void take_name(const char* name, bool* format_given, import_options* opti
     else if (take_format(name, options))
         *format_given = true;
     else
-        import_error("unknown format %s; there are clang, gcc and lcov", printable(name).c_str());
+        end_with_error("unknown format %s; there are clang, gcc and lcov", printable(name).c_str());
 }
 
 static void check_options(const import_options& options) {
     if (options.gcc_option && options.format != import_format::gcc)
-        import_error("option %s is for the format gcc only", options.gcc_option);
+        end_with_error("option %s is for the format gcc only", options.gcc_option);
     if (options.spi_file.empty() || options.dpi_file.empty())
-        import_error("the name of a profile to write is empty");
+        end_with_error("the name of a profile to write is empty");
     if (options.spi_file == options.dpi_file)
-        import_error("the static and the dynamic profile cannot be the same file, %s",
-                     printable(options.spi_file).c_str());
+        end_with_error("the static and the dynamic profile cannot be the same file, %s",
+                       printable(options.spi_file).c_str());
 }
 
 void parse_import_options(int argc, char** argv, import_options* options) {
@@ -173,15 +173,15 @@ void parse_import_options(int argc, char** argv, import_options* options) {
             arguments.option().apply(options, arguments.value());
             break;
         case argument_kind::missing_value:
-            import_error("option %s needs %s", arguments.option().name, arguments.option().missing);
+            end_with_error("option %s needs %s", arguments.option().name, arguments.option().missing);
         case argument_kind::unknown:
-            import_error("unknown option %s (vexcov-import -help lists the options)",
-                         printable(arguments.text()).c_str());
+            end_with_error("unknown option %s (vexcov-import -help lists the options)",
+                           printable(arguments.text()).c_str());
         case argument_kind::positional:
             take_name(arguments.text(), &format_given, options);
         }
     }
     if (!format_given)
-        import_error("no format given: vexcov-import FORMAT [options] [inputs] (see vexcov-import -help)");
+        end_with_error("no format given: vexcov-import FORMAT [options] [inputs] (see vexcov-import -help)");
     check_options(*options);
 }

@@ -2,11 +2,11 @@
 
 #include "common/fatal.h"
 #include "common/file_ptr.h"
+#include "common/message.h"
 #include "demangle/shared_name.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
 #include "import/gcc/gcc_import.h"
-#include "import/import_message.h"
 #include "import/import_options.h"
 #include "import/lcov/lcov_import.h"
 #include "import/main_file.h"
@@ -95,26 +95,26 @@ static void read_inputs(const import_options& options, const source_names& names
             continue;
         const file_ptr stream(std::fopen(input.c_str(), "rb"));
         if (!stream)
-            import_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
+            end_with_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
         read_input(stream.get(), input, names, all);
     }
     for (const std::string& path : options.objects)
         clang_files.take_programs(path);
     if (!options.objects.empty() && clang_files.without_programs())
-        import_error(
+        end_with_error(
             "no program, library or archive was found; name the folder of those that ran with -objects");
     read_clang_files(&clang_files, names, all);
 }
 
 static void print_warnings(const collected& all, const profile_data& data) {
     if (all.empty != 0)
-        import_warning("%llu functions without code were left out",
-                       static_cast<unsigned long long>(all.empty));
+        print_warning("%llu functions without code were left out",
+                      static_cast<unsigned long long>(all.empty));
     if (data.different != 0)
-        import_warning("%llu functions came again with different blocks; the one with more blocks was kept",
-                       static_cast<unsigned long long>(data.different));
+        print_warning("%llu functions came again with different blocks; the one with more blocks was kept",
+                      static_cast<unsigned long long>(data.different));
     if (data.misplaced != 0)
-        import_warning(
+        print_warning(
             "%llu blocks lie beyond the end of their line or file; the sources have changed since the "
             "program was built",
             static_cast<unsigned long long>(data.misplaced));
@@ -126,7 +126,7 @@ static void run_clang_import(const import_options& options) {
     read_inputs(options, names, &all);
     if (all.store.functions().empty()) {
         all.left_out.check_root();
-        import_error("the input holds no functions");
+        end_with_error("the input holds no functions");
     }
     if (!options.instances)
         all.store.unite_instances();

@@ -1,6 +1,6 @@
 #include "import/main_file.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <tuple>
@@ -20,8 +20,8 @@ struct message_place {
 } // namespace
 
 [[noreturn]] static void bad_number(const message_place& place, const char* what, std::int64_t value) {
-    import_error("%s: function \"%s\" has %s %lld, which cannot be", place.input.c_str(),
-                 printable(place.function.name).c_str(), what, static_cast<long long>(value));
+    end_with_error("%s: function \"%s\" has %s %lld, which cannot be", place.input.c_str(),
+                   printable(place.function.name).c_str(), what, static_cast<long long>(value));
 }
 
 static void check_range(const message_place& place, const char* what, std::int64_t value,
@@ -54,8 +54,8 @@ static std::int64_t main_file_number(const message_place& place) {
     }
     const auto main = std::find(expanded.begin(), expanded.end(), false);
     if (main == expanded.end())
-        import_error("%s: function \"%s\" has no main file", place.input.c_str(),
-                     printable(place.function.name).c_str());
+        end_with_error("%s: function \"%s\" has no main file", place.input.c_str(),
+                       printable(place.function.name).c_str());
     return main - expanded.begin();
 }
 

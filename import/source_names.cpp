@@ -1,6 +1,6 @@
 #include "import/source_names.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <filesystem>
 #include <new>
@@ -20,7 +20,7 @@ fs::path absolute_path(const std::string& path) {
     std::error_code error;
     fs::path absolute = fs::absolute(path, error);
     if (error)
-        import_error("cannot tell where %s is: %s", printable(path).c_str(), error.message().c_str());
+        end_with_error("cannot tell where %s is: %s", printable(path).c_str(), error.message().c_str());
     return absolute;
 }
 
@@ -72,7 +72,7 @@ std::string_view without_local_prefix(std::string_view name) {
 
 void left_out_sources::check_root() const {
     if (!names_.empty())
-        import_error(
+        end_with_error(
             "all source files lie outside of %s (-root names the directory of the sources; -all keeps "
             "those outside)",
             printable(root_).c_str());
@@ -80,6 +80,6 @@ void left_out_sources::check_root() const {
 
 void left_out_sources::print() const {
     if (!names_.empty())
-        import_note("%zu source files outside of %s were left out (-all keeps them)", names_.size(),
-                    printable(root_).c_str());
+        print_note("%zu source files outside of %s were left out (-all keeps them)", names_.size(),
+                   printable(root_).c_str());
 }

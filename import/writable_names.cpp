@@ -1,6 +1,6 @@
 #include "import/writable_names.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 #include "import/record_order.h"
 
 #include <algorithm>
@@ -97,11 +97,11 @@ void warn_of_replaced_names(const replaced_names& replaced) {
     const unsigned long long files = replaced.files;
     const unsigned long long functions = replaced.functions;
     if (files != 0)
-        import_warning(
+        print_warning(
             "white space and control characters in the names of %llu source files and %llu functions "
             "became _; vexcov does not find such source files",
             files, functions);
     else if (functions != 0)
-        import_warning("white space and control characters in the names of %llu functions became _",
-                       functions);
+        print_warning("white space and control characters in the names of %llu functions became _",
+                      functions);
 }

@@ -1,6 +1,6 @@
 #include "import/write_pair.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 #include "import/writable_names.h"
 #include "profile/profile_pair.h"
 
@@ -9,6 +9,6 @@ void write_pair(PGOPTI_PROFILE profile, const import_options& options) {
     profile.num_runs = options.runs;
     std::string error;
     if (!PGOPTI_Write_Profiles(profile, PGOPTI_LAYOUT_64, options.dpi_file, options.spi_file, &error))
-        import_error("%s", error.c_str());
+        end_with_error("%s", error.c_str());
     warn_of_replaced_names(replaced);
 }

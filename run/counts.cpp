@@ -1,11 +1,11 @@
 #include "run/counts.h"
 
+#include "common/message.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang/elf_file.h"
 #include "import/clang/file_bytes.h"
 #include "import/clang/file_kind.h"
 #include "import/clang/input_error.h"
-#include "import/import_message.h"
 
 #include <filesystem>
 #include <string_view>
@@ -56,7 +56,7 @@ static void explain_silence(const std::vector<std::string>& files, compiler by) 
         const bool of_gcc = by != compiler::clang && path.ends_with(".gcno");
         if (!of_gcc && (by == compiler::gcc || !has_mapping(path)))
             continue;
-        import_error(
+        end_with_error(
             "%s was built for coverage by %s, but no such program has left counts\n"
             "   Does the command run it? A program leaves none when it is killed, when it ends with _exit or "
             "abort,\n   when it does not get the environment of the command, or where TMPDIR has no room",
@@ -80,29 +80,30 @@ static std::vector<std::string> all_files(const std::vector<std::string>& object
 
 [[noreturn]] static void explain_no_counts(const run_options& options, const scratch_folder& scratch) {
     if (options.compiled_by == compiler::clang && has_counts(scratch, compiler::gcc))
-        import_error("the programs have left counts of GCC and none of clang; leave out -clang");
+        end_with_error("the programs have left counts of GCC and none of clang; leave out -clang");
     if (options.compiled_by == compiler::gcc && has_counts(scratch, compiler::clang))
-        import_error("the programs have left counts of clang and none of GCC; leave out -gcc");
+        end_with_error("the programs have left counts of clang and none of GCC; leave out -gcc");
     explain_silence(all_files(options.objects), options.compiled_by);
-    import_error("no program has left counts, and %s nothing was found that was built for coverage\n"
-                 "   Compile and link with\n"
-                 "      clang:  -fprofile-instr-generate -fcoverage-mapping\n"
-                 "      GCC:    --coverage\n"
-                 "   or name with -objects the folder of what was built so",
-                 options.objects.size() == 1 ? ("in " + printable(options.objects[0])).c_str()
-                                             : "among the -objects");
+    end_with_error("no program has left counts, and %s nothing was found that was built for coverage\n"
+                   "   Compile and link with\n"
+                   "      clang:  -fprofile-instr-generate -fcoverage-mapping\n"
+                   "      GCC:    --coverage\n"
+                   "   or name with -objects the folder of what was built so",
+                   options.objects.size() == 1 ? ("in " + printable(options.objects[0])).c_str()
+                                               : "among the -objects");
 }
 
 compiler find_counts(const run_options& options, const scratch_folder& scratch) {
     for (const std::string& path : options.objects) {
         std::error_code error;
         if (!fs::exists(path, error))
-            import_error("there is no %s to look for objects in", printable(path).c_str());
+            end_with_error("there is no %s to look for objects in", printable(path).c_str());
     }
     const bool of_clang = options.compiled_by != compiler::gcc && has_counts(scratch, compiler::clang);
     const bool of_gcc = options.compiled_by != compiler::clang && has_counts(scratch, compiler::gcc);
     if (of_clang && of_gcc)
-        import_error("programs of clang and of GCC were run; choose those of the report with -clang or -gcc");
+        end_with_error(
+            "programs of clang and of GCC were run; choose those of the report with -clang or -gcc");
     if (!of_clang && !of_gcc)
         explain_no_counts(options, scratch);
     return of_clang ? compiler::clang : compiler::gcc;

@@ -1,10 +1,10 @@
 #include "run/run.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/source_file.h"
 #include "driver/banner.h"
 #include "driver/run.h"
-#include "import/import_message.h"
 #include "import/import_run.h"
 #include "run/counts.h"
 #include "run/figures.h"
@@ -49,7 +49,7 @@ static stage_results* share_results() {
     void* const memory =
         mmap(nullptr, sizeof(stage_results), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
-        import_error("cannot share memory: %s", std::strerror(errno)); // infeasible
+        end_with_error("cannot share memory: %s", std::strerror(errno)); // infeasible
     return static_cast<stage_results*>(memory);
 }
 
@@ -88,8 +88,8 @@ static int run_command(test_run* run) {
     const int status = command.wait(&run->signals);
     if (!WIFSIGNALED(status))
         return WEXITSTATUS(status);
-    import_warning("%s was ended by signal %d (%s)", printable(arguments[0]).c_str(), WTERMSIG(status),
-                   strsignal(WTERMSIG(status)));
+    print_warning("%s was ended by signal %d (%s)", printable(arguments[0]).c_str(), WTERMSIG(status),
+                  strsignal(WTERMSIG(status)));
     return 128 + WTERMSIG(status);
 }
 
@@ -99,7 +99,8 @@ static void make_folder(const std::string& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error)
-        import_error("cannot make the directory %s: %s", printable(folder).c_str(), error.message().c_str());
+        end_with_error("cannot make the directory %s: %s", printable(folder).c_str(),
+                       error.message().c_str());
 }
 
 static void import_counts(const test_run& run) {
@@ -125,8 +126,8 @@ static void import_counts(const test_run& run) {
 static void call_vexcov(const test_run& run, std::vector<std::string> arguments) {
     make_folder(run.options.folder);
     if (chdir(run.options.folder.c_str()) != 0)
-        import_error("cannot enter the directory %s: %s", printable(run.options.folder).c_str(),
-                     std::strerror(errno));
+        end_with_error("cannot enter the directory %s: %s", printable(run.options.folder).c_str(),
+                       std::strerror(errno));
     run_sources().set_folder(run.options.root);
     arguments.insert(arguments.begin(), "vexcov-run");
     arguments.insert(arguments.end(), {"-nopmeter", "-spi", run.spi_file, "-dpi", run.dpi_file});

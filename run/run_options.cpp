@@ -1,8 +1,8 @@
 #include "run/run_options.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/option_table.h"
-#include "import/import_message.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -178,13 +178,13 @@ static void read_options(int argc, char** argv, run_options* options) {
             arguments.option().apply(options, name, arguments.value());
             break;
         case argument_kind::missing_value:
-            import_error("option %s needs %s", arguments.option().name, arguments.option().missing);
+            end_with_error("option %s needs %s", arguments.option().name, arguments.option().missing);
         case argument_kind::unknown:
-            import_error("unknown option %s (vexcov-run -help lists the options)",
-                         printable(arguments.text()).c_str());
+            end_with_error("unknown option %s (vexcov-run -help lists the options)",
+                           printable(arguments.text()).c_str());
         case argument_kind::positional:
-            import_error("%s is no option; the command stands behind -- (see vexcov-run -help)",
-                         printable(arguments.text()).c_str());
+            end_with_error("%s is no option; the command stands behind -- (see vexcov-run -help)",
+                           printable(arguments.text()).c_str());
         }
     }
 }
@@ -206,19 +206,19 @@ static std::string absolute_folder(const std::string& name) {
 static void complete(run_options* options) {
     std::error_code error;
     if (!fs::is_directory(options->root, error))
-        import_error("the root %s is no directory", printable(options->root).c_str());
+        end_with_error("the root %s is no directory", printable(options->root).c_str());
     options->root = absolute_folder(options->root);
     if (options->objects.empty())
         options->objects.emplace_back(".");
     if (options->folder.empty())
-        import_error("the name of the report's directory is empty");
+        end_with_error("the name of the report's directory is empty");
     if (options->keep && options->spi_file.empty())
         options->spi_file = (fs::path(options->folder) / "pgopti.spi").string();
     if (options->keep && options->dpi_file.empty())
         options->dpi_file = (fs::path(options->folder) / "pgopti.dpi").string();
     if (options->keep && options->spi_file == options->dpi_file)
-        import_error("the static and the dynamic profile cannot be the same file, %s",
-                     printable(options->spi_file).c_str());
+        end_with_error("the static and the dynamic profile cannot be the same file, %s",
+                       printable(options->spi_file).c_str());
 }
 
 void parse_run_options(int argc, char** argv, run_options* options) {
@@ -227,7 +227,7 @@ void parse_run_options(int argc, char** argv, run_options* options) {
         std::find_if(argv, end, [](const char* text) { return std::strcmp(text, "--") == 0; });
     read_options(static_cast<int>(separator - argv), argv, options);
     if (end - separator < 2)
-        import_error(
+        end_with_error(
             "no command given: vexcov-run [options] -- COMMAND [ARGUMENT]... (see vexcov-run -help)");
     options->command = separator + 1;
     complete(options);

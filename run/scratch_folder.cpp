@@ -1,6 +1,6 @@
 #include "run/scratch_folder.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -22,13 +22,13 @@ static std::string temporary_folder() {
 
 scratch_folder::scratch_folder() : path_(temporary_folder() + "/vexcov-run-XXXXXX") {
     if (!mkdtemp(path_.data()))
-        import_error("cannot make a directory for the counts in %s: %s",
-                     printable(fs::path(path_).parent_path().string()).c_str(), std::strerror(errno));
+        end_with_error("cannot make a directory for the counts in %s: %s",
+                       printable(fs::path(path_).parent_path().string()).c_str(), std::strerror(errno));
 }
 
 scratch_folder::~scratch_folder() {
     std::error_code error;
     fs::remove_all(path_, error);
     if (error)
-        import_warning("cannot remove %s: %s", printable(path_).c_str(), error.message().c_str());
+        print_warning("cannot remove %s: %s", printable(path_).c_str(), error.message().c_str());
 }

@@ -1,6 +1,6 @@
 #include "run/signal_watch.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <cerrno>
 #include <cstring>
@@ -46,7 +46,7 @@ signal_watch::signal_watch() {
     sigprocmask(SIG_BLOCK, &watched, nullptr);
     descriptor_ = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
     if (descriptor_ == -1)
-        import_error("cannot watch for signals: %s", std::strerror(errno)); // infeasible
+        end_with_error("cannot watch for signals: %s", std::strerror(errno)); // infeasible
 }
 
 signal_watch::~signal_watch() {

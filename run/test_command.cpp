@@ -1,7 +1,7 @@
 #include "run/test_command.h"
 
 #include "common/fatal.h"
-#include "import/import_message.h"
+#include "common/message.h"
 #include "run/own_children.h"
 
 #include <cerrno>
@@ -119,7 +119,7 @@ void test_command::wait_for_others(int passed_on, signal_watch* signals) {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
         if (left.count() <= 0) {
-            import_warning(
+            print_warning(
                 "processes that the command started still run; what they count is not in the report");
             return;
         }

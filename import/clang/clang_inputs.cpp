@@ -1,10 +1,10 @@
 #include "import/clang/clang_inputs.h"
 
+#include "common/message.h"
 #include "common/progress_line.h"
 #include "import/build_folders.h"
 #include "import/clang/file_kind.h"
 #include "import/clang/join_reader.h"
-#include "import/import_message.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -30,7 +30,7 @@ std::vector<std::string> files_below(const std::string& directory) {
             break;
     }
     if (error)
-        import_error("cannot search %s: %s", printable(directory).c_str(), error.message().c_str());
+        end_with_error("cannot search %s: %s", printable(directory).c_str(), error.message().c_str());
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -43,7 +43,7 @@ static file_kind kind_of_found(const std::string& path) {
     } catch (const not_of_interest&) {
         return file_kind::other;
     } catch (const input_error& failure) {
-        import_error("%s %s", printable(path).c_str(), failure.what());
+        end_with_error("%s %s", printable(path).c_str(), failure.what());
     }
 }
 
@@ -73,10 +73,10 @@ void clang_inputs::search(const std::string& directory) {
         (fs::path(path).extension() == ".profraw" ? raw : merged) = true;
     }
     if (programs_.size() == programs && profiles_.size() == profiles)
-        import_error("%s holds no programs and no profiles", printable(directory).c_str());
+        end_with_error("%s holds no programs and no profiles", printable(directory).c_str());
     if (raw && merged)
-        import_warning("%s holds both raw and merged profiles, whose counts are added up",
-                       printable(directory).c_str());
+        print_warning("%s holds both raw and merged profiles, whose counts are added up",
+                      printable(directory).c_str());
 }
 
 bool clang_inputs::take(const std::string& path) {
@@ -96,10 +96,10 @@ bool clang_inputs::take(const std::string& path) {
         return false; // the reader of exports has the words
     }
     if (kind == file_kind::foreign_program)
-        import_error("%s is a program of a kind that is not supported; give the output of llvm-cov export",
-                     printable(path).c_str());
+        end_with_error("%s is a program of a kind that is not supported; give the output of llvm-cov export",
+                       printable(path).c_str());
     if (kind == file_kind::other && fs::path(path).extension() == ".proftext")
-        import_error("%s is a profile as text; give the raw or merged profile", printable(path).c_str());
+        end_with_error("%s is a profile as text; give the raw or merged profile", printable(path).c_str());
     if (kind == file_kind::profile || (kind == file_kind::empty && is_profile_name(path))) {
         profiles_.push_back(path);
         return true;
@@ -115,14 +115,14 @@ void clang_inputs::take_programs(const std::string& path) {
     if (fs::is_directory(path, error))
         search_programs(path);
     else if (!take(path))
-        import_error("%s is no program, library, object file or archive", printable(path).c_str());
+        end_with_error("%s is no program, library, object file or archive", printable(path).c_str());
 }
 
 void clang_inputs::read(
     const std::function<void(const export_function&, const std::string& input)>& on_function,
     export_function* memory) {
     if (profiles_.empty())
-        import_error(
+        end_with_error(
             "no profile given: name the .profraw files that the program's runs wrote, or the .profdata "
             "file that was made of them");
     join_reader reader;

@@ -1,10 +1,10 @@
 #include "import/clang/clang_join.h"
 
+#include "common/message.h"
 #include "import/clang/indexed_profile.h"
 #include "import/clang/name_hash.h"
 #include "import/clang/profile_names.h"
 #include "import/clang/raw_profile.h"
-#include "import/import_message.h"
 
 #include <algorithm>
 #include <iterator>
@@ -83,8 +83,8 @@ void clang_join::name_files(const function_record& record, export_function* func
     for (std::uint32_t i = 0; i < files_.list_size(record.files); ++i) {
         size += files_.name(files[i]).size();
         if (size > kMostFileNames)
-            import_error("%s has damaged coverage mapping: function \"%s\" has too many files",
-                         printable(inputs_[record.input].name).c_str(), printable(function->name).c_str());
+            end_with_error("%s has damaged coverage mapping: function \"%s\" has too many files",
+                           printable(inputs_[record.input].name).c_str(), printable(function->name).c_str());
         function->filenames.add(files_.name(files[i]));
     }
 }
@@ -94,13 +94,13 @@ bool clang_join::decode(const function_record& record, const function_counters& 
     const std::string& program = inputs_[record.input].name;
     function->name = records_.name(record.name);
     if (function->name.empty())
-        import_error("%s has lost the names of its functions; give the file as the linker wrote it",
-                     printable(program).c_str());
+        end_with_error("%s has lost the names of its functions; give the file as the linker wrote it",
+                       printable(program).c_str());
     try {
         return decoder_.decode(records_.mapping(record), files_.list_size(record.files), counters, function);
     } catch (const input_error& error) {
-        import_error("%s %s (function \"%s\")", printable(program).c_str(), error.what(),
-                     printable(function->name).c_str());
+        end_with_error("%s %s (function \"%s\")", printable(program).c_str(), error.what(),
+                       printable(function->name).c_str());
     }
 }
 
@@ -157,9 +157,9 @@ void clang_join::warn_of_mismatches() const {
     std::copy_if(mismatched_.begin(), mismatched_.end(), std::back_inserter(left),
                  [&](std::uint32_t i) { return !records_.is_matched(records_.records()[i].name); });
     if (!left.empty())
-        import_warning("%zu functions do not fit their counts and were left out, the first is \"%s\"; "
-                       "was the program built again after the run?",
-                       left.size(), printable(records_.name(records_.records()[left[0]].name)).c_str());
+        print_warning("%zu functions do not fit their counts and were left out, the first is \"%s\"; "
+                      "was the program built again after the run?",
+                      left.size(), printable(records_.name(records_.records()[left[0]].name)).c_str());
 }
 
 void clang_join::print_warnings() const {
@@ -168,18 +168,17 @@ void clang_join::print_warnings() const {
     for (const input& each : inputs_) {
         const auto unknown = [&](std::uint32_t i) { return !counters_.knows(records_.records()[i].name); };
         if (!each.records.empty() && std::all_of(each.records.begin(), each.records.end(), unknown))
-            import_warning("no profile belongs to %s: nothing in it was executed",
-                           printable(each.name).c_str());
+            print_warning("no profile belongs to %s: nothing in it was executed",
+                          printable(each.name).c_str());
         has_ids = has_ids || !each.ids.empty();
         same_build = same_build || std::any_of(each.ids.begin(), each.ids.end(), [&](const std::string& id) {
                          return profiled_ids_.contains(id);
                      });
     }
     if (has_ids && !profiled_ids_.empty() && !same_build)
-        import_warning(
-            "the profiles are of another build than the programs: they have no build ID in common");
+        print_warning("the profiles are of another build than the programs: they have no build ID in common");
     warn_of_mismatches();
     if (counters_.different() != 0)
-        import_warning("%llu times a function came with another number of counts; the first was kept",
-                       static_cast<unsigned long long>(counters_.different()));
+        print_warning("%llu times a function came with another number of counts; the first was kept",
+                      static_cast<unsigned long long>(counters_.different()));
 }

@@ -1,20 +1,20 @@
 #include "import/clang/join_reader.h"
 
+#include "common/message.h"
 #include "import/clang/archive.h"
 #include "import/clang/file_kind.h"
-#include "import/import_message.h"
 
 #include <algorithm>
 
 [[noreturn]] static void refuse(const std::string& path, const input_error& error) {
-    import_error("%s %s", printable(path).c_str(), error.what());
+    end_with_error("%s %s", printable(path).c_str(), error.what());
 }
 
 void join_reader::read_profile(const std::string& path) {
     try {
         file_bytes file(path);
         if (file.size() == 0)
-            import_warning("%s is empty: its process was killed or still runs", printable(path).c_str());
+            print_warning("%s is empty: its process was killed or still runs", printable(path).c_str());
         else
             join_.add_profile(file.at(0, file.size()));
     } catch (const input_error& error) {
@@ -66,7 +66,7 @@ void join_reader::read_object(const file_part& file, const std::string& path, bo
     } catch (const input_error& error) {
         if (named)
             throw;
-        import_warning("%s %s; it is passed over", printable(path).c_str(), error.what());
+        print_warning("%s %s; it is passed over", printable(path).c_str(), error.what());
         return;
     }
     join_.begin_input(path);
@@ -116,23 +116,23 @@ static std::string build_id_of(const std::string& path) {
 void join_reader::find_programs(const std::vector<std::string>& files) {
     std::set<std::string> missing = join_.profiled_ids();
     if (missing.empty())
-        import_error("no program given: the profiles do not say which programs wrote them");
+        end_with_error("no program given: the profiles do not say which programs wrote them");
     for (const std::string& path : files) {
         const std::string id = build_id_of(path);
         if (missing.erase(id) != 0)
             read_program(path, false);
     }
     for (const std::string& id : missing)
-        import_warning("no program with the build ID %s of a profile was found below the working directory",
-                       hexadecimal(id).c_str());
+        print_warning("no program with the build ID %s of a profile was found below the working directory",
+                      hexadecimal(id).c_str());
     if (missing.size() == join_.profiled_ids().size())
-        import_error("no program given, and none of those below the working directory wrote the profiles");
+        end_with_error("no program given, and none of those below the working directory wrote the profiles");
 }
 
 void join_reader::check_programs() const {
     if (!join_.without_objects())
         return;
     if (passed_over_.empty())
-        import_error("no program given");
-    import_error("no program with coverage mapping was found: %s", passed_over_.c_str());
+        end_with_error("no program given");
+    end_with_error("no program with coverage mapping was found: %s", passed_over_.c_str());
 }

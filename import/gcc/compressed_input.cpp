@@ -1,6 +1,6 @@
 #include "import/gcc/compressed_input.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <cerrno>
 #include <cstring>
@@ -22,7 +22,7 @@ compressed_input::compressed_input(const std::string& name)
         const int error = errno;
         if (descriptor != -1)
             close(descriptor);
-        import_error("cannot open %s: %s", shown_.c_str(), std::strerror(error != 0 ? error : ENOMEM));
+        end_with_error("cannot open %s: %s", shown_.c_str(), std::strerror(error != 0 ? error : ENOMEM));
     }
     gzbuffer(stream_.get(), kPieceSize);
 }
@@ -40,7 +40,7 @@ std::string_view compressed_input::read() {
     int error = Z_OK;
     const char* const message = gzerror(stream_.get(), &error);
     if (size < 0 || (size == 0 && error != Z_OK && error != Z_STREAM_END))
-        import_error("cannot read %s: %s", shown_.c_str(),
-                     error == Z_ERRNO ? std::strerror(errno) : without_name(message).c_str());
+        end_with_error("cannot read %s: %s", shown_.c_str(),
+                       error == Z_ERRNO ? std::strerror(errno) : without_name(message).c_str());
     return {piece_.data(), static_cast<std::size_t>(size)};
 }

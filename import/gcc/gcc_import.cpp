@@ -1,6 +1,7 @@
 #include "import/gcc/gcc_import.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "import/gcc/file_records.h"
 #include "import/gcc/gcov_runs.h"
 #include "import/gcc/json_input.h"
@@ -9,7 +10,6 @@
 #include "import/gcc/notes_sources.h"
 #include "import/gcc/object_search.h"
 #include "import/gcc/source_selection.h"
-#include "import/import_message.h"
 #include "import/write_pair.h"
 
 #include <algorithm>
@@ -30,7 +30,7 @@ static void warn_of(std::vector<std::string> names, const char* what) {
         list += "\n   " + shown_path(names[i]);
     if (names.size() > kNamesShown)
         list += "\n   and " + std::to_string(names.size() - kNamesShown) + " more";
-    import_warning("%zu %s:%s", names.size(), what, list.c_str());
+    print_warning("%zu %s:%s", names.size(), what, list.c_str());
 }
 
 /// Warns of all that is wrong with single objects. True when gcov could read each of them.
@@ -58,14 +58,14 @@ static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
 static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
     const auto number = [](std::uint64_t value) { return static_cast<unsigned long long>(value); };
     if (clamped != 0)
-        import_warning(
+        print_warning(
             "%llu counts were negative or too large and were set to 0 or to the largest count; threads that "
             "count at the same time do that (build with -fprofile-update=atomic)",
             number(clamped));
     if (made.unreadable != 0)
-        import_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
+        print_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
     if (made.misplaced != 0)
-        import_warning(
+        print_warning(
             "%llu blocks lie beyond the end of their file; the sources have changed since the program was "
             "built",
             number(made.misplaced));
@@ -97,7 +97,7 @@ static bool read_inputs(const import_options& options, source_selection* sources
     for (const std::string& path : options.objects)
         search.add_notes(path);
     if (!options.objects.empty() && search.without_notes())
-        import_error(
+        end_with_error(
             "no notes of the compiler (.gcno) were found; name the folder of the objects with -objects");
     const object_list list = search.pair();
     gcov_programs programs(options.gcov);
@@ -114,7 +114,7 @@ void run_gcc_import(const import_options& options) {
     const bool complete = read_inputs(options, &sources, &store);
     if (store.functions().empty()) {
         sources.left_out().check_root();
-        import_error("the input holds no functions");
+        end_with_error("the input holds no functions");
     }
     const std::uint64_t clamped = store.clamped();
     line_profile made = build_line_profile(&store, sources.names());

@@ -1,6 +1,6 @@
 #include "import/gcc/gcov_handler.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <iterator>

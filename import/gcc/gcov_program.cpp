@@ -1,7 +1,7 @@
 #include "import/gcc/gcov_program.h"
 
+#include "common/message.h"
 #include "import/gcc/child_process.h"
-#include "import/import_message.h"
 
 #include <algorithm>
 #include <cctype>
@@ -76,13 +76,13 @@ std::string gcov_programs::find(const gcc_object& object) const {
         return program;
     const std::string compiled = shown_path(object.notes) + " was compiled by " + object.version.text();
     if (given_.empty())
-        import_error(
+        end_with_error(
             "%s, and there is no gcov of that version: there is no %s in PATH, and %s (name one with -gcov)",
             compiled.c_str(), versioned.c_str(), describe(program, version).c_str());
     if (!version)
-        import_error("cannot run %s", printable(program).c_str());
+        end_with_error("cannot run %s", printable(program).c_str());
     if (version->major != 0)
-        import_error("%s, and %s", compiled.c_str(), describe(program, version).c_str());
+        end_with_error("%s, and %s", compiled.c_str(), describe(program, version).c_str());
     return program;
 }
 
@@ -92,8 +92,8 @@ const std::string& gcov_programs::program_for(const gcc_object& object) {
     if (found != known_.end())
         return found->second;
     if (major < kOldestGcc)
-        import_error("%s was compiled by clang, or by %s, whose gcov writes no JSON; for clang, build with "
-                     "-fprofile-instr-generate -fcoverage-mapping and see vexcov-import clang",
-                     shown_path(object.notes).c_str(), object.version.text().c_str());
+        end_with_error("%s was compiled by clang, or by %s, whose gcov writes no JSON; for clang, build with "
+                       "-fprofile-instr-generate -fcoverage-mapping and see vexcov-import clang",
+                       shown_path(object.notes).c_str(), object.version.text().c_str());
     return known_.emplace(major, find(object)).first->second;
 }

@@ -1,10 +1,10 @@
 #include "import/gcc/gcov_runs.h"
 
+#include "common/message.h"
 #include "common/progress_line.h"
 #include "import/gcc/child_process.h"
 #include "import/gcc/gcov_json.h"
 #include "import/gcc/object_links.h"
-#include "import/import_message.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -81,7 +81,7 @@ bool job_list::start(job* free) {
     if (error != 0) {
         links_.release(free->number);
         if (running_ == 0 || (error != EAGAIN && error != EMFILE && error != ENFILE && error != ENOMEM))
-            import_error("cannot run %s: %s", printable(program).c_str(), std::strerror(error));
+            end_with_error("cannot run %s: %s", printable(program).c_str(), std::strerror(error));
         return false;
     }
     free->object = &object;
@@ -145,7 +145,7 @@ void job_list::wait_for_output() {
         waiting.push_back(each.get());
     }
     if (poll(descriptors.data(), descriptors.size(), 1000) < 0 && errno != EINTR)
-        import_error("cannot wait for gcov: %s", std::strerror(errno));
+        end_with_error("cannot wait for gcov: %s", std::strerror(errno));
     const clock::time_point now = clock::now();
     for (std::size_t i = 0; i < waiting.size(); ++i) {
         if (descriptors[i].revents != 0) {

@@ -1,8 +1,8 @@
 #include "import/gcc/json_input.h"
 
+#include "common/message.h"
 #include "import/gcc/compressed_input.h"
 #include "import/gcc/gcov_json.h"
-#include "import/import_message.h"
 
 bool is_json_input(const std::string& input) {
     return input == "-" || input.ends_with(".json") || input.ends_with(".json.gz");
@@ -15,5 +15,5 @@ void read_json_input(const std::string& input, const std::function<void(const gc
     for (std::string_view piece = stream.read(); fine && !piece.empty(); piece = stream.read())
         fine = reader.feed(piece);
     if (!fine || !reader.finish())
-        import_error("%s %s", stream.shown().c_str(), reader.fault().c_str());
+        end_with_error("%s %s", stream.shown().c_str(), reader.fault().c_str());
 }

@@ -1,7 +1,7 @@
 #include "import/gcc/notes_sources.h"
 
 #include "common/file_ptr.h"
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -24,7 +24,7 @@ static std::vector<char> read_file(const std::string& path) {
     for (std::size_t n; (n = std::fread(piece, 1, sizeof piece, stream.get())) != 0;)
         bytes.insert(bytes.end(), piece, piece + n);
     if (std::ferror(stream.get()))
-        import_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
+        end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
     return bytes;
 }
 

@@ -1,6 +1,6 @@
 #include "import/gcc/object_files.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <array>
@@ -59,7 +59,7 @@ static std::optional<object_head> read_head(const std::string& path, std::string
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor == -1) {
         if (errno != ENOENT && errno != EACCES) // not the file's fault
-            import_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
+            end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
         return std::nullopt;
     }
     struct stat status;

@@ -1,6 +1,6 @@
 #include "import/gcc/object_links.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -31,7 +31,7 @@ void object_links::make_directory() {
     const char* const place = std::getenv("TMPDIR");
     std::string name = std::string(place && *place ? place : "/tmp") + "/vexcov-XXXXXX";
     if (!mkdtemp(name.data()))
-        import_error("cannot create %s: %s", name.c_str(), std::strerror(errno));
+        end_with_error("cannot create %s: %s", name.c_str(), std::strerror(errno));
     directory_ = name;
     current = this;
 }
@@ -67,6 +67,6 @@ std::string object_links::name_for(const gcc_object& object, std::size_t number)
     const std::string counters = stem(number) + std::string(kCounters);
     if (symlink(object.notes.c_str(), notes.c_str()) != 0 ||
         symlink(object.counters.c_str(), counters.c_str()) != 0)
-        import_error("cannot create links in %s: %s", directory_.c_str(), std::strerror(errno));
+        end_with_error("cannot create links in %s: %s", directory_.c_str(), std::strerror(errno));
     return counters;
 }

@@ -1,7 +1,7 @@
 #include "import/gcc/object_search.h"
 
+#include "common/message.h"
 #include "import/build_folders.h"
-#include "import/import_message.h"
 #include "import/source_names.h"
 
 #include <algorithm>
@@ -50,8 +50,8 @@ void object_search::add_directory(const std::string& path) {
                 counters_.push_back(absolute_name(name));
         }
         if (error && error != std::errc::permission_denied && error != std::errc::no_such_file_or_directory)
-            import_error("cannot read %s: %s", shown_path(absolute_name(directory)).c_str(),
-                         error.message().c_str());
+            end_with_error("cannot read %s: %s", shown_path(absolute_name(directory)).c_str(),
+                           error.message().c_str());
         if (error == std::errc::permission_denied)
             closed_.push_back(absolute_name(directory));
     }
@@ -61,13 +61,13 @@ void object_search::add(const std::string& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (error || !fs::exists(status))
-        import_error(
+        end_with_error(
             "cannot open %s: %s", printable(path).c_str(),
             (error ? error : std::make_error_code(std::errc::no_such_file_or_directory)).message().c_str());
     if (fs::is_directory(status))
         return add_directory(path);
     if (!fs::is_regular_file(status))
-        import_error("%s is no regular file", printable(path).c_str());
+        end_with_error("%s is no regular file", printable(path).c_str());
     if (path.ends_with(kNotes)) {
         notes_.push_back(absolute_name(path));
     } else if (path.ends_with(kCounters)) {
@@ -76,8 +76,8 @@ void object_search::add(const std::string& path) {
         if (fs::is_regular_file(beside + std::string(kNotes), error))
             notes_.push_back(beside + std::string(kNotes));
     } else {
-        import_error("%s is no directory and no file of gcov (.gcda, .gcno, .json, .json.gz)",
-                     printable(path).c_str());
+        end_with_error("%s is no directory and no file of gcov (.gcda, .gcno, .json, .json.gz)",
+                       printable(path).c_str());
     }
 }
 

@@ -1,6 +1,6 @@
 #include "import/gcc/source_selection.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <filesystem>
 #include <system_error>
@@ -16,7 +16,7 @@ static bool is_there(const fs::path& path) {
             return false;
     }
     if (error) // not the file's fault; another name must not be taken for that
-        import_error("cannot examine %s: %s", printable(path.string()).c_str(), error.message().c_str());
+        end_with_error("cannot examine %s: %s", printable(path.string()).c_str(), error.message().c_str());
     return exists;
 }
 

@@ -1,10 +1,10 @@
 #include "import/lcov/lcov_import.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/progress_line.h"
 #include "import/gcc/compressed_input.h"
 #include "import/gcc/file_records.h"
-#include "import/import_message.h"
 #include "import/lcov/trace_profile.h"
 #include "import/lcov/trace_reader.h"
 #include "import/lcov/trace_store.h"
@@ -33,14 +33,14 @@ static void read_trace(const std::string& input, trace_store* store, trace_oddit
 static void print_warnings(const trace_oddities& oddities, const trace_profile& made) {
     const auto number = [](std::uint64_t value) { return static_cast<unsigned long long>(value); };
     if (oddities.unknown != 0)
-        import_warning("%llu lines with unknown records were passed over", number(oddities.unknown));
+        print_warning("%llu lines with unknown records were passed over", number(oddities.unknown));
     if (oddities.clamped != 0)
-        import_warning("%llu counts were negative or too large and were set to 0 or to the largest count",
-                       number(oddities.clamped));
+        print_warning("%llu counts were negative or too large and were set to 0 or to the largest count",
+                      number(oddities.clamped));
     if (made.unreadable != 0)
-        import_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
+        print_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
     if (made.misplaced != 0)
-        import_warning(
+        print_warning(
             "%llu blocks lie beyond the end of their file; the sources have changed since the trace was "
             "written",
             number(made.misplaced));
@@ -48,7 +48,7 @@ static void print_warnings(const trace_oddities& oddities, const trace_profile& 
 
 void run_lcov_import(const import_options& options) {
     if (options.inputs.empty())
-        import_error("no trace file given: vexcov-import lcov [options] files (see vexcov-import -help)");
+        end_with_error("no trace file given: vexcov-import lcov [options] files (see vexcov-import -help)");
     const source_names names(options.root, options.all_sources);
     left_out_sources left_out(options.root);
     trace_store store(names, &left_out, options.instances);
@@ -61,7 +61,7 @@ void run_lcov_import(const import_options& options) {
     trace_profile made = build_trace_profile(&store, names);
     if (made.profile.routines.empty()) {
         left_out.check_root();
-        import_error("the input holds no lines and no functions");
+        end_with_error("the input holds no lines and no functions");
     }
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);

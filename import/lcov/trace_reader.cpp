@@ -1,6 +1,6 @@
 #include "import/lcov/trace_reader.h"
 
-#include "import/import_message.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <charconv>
@@ -29,7 +29,7 @@ const trace_reader::record_kind trace_reader::kRecords[] = {
 };
 
 void trace_reader::fail(const char* what) const {
-    import_error("%s, line %llu: %s", input_.c_str(), static_cast<unsigned long long>(line_), what);
+    end_with_error("%s, line %llu: %s", input_.c_str(), static_cast<unsigned long long>(line_), what);
 }
 
 /// Takes the text up to the next comma, and the comma.
@@ -227,7 +227,7 @@ void trace_reader::finish() {
     if (!cut_.empty())
         take_line(cut_);
     if (!any_section_)
-        import_error("%s is no trace file of LCOV: it has no record SF", input_.c_str());
+        end_with_error("%s is no trace file of LCOV: it has no record SF", input_.c_str());
     if (open_)
-        import_error("%s ends in the middle: the last record end_of_record is missing", input_.c_str());
+        end_with_error("%s ends in the middle: the last record end_of_record is missing", input_.c_str());
 }
