@@ -27,10 +27,10 @@
 // in front of its classes, which wait in a spool for them.
 #include "common/message.h"
 #include "common/text_buffer.h"
+#include "common/version.h"
 #include "exchange/safe_text.h"
 #include "exchange/spool.h"
 #include "exchange/writer.h"
-#include "inputs/companion.h"
 #include "inputs/percent_text.h"
 
 #include <algorithm>
@@ -242,7 +242,7 @@ void cobertura_writer::put_head(text_buffer& out, std::span<const waiting_class>
         out.put_number(count);
     }
     out.put(R"(" complexity="0" version="vexcov )");
-    out.put(companion_version());
+    out.put(program_version());
     out.put(R"(" timestamp=")");
     out.put_number(target_.options.timestamp);
     out.put(R"(">)" "\n"

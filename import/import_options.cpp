@@ -3,6 +3,7 @@
 #include "common/fatal.h"
 #include "common/message.h"
 #include "common/option_table.h"
+#include "common/version.h"
 #include "import/gcc/gcov_runs.h"
 
 #include <charconv>
@@ -10,10 +11,6 @@
 #include <cstring>
 #include <string_view>
 #include <utility>
-
-#ifndef VEXCOV_VERSION
-#define VEXCOV_VERSION "1.0.0"
-#endif
 
 static void print_usage() {
     std::fputs("Usage: vexcov-import clang [options] [files]\n", stdout);
@@ -120,7 +117,7 @@ static void show_help(import_options*, const char*) {
 }
 
 static void show_version(import_options*, const char*) {
-    std::fputs("vexcov-import " VEXCOV_VERSION "\n", stdout);
+    std::printf("vexcov-import %s\n", program_version());
     pgt_Exit(0);
 }
 

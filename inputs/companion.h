@@ -15,9 +15,6 @@ struct companion {
     void (*print_usage)(); ///< to standard output
 };
 
-/// The version of all programs, such as "1.0.0".
-const char* companion_version();
-
 /// "-help" and "-version" print to standard output and end the run with status 0; for any other argument
 /// that is no option, nothing happens and false is the result.
 bool take_common_option(const companion& program, const char* argument);

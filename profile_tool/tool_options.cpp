@@ -3,15 +3,12 @@
 #include "common/fatal.h"
 #include "common/option_table.h"
 #include "common/printable.h"
+#include "common/version.h"
 #include "profile_tool/tool_message.h"
 
 #include <cstdio>
 #include <string_view>
 #include <utility>
-
-#ifndef VEXCOV_VERSION
-#define VEXCOV_VERSION "1.0.0"
-#endif
 
 static void print_usage() {
     std::fputs("Usage: vexcov-profile show [-functions | -json] [PROFILE]\n", stdout);
@@ -99,7 +96,7 @@ static void show_help(parsed_options*, const char*) {
 }
 
 static void show_version(parsed_options*, const char*) {
-    std::fputs("vexcov-profile " VEXCOV_VERSION "\n", stdout);
+    std::printf("vexcov-profile %s\n", program_version());
     pgt_Exit(0);
 }
 

@@ -3,6 +3,7 @@
 #include "common/fatal.h"
 #include "common/message.h"
 #include "common/option_table.h"
+#include "common/version.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,10 +13,6 @@
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-#ifndef VEXCOV_VERSION
-#define VEXCOV_VERSION "1.0.0"
-#endif
 
 static void print_usage() {
     std::fputs("Usage: vexcov-run [options] -- COMMAND [ARGUMENT]...\n", stdout);
@@ -128,7 +125,7 @@ static void show_help(run_options*, const char*, const char*) {
     pgt_Exit(0);
 }
 static void show_version(run_options*, const char*, const char*) {
-    std::fputs("vexcov-run " VEXCOV_VERSION "\n", stdout);
+    std::printf("vexcov-run %s\n", program_version());
     pgt_Exit(0);
 }
 
