@@ -25,12 +25,12 @@
 //
 // Branches are the blocks of lines that are shown in several. The figures of the head and of a package stand
 // in front of its classes, which wait in a spool for them.
+#include "common/companion.h"
 #include "common/message.h"
 #include "common/text_buffer.h"
 #include "exchange/safe_text.h"
 #include "exchange/spool.h"
 #include "exchange/writer.h"
-#include "inputs/companion.h"
 #include "inputs/percent_text.h"
 
 #include <algorithm>
