@@ -25,6 +25,7 @@
 //
 // Branches are the blocks of lines that are shown in several. The figures of the head and of a package stand
 // in front of its classes, which wait in a spool for them.
+#include "common/companion.h"
 #include "common/message.h"
 #include "common/text_buffer.h"
 #include "common/version.h"

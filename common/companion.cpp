@@ -1,4 +1,4 @@
-#include "inputs/companion.h"
+#include "common/companion.h"
 
 #include "common/fatal.h"
 #include "common/message.h"
