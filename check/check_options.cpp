@@ -1,7 +1,6 @@
 #include "check/check_options.h"
 
 #include "common/message.h"
-#include "inputs/companion.h"
 
 #include <charconv>
 #include <cstdio>
@@ -135,7 +134,6 @@ static void check_agreement(const check_options& options) {
 }
 
 void read_check_options(int argc, char** argv, check_options* options) {
-    read_arguments({"vexcov-check", print_usage}, with_coverage_rows(own_rows), argc, argv, options,
-                   refuse_name);
+    read_coverage_arguments({"vexcov-check", print_usage}, own_rows, argc, argv, options, refuse_name);
     check_agreement(*options);
 }

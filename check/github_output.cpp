@@ -1,10 +1,8 @@
 #include "check/outputs.h"
-#include "exchange/safe_text.h"
+#include "exchange/annotation.h"
 
 #include <algorithm>
 #include <cstdio>
-
-constexpr std::size_t kMostCommands = 10; ///< of a kind, for each step; GitHub drops more silently
 
 namespace {
 
@@ -15,20 +13,20 @@ struct uncovered_range {
 
 } // namespace
 
-/// "::KIND PROPERTIES::message"; the properties are escaped already.
-static void print_command(const char* kind, const std::string& properties, const std::string& message) {
-    std::printf("::%s %s::%s\n", kind, properties.c_str(), command_message(message).c_str());
+static void print(const std::string& annotation) {
+    std::fputs(annotation.c_str(), stdout);
 }
 
 static void print_errors(const std::vector<verdict>& verdicts) {
     std::size_t failed = 0;
     for (const verdict& one : verdicts)
-        if (!one.held && ++failed <= kMostCommands)
-            print_command("error", "title=Coverage is too low",
-                          one.subject + ": " + one.found + ", wanted: " + one.wanted);
-    if (failed > kMostCommands)
-        print_command("notice", "title=Coverage",
-                      std::to_string(failed - kMostCommands) + " more floors are not held; see the log");
+        if (!one.held && ++failed <= kMostAnnotations)
+            print(annotation("error", "Coverage is too low",
+                             one.subject + ": " + one.found + ", wanted: " + one.wanted));
+    if (failed > kMostAnnotations)
+        print(
+            annotation("notice", "Coverage",
+                       std::to_string(failed - kMostAnnotations) + " more floors are not held; see the log"));
 }
 
 /// Ranges of uncovered lines, the longest first.
@@ -44,12 +42,9 @@ static std::vector<uncovered_range> ranges_of(const changed_coverage& changed) {
 }
 
 static void print_warning_at(const std::string& file, const line_range& lines) {
-    std::string place = "file=" + command_property(file);
-    place.append(",line=").append(std::to_string(lines.first));
-    place.append(",endLine=").append(std::to_string(lines.last)).append(",title=Not covered");
-    print_command("warning", place,
-                  (lines.first == lines.last ? "No test reaches line " : "No test reaches lines ") +
-                      shown_ranges({lines}, 1));
+    print(annotation_at(file, lines, "warning", "Not covered",
+                        (lines.first == lines.last ? "No test reaches line " : "No test reaches lines ") +
+                            shown_ranges({lines}, 1)));
 }
 
 static void print_warnings(const changed_coverage& changed) {
@@ -57,14 +52,14 @@ static void print_warnings(const changed_coverage& changed) {
     std::int64_t left_out = 0;
     for (std::size_t i = 0; i < ranges.size(); ++i) {
         const line_range& lines = ranges[i].lines;
-        if (i >= kMostCommands)
+        if (i >= kMostAnnotations)
             left_out += count_lines_of({lines});
         else
             print_warning_at(*ranges[i].file, lines);
     }
     if (left_out != 0)
-        print_command("notice", "title=Not covered",
-                      std::to_string(left_out) + " more uncovered changed lines; see the log");
+        print(annotation("notice", "Not covered",
+                         std::to_string(left_out) + " more uncovered changed lines; see the log"));
 }
 
 void write_github(const check_result& result) {

@@ -25,12 +25,13 @@
 //
 // Branches are the blocks of lines that are shown in several. The figures of the head and of a package stand
 // in front of its classes, which wait in a spool for them.
+#include "common/companion.h"
 #include "common/message.h"
 #include "common/text_buffer.h"
+#include "common/version.h"
 #include "exchange/safe_text.h"
 #include "exchange/spool.h"
 #include "exchange/writer.h"
-#include "inputs/companion.h"
 #include "inputs/percent_text.h"
 
 #include <algorithm>
@@ -242,7 +243,7 @@ void cobertura_writer::put_head(text_buffer& out, std::span<const waiting_class>
         out.put_number(count);
     }
     out.put(R"(" complexity="0" version="vexcov )");
-    out.put(companion_version());
+    out.put(program_version());
     out.put(R"(" timestamp=")");
     out.put_number(target_.options.timestamp);
     out.put(R"(">)" "\n"

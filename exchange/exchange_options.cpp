@@ -1,7 +1,6 @@
 #include "exchange/exchange_options.h"
 
 #include "common/message.h"
-#include "inputs/companion.h"
 
 #include <algorithm>
 #include <charconv>
@@ -204,14 +203,14 @@ static void check_options(const exchange_options& options) {
 
 void parse_exchange_options(int argc, char** argv, exchange_options* options) {
     std::string first;
-    read_arguments({"vexcov-export", print_usage}, with_coverage_rows(own_rows), argc, argv, options,
-                   [&](const char* name) {
-                       if (!first.empty())
-                           end_with_error("more than one format: %s and %s; see -FORMAT FILE", first.c_str(),
-                                          printable(name).c_str());
-                       first = name;
-                       add_output(options, format_of(name), "-");
-                   });
+    read_coverage_arguments({"vexcov-export", print_usage}, own_rows, argc, argv, options,
+                            [&](const char* name) {
+                                if (!first.empty())
+                                    end_with_error("more than one format: %s and %s; see -FORMAT FILE",
+                                                   first.c_str(), printable(name).c_str());
+                                first = name;
+                                add_output(options, format_of(name), "-");
+                            });
     if (options->outputs.empty())
         end_with_error("no format given: vexcov-export FORMAT [options] (see vexcov-export -help)");
     if (!options->first_file.empty() && first.empty())

@@ -9,7 +9,7 @@
 #include "changes/changed_coverage.h"
 #include "changes/diff_input.h"
 #include "common/text_buffer.h"
-#include "exchange/safe_text.h"
+#include "exchange/annotation.h"
 #include "exchange/writer.h"
 
 #include <algorithm>
@@ -52,8 +52,6 @@ class github_writer : public exchange_writer {
 };
 
 } // namespace
-
-constexpr std::size_t kMostAnnotations = 10;
 
 /// The order in which places are written.
 static bool comes_before(const uncovered_place& a, const uncovered_place& b) {
@@ -107,30 +105,21 @@ static std::string counted(std::uint64_t count, const char* one, const char* man
 
 void github_writer::put_places() {
     std::sort_heap(largest_.begin(), largest_.end(), comes_before);
-    for (const uncovered_place& place : largest_) {
-        out_.put("::warning file=");
-        out_.put(command_property(place.file));
-        out_.put(",line=");
-        out_.put_number(place.first);
-        out_.put(",endLine=");
-        out_.put_number(place.last);
-        out_.put(",title=Not covered::");
-        out_.put(counted(place.lines, "line of code was", "lines of code were"));
-        out_.put(" not executed\n");
-    }
+    for (const uncovered_place& place : largest_)
+        out_.put(
+            annotation_at(place.file, {place.first, place.last}, "warning", "Not covered",
+                          counted(place.lines, "line of code was", "lines of code were") + " not executed"));
 }
 
 void github_writer::finish(const coverage_totals&) {
     if (changes_)
         take_changed();
     put_places();
-    if (other_places_ != 0) {
-        out_.put("::notice title=Coverage::");
-        out_.put(counted(other_places_, "more place", "more places"));
-        out_.put(" with ");
-        out_.put(counted(other_lines_, "line of code was", "lines of code were"));
-        out_.put(" not executed\n");
-    }
+    if (other_places_ != 0)
+        out_.put(annotation("notice", "Coverage",
+                            counted(other_places_, "more place", "more places") + " with " +
+                                counted(other_lines_, "line of code was", "lines of code were") +
+                                " not executed"));
     out_.flush();
 }
 

@@ -1,8 +1,7 @@
 #include "import/import_options.h"
 
-#include "common/fatal.h"
+#include "common/companion.h"
 #include "common/message.h"
-#include "common/option_table.h"
 #include "import/gcc/gcov_runs.h"
 
 #include <charconv>
@@ -10,10 +9,6 @@
 #include <cstring>
 #include <string_view>
 #include <utility>
-
-#ifndef VEXCOV_VERSION
-#define VEXCOV_VERSION "1.0.0"
-#endif
 
 static void print_usage() {
     std::fputs("Usage: vexcov-import clang [options] [files]\n", stdout);
@@ -114,23 +109,12 @@ static void set_instances(import_options* options, const char*) {
     options->instances = true;
 }
 
-static void show_help(import_options*, const char*) {
-    print_usage();
-    pgt_Exit(0);
-}
-
-static void show_version(import_options*, const char*) {
-    std::fputs("vexcov-import " VEXCOV_VERSION "\n", stdout);
-    pgt_Exit(0);
-}
-
 /// With what the message for a missing value names.
 static const option_row<import_options*> option_table[] = {
     {"-spi", set_spi, true, "a file name"},   {"-dpi", set_dpi, true, "a file name"},
     {"-root", set_root, true, "a directory"}, {"-runs", set_runs, true, "a number"},
     {"-gcov", set_gcov, true, "a program"},   {"-jobs", set_jobs, true, "a number"},
     {"-all", set_all, false, nullptr},        {"-instances", set_instances, false, nullptr},
-    {"-help", show_help, false, nullptr},     {"-version", show_version, false, nullptr},
 };
 
 static bool take_format(std::string_view word, import_options* options) {
@@ -167,20 +151,8 @@ static void check_options(const import_options& options) {
 
 void parse_import_options(int argc, char** argv, import_options* options) {
     bool format_given = false;
-    for (argument_reader arguments(option_table, argc, argv); arguments.next();) {
-        switch (arguments.kind()) {
-        case argument_kind::option:
-            arguments.option().apply(options, arguments.value());
-            break;
-        case argument_kind::missing_value:
-            end_with_error("option %s needs %s", arguments.option().name, arguments.option().missing);
-        case argument_kind::unknown:
-            end_with_error("unknown option %s (vexcov-import -help lists the options)",
-                           printable(arguments.text()).c_str());
-        case argument_kind::positional:
-            take_name(arguments.text(), &format_given, options);
-        }
-    }
+    read_arguments({"vexcov-import", print_usage}, option_table, argc, argv, options,
+                   [&](const char* name) { take_name(name, &format_given, options); });
     if (!format_given)
         end_with_error("no format given: vexcov-import FORMAT [options] [inputs] (see vexcov-import -help)");
     check_options(*options);

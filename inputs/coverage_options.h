@@ -4,10 +4,10 @@
 //   -onelinedsbl TEXT  -beginblkdsbl TEXT  -endblkdsbl TEXT
 //
 // and -root DIR, below which source files get relative names. A companion derives the record of its options
-// from coverage_options and joins its own rows to these with with_coverage_rows.
+// from coverage_options and reads its arguments with read_coverage_arguments.
 #pragma once
 
-#include "common/option_table.h"
+#include "common/companion.h"
 
 #include <array>
 #include <cstddef>
@@ -63,5 +63,14 @@ std::array<option_row<Options*>, kCoverageRows + N> with_coverage_rows(const opt
 /// Prints the lines of a usage text about these options.
 void print_coverage_usage();
 
-/// To be called once all arguments were read: says what the options change in each other.
+/// What the options change in each other, once all arguments were read; this is said.
 void check_coverage_options(coverage_options* options);
+
+/// Reads the arguments of a companion whose own options are `own`; see read_arguments.
+template <typename Options, std::size_t N, typename Take>
+void read_coverage_arguments(const companion& program, const option_row<Options*> (&own)[N], int argc,
+                             char** argv, Options* options, Take take_name) {
+    const auto table = with_coverage_rows(own);
+    read_arguments(program, std::span<const option_row<Options*>>(table), argc, argv, options, take_name);
+    check_coverage_options(options);
+}

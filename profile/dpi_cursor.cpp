@@ -1,6 +1,7 @@
 #include "profile/dpi_cursor.h"
 
 #include "common/little_endian.h"
+#include "common/platform.h"
 #include "common/printable.h"
 #include "profile/checked_io.h"
 
@@ -36,7 +37,7 @@ bool DPI_CURSOR::open(file_ptr stream, const std::string& name) {
     struct stat status;
     if (fstat(fileno(stream_.get()), &status) != 0)
         return fail("cannot examine " + name_ + ": " + std::strerror(errno));
-    modified_ = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+    modified_ = modification_time(status);
     std::setvbuf(stream_.get(), nullptr, _IONBF, 0); // the reader's blocks are the buffer
     reader_.emplace(stream_.get(), name_.c_str());
     return read_header();

@@ -1,6 +1,7 @@
 #include "profile_tool/check_command.h"
 
 #include "common/fatal.h"
+#include "common/platform.h"
 #include "common/printable.h"
 #include "common/source_text.h"
 #include "profile/dpi_content.h"
@@ -122,7 +123,7 @@ static void check_sources(const std::set<std::string>& files, std::int64_t profi
         struct stat status;
         if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
             found->add(FINDING_MISSING, [&] { return printable(file); });
-        else if (std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec > profile_time)
+        else if (modification_time(status) > profile_time)
             found->add(FINDING_NEWER, [&] { return printable(file); });
     }
     for (const page_collision& pages : find_page_collisions(files))

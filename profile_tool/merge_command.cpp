@@ -1,5 +1,6 @@
 #include "profile_tool/merge_command.h"
 
+#include "common/platform.h"
 #include "common/printable.h"
 #include "profile/profile_pair.h"
 #include "profile_tool/profile_merge.h"
@@ -10,10 +11,6 @@
 #include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
-
-static std::int64_t change_time(const struct stat& status) {
-    return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
-}
 
 /// Reads the static profiles that were named or, of the dynamic ones, those that have one. Gives back the
 /// dynamic ones that have none.
@@ -30,7 +27,7 @@ static std::vector<std::string> read_static_profiles(const tool_options& options
         }
         if (stat(profile.c_str(), &status) != 0)
             tool_error("cannot open " + printable(profile) + ": " + std::strerror(errno));
-        if (!all->add(path, are_named ? std::string() : profile, change_time(status), &error))
+        if (!all->add(path, are_named ? std::string() : profile, modification_time(status), &error))
             tool_error(error);
     }
     return missing;

@@ -1,17 +1,12 @@
 #include "profile_tool/tool_options.h"
 
-#include "common/fatal.h"
-#include "common/option_table.h"
+#include "common/companion.h"
 #include "common/printable.h"
 #include "profile_tool/tool_message.h"
 
 #include <cstdio>
 #include <string_view>
 #include <utility>
-
-#ifndef VEXCOV_VERSION
-#define VEXCOV_VERSION "1.0.0"
-#endif
 
 static void print_usage() {
     std::fputs("Usage: vexcov-profile show [-functions | -json] [PROFILE]\n", stdout);
@@ -93,16 +88,6 @@ static void add_spi(parsed_options* parsed, const char* value) {
     parsed->options->spi.emplace_back(value);
 }
 
-static void show_help(parsed_options*, const char*) {
-    print_usage();
-    pgt_Exit(0);
-}
-
-static void show_version(parsed_options*, const char*) {
-    std::fputs("vexcov-profile " VEXCOV_VERSION "\n", stdout);
-    pgt_Exit(0);
-}
-
 /// With what the message for a missing value names.
 static const option_row<parsed_options*> option_table[] = {
     {"-functions", set_functions, false, nullptr},
@@ -110,8 +95,6 @@ static const option_row<parsed_options*> option_table[] = {
     {"-o", set_output, true, "a name"},
     {"-newest", set_newest, false, nullptr},
     {"-spi", add_spi, true, "a file name"},
-    {"-help", show_help, false, nullptr},
-    {"-version", show_version, false, nullptr},
 };
 
 static bool take_command(std::string_view word, tool_options* options) {
@@ -154,22 +137,8 @@ static void check_options(const parsed_options& parsed) {
 
 void parse_tool_options(int argc, char** argv, tool_options* options) {
     parsed_options parsed = {options};
-    const argument_style style = {.two_dashes = true};
-    for (argument_reader arguments(option_table, argc, argv, style); arguments.next();) {
-        switch (arguments.kind()) {
-        case argument_kind::option:
-            arguments.option().apply(&parsed, arguments.value());
-            break;
-        case argument_kind::missing_value:
-            tool_error(std::string("option ") + arguments.option().name + " needs " +
-                       arguments.option().missing);
-        case argument_kind::unknown:
-            tool_error("unknown option " + printable(arguments.text()) +
-                       " (vexcov-profile -help lists the options)");
-        case argument_kind::positional:
-            take_name(arguments.text(), &parsed);
-        }
-    }
+    read_arguments({"vexcov-profile", print_usage}, option_table, argc, argv, &parsed,
+                   [&](const char* name) { take_name(name, &parsed); });
     check_options(parsed);
     if (options->profiles.empty())
         options->profiles.emplace_back("pgopti.dpi");

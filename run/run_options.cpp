@@ -1,8 +1,7 @@
 #include "run/run_options.h"
 
-#include "common/fatal.h"
+#include "common/companion.h"
 #include "common/message.h"
-#include "common/option_table.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,10 +11,6 @@
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-#ifndef VEXCOV_VERSION
-#define VEXCOV_VERSION "1.0.0"
-#endif
 
 static void print_usage() {
     std::fputs("Usage: vexcov-run [options] -- COMMAND [ARGUMENT]...\n", stdout);
@@ -123,15 +118,6 @@ static void add_function_export(run_options* options, const char* name, const ch
     options->function_exports = true;
 }
 
-static void show_help(run_options*, const char*, const char*) {
-    print_usage();
-    pgt_Exit(0);
-}
-static void show_version(run_options*, const char*, const char*) {
-    std::fputs("vexcov-run " VEXCOV_VERSION "\n", stdout);
-    pgt_Exit(0);
-}
-
 /// With what the message for a missing value names. The name is passed on for the options of vexcov.
 static const option_row<run_options*, const char*> option_table[] = {
     {"-clang", choose_clang, false, nullptr},
@@ -144,8 +130,6 @@ static const option_row<run_options*, const char*> option_table[] = {
     {"-keep", set_keep, false, nullptr},
     {"-spi", set_spi, true, "a file name"},
     {"-dpi", set_dpi, true, "a file name"},
-    {"-help", show_help, false, nullptr},
-    {"-version", show_version, false, nullptr},
     {"-prj", pass_to_both, true, "a name"},
     {"-demang", pass_to_both, false, nullptr},
     {"-counts", pass_on, false, nullptr},
@@ -169,24 +153,9 @@ static const option_row<run_options*, const char*> option_table[] = {
     {"-endblkdsbl", pass_on, true, "a text"},
 };
 
-static void read_options(int argc, char** argv, run_options* options) {
-    argument_reader arguments(option_table, argc, argv, {.two_dashes = true});
-    while (arguments.next()) {
-        const char* const name = arguments.kind() == argument_kind::option ? arguments.option().name : "";
-        switch (arguments.kind()) {
-        case argument_kind::option:
-            arguments.option().apply(options, name, arguments.value());
-            break;
-        case argument_kind::missing_value:
-            end_with_error("option %s needs %s", arguments.option().name, arguments.option().missing);
-        case argument_kind::unknown:
-            end_with_error("unknown option %s (vexcov-run -help lists the options)",
-                           printable(arguments.text()).c_str());
-        case argument_kind::positional:
-            end_with_error("%s is no option; the command stands behind -- (see vexcov-run -help)",
-                           printable(arguments.text()).c_str());
-        }
-    }
+static void refuse_name(const char* name) {
+    end_with_error("%s is no option; the command stands behind -- (see vexcov-run -help)",
+                   printable(name).c_str());
 }
 
 /// The absolute path of a directory by the name that the shell has for the working directory, as compilers
@@ -225,7 +194,8 @@ void parse_run_options(int argc, char** argv, run_options* options) {
     char** const end = argv + argc;
     char** const separator =
         std::find_if(argv, end, [](const char* text) { return std::strcmp(text, "--") == 0; });
-    read_options(static_cast<int>(separator - argv), argv, options);
+    read_arguments({"vexcov-run", print_usage}, option_table, static_cast<int>(separator - argv), argv,
+                   options, refuse_name);
     if (end - separator < 2)
         end_with_error(
             "no command given: vexcov-run [options] -- COMMAND [ARGUMENT]... (see vexcov-run -help)");

@@ -1,12 +1,10 @@
 #include "run/signal_watch.h"
 
 #include "common/message.h"
+#include "common/platform.h"
 
 #include <cerrno>
 #include <cstring>
-#include <poll.h>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 constexpr int kRequests[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 constexpr int kIgnored[] = {SIGPIPE, SIGXFSZ}; ///< by secure_process
@@ -29,6 +27,7 @@ void note_signals() {
 }
 
 void signal_watch::restore() {
+    forget_signals();
     for (const int number : kIgnored)
         std::signal(number, ignored_before[number] ? SIG_IGN : SIG_DFL);
     sigprocmask(SIG_SETMASK, &blocked_before, nullptr);
@@ -43,14 +42,12 @@ signal_watch::signal_watch() {
     }
     std::signal(SIGCHLD, SIG_DFL); // the status of a child is lost where it is ignored
     sigaddset(&watched, SIGCHLD);
-    sigprocmask(SIG_BLOCK, &watched, nullptr);
-    descriptor_ = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (descriptor_ == -1)
+    if (!keep_signals(watched))
         end_with_error("cannot watch for signals: %s", std::strerror(errno)); // infeasible
 }
 
 signal_watch::~signal_watch() {
-    close(descriptor_);
+    forget_signals();
 }
 
 bool signal_watch::is_repeated(const end_request& request) {
@@ -64,10 +61,9 @@ bool signal_watch::is_repeated(const end_request& request) {
 
 /// The next request that has arrived.
 std::optional<end_request> signal_watch::take() {
-    signalfd_siginfo info;
-    while (read(descriptor_, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
-        // What a process sends has a code of 0 or less.
-        const end_request request = {static_cast<int>(info.ssi_signo), info.ssi_code > 0};
+    arrived_signal arrived;
+    while (next_signal(&arrived)) {
+        const end_request request = {arrived.number, !arrived.of_process};
         if (request.number != SIGCHLD && !is_repeated(request))
             return request;
     }
@@ -75,7 +71,6 @@ std::optional<end_request> signal_watch::take() {
 }
 
 std::optional<end_request> signal_watch::wait(int descriptor, int milliseconds) {
-    pollfd watched[] = {{descriptor_, POLLIN, 0}, {descriptor, POLLIN, 0}};
-    poll(watched, 2, milliseconds);
+    wait_for_signal(descriptor, milliseconds);
     return take();
 }

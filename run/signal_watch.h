@@ -38,7 +38,6 @@ class signal_watch {
     std::optional<end_request> take();
     bool is_repeated(const end_request& request);
 
-    int descriptor_;
     int last_number_ = 0;
     std::chrono::steady_clock::time_point last_time_;
 };

@@ -1,6 +1,7 @@
 #include "run/stage.h"
 
 #include "common/fatal.h"
+#include "common/platform.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -53,7 +54,7 @@ int stage_process::start(const std::function<void()>& body, bool held_back) {
     std::fflush(stdout);
     std::fflush(stderr);
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (open_pipe(ends) != 0)
         return errno; // infeasible
     output_ = ends[0];
     fcntl(output_, F_SETFL, O_NONBLOCK);

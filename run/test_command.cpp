@@ -2,14 +2,12 @@
 
 #include "common/fatal.h"
 #include "common/message.h"
-#include "run/own_children.h"
+#include "common/platform.h"
 
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -38,10 +36,10 @@ constexpr std::chrono::milliseconds kGrace(1000); ///< for what the command has 
 
 int test_command::start(char** command, const std::vector<environment_change>& changes) {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (open_pipe(ends) != 0)
         return errno; // infeasible
     // What outlives its parent becomes a child of this process, which so knows whether anything still runs.
-    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    adopt_orphans();
     process_ = fork();
     if (process_ == 0)
         execute(command, changes, ends[1]); // infeasible

@@ -1,7 +1,6 @@
 #include "site/site_options.h"
 
 #include "common/message.h"
-#include "inputs/companion.h"
 
 #include <cstdio>
 
@@ -47,8 +46,7 @@ static const option_row<site_options*> own_rows[] = {
 };
 
 void parse_site_options(int argc, char** argv, site_options* options) {
-    const auto table = with_coverage_rows<site_options>(own_rows);
-    read_arguments(program, table, argc, argv, options, [](const char* argument) {
+    read_coverage_arguments(program, own_rows, argc, argv, options, [](const char* argument) {
         end_with_error("unexpected argument %s (%s -help lists the options)", printable(argument).c_str(),
                        program.name);
     });

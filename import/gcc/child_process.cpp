@@ -1,5 +1,7 @@
 #include "import/gcc/child_process.h"
 
+#include "common/platform.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -7,6 +9,8 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+extern char** environ; // not every system declares it
 
 constexpr std::size_t kPieceSize = std::size_t{1} << 16; ///< what a pipe holds
 
@@ -56,7 +60,7 @@ static std::vector<char*> english_environment() {
 
 int child_process::start(const std::string& program, const std::vector<std::string>& arguments) {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (open_pipe(ends) != 0)
         return errno;
     std::vector<char*> argv = {const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments)

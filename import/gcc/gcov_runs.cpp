@@ -1,6 +1,7 @@
 #include "import/gcc/gcov_runs.h"
 
 #include "common/message.h"
+#include "common/platform.h"
 #include "common/progress_line.h"
 #include "import/gcc/child_process.h"
 #include "import/gcc/gcov_json.h"
@@ -11,7 +12,6 @@
 #include <cstring>
 #include <memory>
 #include <poll.h>
-#include <sched.h>
 #include <utility>
 
 namespace {
@@ -178,8 +178,5 @@ gcov_troubles run_gcov(const std::vector<gcc_object>& objects, gcov_programs* pr
 }
 
 unsigned default_jobs() {
-    cpu_set_t usable;
-    if (sched_getaffinity(0, sizeof usable, &usable) != 0)
-        return 1;
-    return std::clamp(static_cast<unsigned>(CPU_COUNT(&usable)), 1U, kMostJobs);
+    return std::min(usable_processors(), kMostJobs);
 }

@@ -5,7 +5,7 @@
 #include "coverage/run_totals.h"
 #include "driver/banner.h"
 #include "driver/run.h"
-#include "inputs/companion.h"
+#include "inputs/coverage_options.h"
 #include "tests/tools/product.h"
 #include "tests/tools/profile_text.h"
 #include "tests/tools/scratch.h"
@@ -82,8 +82,8 @@ std::string walk_totals(std::vector<std::string> arguments, outcome* result, std
         coverage_options options;
         call_main(
             [&](int argc, char** argv) {
-                read_arguments({"companion", [] {}}, with_coverage_rows(kOwnRows), argc, argv, &options,
-                               [](const char* name) { ADD_FAILURE() << name; });
+                read_coverage_arguments({"companion", [] {}}, kOwnRows, argc, argv, &options,
+                                        [](const char* name) { ADD_FAILURE() << name; });
             },
             arguments);
         covered_count blocks;

@@ -3,9 +3,7 @@
 #pragma once
 
 #include "common/option_table.h"
-#include "inputs/coverage_options.h"
 
-#include <array>
 #include <cstddef>
 #include <span>
 
@@ -15,9 +13,6 @@ struct companion {
     void (*print_usage)(); ///< to standard output
 };
 
-/// The version of all programs, such as "1.0.0".
-const char* companion_version();
-
 /// "-help" and "-version" print to standard output and end the run with status 0; for any other argument
 /// that is no option, nothing happens and false is the result.
 bool take_common_option(const companion& program, const char* argument);
@@ -26,16 +21,25 @@ bool take_common_option(const companion& program, const char* argument);
 [[noreturn]] void refuse_option(const companion& program, const char* argument);
 [[noreturn]] void refuse_missing_value(const char* option, const char* missing);
 
+/// Hands the option on. A table whose rows take a text in front of the value is given the option's name.
+template <typename Options>
+void apply_option(const option_row<Options*>& row, Options* options, const char* value) {
+    row.apply(options, value);
+}
+template <typename Options>
+void apply_option(const option_row<Options*, const char*>& row, Options* options, const char* value) {
+    row.apply(options, row.name, value);
+}
+
 /// Reads the arguments into `options`, whose options begin with one or two dashes; `take_name(name)` is given
 /// every argument that is none. Anything that cannot be understood ends the run with a message and status 1.
-template <typename Options, std::size_t N, typename Take>
-void read_arguments(const companion& program, const std::array<option_row<Options*>, N>& table, int argc,
+template <typename Options, typename Take, typename... Into>
+void read_arguments(const companion& program, std::span<const option_row<Options*, Into...>> table, int argc,
                     char** argv, Options* options, Take take_name) {
-    const std::span<const option_row<Options*>> rows(table);
-    for (argument_reader arguments(rows, argc, argv, {.two_dashes = true}); arguments.next();) {
+    for (argument_reader arguments(table, argc, argv, {.two_dashes = true}); arguments.next();) {
         switch (arguments.kind()) {
         case argument_kind::option:
-            arguments.option().apply(options, arguments.value());
+            apply_option(arguments.option(), options, arguments.value());
             break;
         case argument_kind::missing_value:
             refuse_missing_value(arguments.option().name, arguments.option().missing);
@@ -47,5 +51,12 @@ void read_arguments(const companion& program, const std::array<option_row<Option
             take_name(arguments.text());
         }
     }
-    check_coverage_options(options);
+}
+
+/// The same with a table that is an array.
+template <typename Options, std::size_t N, typename Take, typename... Into>
+void read_arguments(const companion& program, const option_row<Options*, Into...> (&table)[N], int argc,
+                    char** argv, Options* options, Take take_name) {
+    read_arguments(program, std::span<const option_row<Options*, Into...>>(table), argc, argv, options,
+                   take_name);
 }

@@ -1,18 +1,11 @@
-#include "inputs/companion.h"
+#include "common/companion.h"
 
 #include "common/fatal.h"
 #include "common/message.h"
+#include "common/version.h"
 
 #include <cstdio>
 #include <string_view>
-
-#ifndef VEXCOV_VERSION
-#define VEXCOV_VERSION "1.0.0"
-#endif
-
-const char* companion_version() {
-    return VEXCOV_VERSION;
-}
 
 bool take_common_option(const companion& program, const char* argument) {
     std::string_view option = argument;
@@ -21,7 +14,7 @@ bool take_common_option(const companion& program, const char* argument) {
     if (option == "-help")
         program.print_usage();
     else if (option == "-version")
-        std::printf("%s %s\n", program.name, companion_version());
+        std::printf("%s %s\n", program.name, program_version());
     else
         return false;
     pgt_Exit(0);

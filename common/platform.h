@@ -1,0 +1,46 @@
+// What systems do in different ways, or some of them not at all. No other file of the programs is made for
+// one of them: the rest needs C++20 and POSIX.1-2008. VEXCOV_PORTABLE leaves Linux's ways out, to try the
+// others.
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <vector>
+
+/// When the contents of the file changed last, in nanoseconds since the start of 1970.
+std::int64_t modification_time(const struct stat& status);
+
+/// As pipe, with ends that are closed in programs that are started later.
+int open_pipe(int ends[2]);
+
+/// The number of processors that this process may use, at least 1.
+unsigned usable_processors();
+
+/// Has what outlives its parent among the descendants of this process become its child, where the system can.
+void adopt_orphans();
+
+/// The children in this process's session, adopted ones included; daemons have a session of their own. Empty
+/// where the system does not tell.
+std::vector<pid_t> own_children();
+
+/// A signal that has arrived.
+struct arrived_signal {
+    int number;
+    bool of_process; ///< sent by a process, not by the terminal or the system
+};
+
+/// Blocks the signals and keeps those that arrive for next_signal, until forget_signals. False, with errno,
+/// when the system cannot.
+bool keep_signals(const sigset_t& signals);
+
+/// Waits until a signal is kept, `descriptor` (-1 for none) can be read, or `milliseconds` (-1 for any
+/// number) have passed.
+void wait_for_signal(int descriptor, int milliseconds);
+
+/// Takes the next signal that is kept. False when there is none.
+bool next_signal(arrived_signal* signal);
+
+/// Keeps no more signals. They stay blocked. A child process that goes on in this program calls it, too.
+void forget_signals();

@@ -1,0 +1,5 @@
+#include "common/version.h"
+
+const char* program_version() {
+    return VEXCOV_VERSION;
+}
