@@ -20,6 +20,8 @@ static const size_option OPTIONS[] = {
     {"-lines", &tree_sizes::lines},
     {"-positions", &tree_sizes::positions},
     {"-length", &tree_sizes::length},
+    {"-folders", &tree_sizes::folders},
+    {"-depth", &tree_sizes::depth},
     {"-patterns", &tree_sizes::patterns},
     {"-flat", &tree_sizes::flat},
     {"-nested", &tree_sizes::nested},
@@ -57,9 +59,10 @@ static tree_sizes sizes_of(int argc, char** argv) {
             fail(std::string(argv[i]) + " needs a number");
     }
     if (sizes.files == 0 || sizes.functions == 0 || sizes.blocks == 0 || sizes.lines < 6 ||
-        sizes.positions == 0 || sizes.highest == 0 || sizes.twins == 0)
-        fail(
-            "a tree needs a file, a function, a block, a position, a count, a twin and six lines a function");
+        sizes.positions == 0 || sizes.highest == 0 || sizes.twins == 0 || sizes.folders == 0 ||
+        sizes.depth == 0)
+        fail("a tree needs a file, a folder, a function, a block, a position, a count, a twin and six lines "
+             "a function");
     return sizes;
 }
 

@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <numeric>
 #include <string_view>
 #include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 [[noreturn]] static void fail(const std::string& what) {
@@ -303,14 +303,32 @@ static void write_spi(std::FILE* spi, const char* file, const std::vector<functi
                      facts.counts.size());
 }
 
+/// Files of one folder begin with the one that lies deepest.
+static std::string source_name(const tree_sizes& sizes, std::uint64_t index) {
+    char text[64];
+    std::snprintf(text, sizeof text, "src/%02" PRIu64 "/", index % sizes.folders);
+    std::string name = text;
+    for (std::uint64_t i = sizes.depth - 1 - index / sizes.folders % sizes.depth; i > 0; i--)
+        name += "d/";
+    std::snprintf(text, sizeof text, "file_%07" PRIu64 ".c", index);
+    return name + text;
+}
+
+/// Makes the folders below `folder` that a file lies in. Mostly they are there.
+static void make_folders(const std::string& folder, const std::string& name) {
+    const std::string innermost = folder + "/" + name.substr(0, name.rfind('/'));
+    if (mkdir(innermost.c_str(), 0777) == 0 || errno == EEXIST)
+        return;
+    for (std::size_t slash = name.find('/'); slash != std::string::npos; slash = name.find('/', slash + 1))
+        make_folder(folder + "/" + name.substr(0, slash));
+}
+
 /// Writes source file `index` and adds its functions to the profiles; `reference` may be null.
 static void write_module(const std::string& folder, const tree_sizes& sizes, std::uint64_t index,
                          std::FILE* spi, profile_writer& dpi, profile_writer* reference) {
-    char name[64];
-    std::snprintf(name, sizeof name, "src/%02u", static_cast<unsigned>(index % 100));
-    make_folder(folder + "/" + name);
-    std::snprintf(name, sizeof name, "src/%02u/file_%07" PRIu64 ".c", static_cast<unsigned>(index % 100),
-                  index);
+    const std::string path = source_name(sizes, index);
+    make_folders(folder, path);
+    const char* const name = path.c_str();
     sequence numbers(index);
     std::string text;
     std::vector<function_facts> functions;
@@ -335,12 +353,14 @@ static void write_module(const std::string& folder, const tree_sizes& sizes, std
 }
 
 /// Files in the order of their names, which is the order of the records.
-static std::vector<std::uint64_t> files_by_name(std::uint64_t files) {
-    std::vector<std::uint64_t> order(files);
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [](std::uint64_t a, std::uint64_t b) {
-        return a % 100 != b % 100 ? a % 100 < b % 100 : a < b;
-    });
+static std::vector<std::uint64_t> files_by_name(const tree_sizes& sizes) {
+    std::vector<std::pair<std::string, std::uint64_t>> names;
+    for (std::uint64_t i = 0; i < sizes.files; i++)
+        names.emplace_back(source_name(sizes, i), i);
+    std::sort(names.begin(), names.end());
+    std::vector<std::uint64_t> order;
+    for (const auto& [name, index] : names)
+        order.push_back(index);
     return order;
 }
 
@@ -375,13 +395,12 @@ static std::unique_ptr<profile_writer> open_profile(const std::string& path, con
 
 void write_tree(const std::string& folder, const tree_sizes& sizes) {
     make_folder(folder);
-    make_folder(folder + "/src");
     const auto dpi = open_profile(folder + "/pgopti.dpi", sizes, sizes.extra);
     std::unique_ptr<profile_writer> reference;
     if (sizes.reference != 0)
         reference = open_profile(folder + "/reference.dpi", sizes, 0);
     std::FILE* spi = open_file(folder + "/pgopti.spi");
-    for (const std::uint64_t index : files_by_name(sizes.files))
+    for (const std::uint64_t index : files_by_name(sizes))
         write_module(folder, sizes, index, spi, *dpi, reference.get());
     close_file(spi);
     write_extra_records(sizes, *dpi);

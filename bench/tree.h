@@ -1,6 +1,6 @@
 // Trees of made-up C sources with both profiles, for measuring.
 //
-//   FOLDER/src/NN/file_NNNNNNN.c   the sources
+//   FOLDER/src/NN/file_NNNNNNN.c   the sources; with depth in FOLDER/src/NN/d/d/...
 //   FOLDER/pgopti.spi              static profile
 //   FOLDER/pgopti.dpi              dynamic profile, 64-bit records with positions
 //   FOLDER/reference.dpi           dynamic profile of another run, only with reference
@@ -29,6 +29,8 @@ struct tree_sizes {
     std::uint64_t lines = 20;      ///< of each function, with the empty line behind it; at least 6
     std::uint64_t positions = 2; ///< the most on one line; block starts beyond lines x positions share theirs
     std::uint64_t length = 0;    ///< least length of a line of code in bytes
+    std::uint64_t folders = 100; ///< over which the files are spread
+    std::uint64_t depth = 1;     ///< most folders below each other that files lie in
     std::uint64_t patterns = 0;  ///< in the component list; the last one selects every file
     std::uint64_t flat = 0;      ///< pairs of begin and end markers in each file, one behind the other
     std::uint64_t nested = 0;    ///< pairs of begin and end markers in each file, each inside the one before
