@@ -117,11 +117,24 @@ static changed_file_coverage count_changed(const changed_file& changed, const fi
     return result;
 }
 
+/// The name as a static profile can have it: its fields end at blanks.
+static std::string written_name(std::string name) {
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return c <= 0x20 || c == 0x7f; }, '_');
+    return name;
+}
+
 change_tracker::change_tracker(std::vector<changed_file> files, bool root_given)
     : files_(std::move(files)), root_given_(root_given) {
-    for (std::size_t i = 0; i < files_.size(); ++i)
-        if (files_[i].change != file_change::deleted)
-            by_name_.emplace(files_[i].name, i);
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+        if (files_[i].change == file_change::deleted)
+            continue;
+        by_name_.emplace(files_[i].name, i);
+        const std::string written = written_name(files_[i].name);
+        if (written != files_[i].name)
+            written_names_.emplace(written, i);
+    }
+    by_name_.insert(written_names_.begin(), written_names_.end()); // a file of that name wins
 }
 
 /// Notes what the file at `path` may be, below `root`; false when it is no changed file.

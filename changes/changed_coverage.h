@@ -72,8 +72,9 @@ class change_tracker {
     const std::vector<changed_file> files_;
     const bool root_given_;
     std::string root_;
-    bool any_below_root_ = false;                               ///< of the source files
-    std::unordered_map<std::string_view, std::size_t> by_name_; ///< files that are there behind the change
-    std::unordered_set<std::string> extensions_;                ///< of the source files
+    bool any_below_root_ = false;                                ///< of the source files
+    std::unordered_map<std::string, std::size_t> written_names_; ///< of those with others in a profile
+    std::unordered_map<std::string_view, std::size_t> by_name_;  ///< files that are there behind the change
+    std::unordered_set<std::string> extensions_;                 ///< of the source files
     std::map<std::string, std::vector<fit>> fits_; ///< by the directory that would be the names' own
 };

@@ -170,12 +170,42 @@ bool baseline_handler::on_bool(bool value, json::error_code&) {
 
 } // namespace
 
+/// Blocks are not compared: of a function with some that no test can reach the report, too, may count more of
+/// them as covered than there are.
+static bool is_too_much(const covered_count& count, metric what) {
+    return what != metric::blocks && count.covered > count.total;
+}
+
+/// What is wrong with the figures; empty for nothing.
+static std::string fault_of_figures(const baseline& before) {
+    for (const metric what : kMetrics) {
+        const covered_count& all = count_of(before.totals, what);
+        bool too_much = is_too_much(all, what);
+        std::uint64_t total = 0; // hostile figures may go round
+        std::uint64_t covered = 0;
+        for (const checked_file& file : before.files) {
+            const covered_count& count = count_of(file.figures, what);
+            too_much = too_much || is_too_much(count, what);
+            total += static_cast<std::uint64_t>(count.total);
+            covered += static_cast<std::uint64_t>(count.covered);
+        }
+        if (too_much)
+            return " is damaged: it has more " + std::string(name_of(what)) + " covered than there are";
+        if (total != static_cast<std::uint64_t>(all.total) ||
+            covered != static_cast<std::uint64_t>(all.covered))
+            return " is damaged: its files do not add up to its total of " + std::string(name_of(what));
+    }
+    return "";
+}
+
 /// What is wrong with a parsed file; empty for nothing.
 static std::string fault_of(const baseline_handler& handler) {
     constexpr int kFigures = 6; // two of each metric
     if (handler.format != 1)
         return " is no JSON of vexcov-export, format 1";
-    return handler.totals_seen == kFigures ? "" : " does not hold the totals of blocks, lines and functions";
+    if (handler.totals_seen != kFigures)
+        return " does not hold the totals of blocks, lines and functions";
+    return fault_of_figures(handler.result);
 }
 
 baseline read_baseline(const std::string& name) {

@@ -3,6 +3,6 @@
 #include "common/fatal.h"
 
 int main(int argc, char** argv) {
-    secure_process();
+    secure_process(closed_output::fails);
     return run_program(run_check, argc, argv);
 }

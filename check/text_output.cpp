@@ -1,5 +1,5 @@
 #include "check/outputs.h"
-#include "common/message.h"
+#include "exchange/safe_text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,7 +9,7 @@ constexpr std::size_t kMostRanges = 50;  ///< of uncovered lines of a file
 constexpr std::size_t kMostWithout = 20; ///< changed files without data
 
 static void print_line(const std::string& text) {
-    std::fputs(printable(text).c_str(), stdout);
+    std::fputs(log_text(text).c_str(), stdout);
     std::fputc('\n', stdout);
 }
 

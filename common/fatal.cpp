@@ -90,12 +90,14 @@ __attribute__((constructor(101))) static void watch_for_exceptions() {
     std::set_terminate(end_without_exception);
 }
 
-void secure_process() {
+void secure_process(closed_output output) {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) != -1)
             continue;
+        // Every write to what is open for reading fails.
+        const bool fails = descriptor == STDOUT_FILENO && output == closed_output::fails;
         // The lowest free descriptor is taken, which is this one: those below it are open by now.
-        if (open("/dev/null", O_RDWR) == -1) {
+        if (open("/dev/null", fails ? O_RDONLY : O_RDWR) == -1) {
             // infeasible: begin
             std::fputs("ERROR: cannot open /dev/null\n", stderr);
             std::_Exit(1);

@@ -36,7 +36,13 @@ void pgt_Incomplete();
 /// Whether pgt_Incomplete or pgt_OutOfMemory was called.
 bool pgt_IsIncomplete();
 
+/// What becomes of text for a standard output that the caller closed.
+enum class closed_output {
+    dropped, ///< nobody misses it
+    fails    ///< it is the result: run_program tells that it cannot be written
+};
+
 /// Opens the null device in place of each standard stream that the caller closed, so that no page can be
 /// opened on descriptor 0, 1 or 2, and lets a write to a closed pipe or beyond the file size limit fail
 /// instead of killing the process. The programs call it first.
-void secure_process();
+void secure_process(closed_output output = closed_output::dropped);

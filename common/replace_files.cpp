@@ -40,6 +40,13 @@ std::size_t file_replacement::add(const std::string& target) {
     return files_.size() - 1;
 }
 
+std::vector<std::string> file_replacement::targets() const {
+    std::vector<std::string> names;
+    for (const file& each : files_)
+        names.push_back(each.target);
+    return names;
+}
+
 file_replacement::~file_replacement() {
     remove_temporaries();
     unfinished.erase(std::find(unfinished.begin(), unfinished.end(), this));
@@ -62,18 +69,23 @@ bool file_replacement::fail(const std::string& what, int error) {
     return false;
 }
 
-bool file_replacement::check_targets() {
-    for (const file& each : files_) {
-        const std::string& target = each.target;
-        struct stat status;
-        const bool found = stat(target.c_str(), &status) == 0;
-        if (!found && errno != ENOENT)
-            return fail("open " + target + " for output", errno);
-        if (found && !S_ISREG(status.st_mode)) {
-            error_ = target + " is not a regular file";
-            return false;
-        }
+bool file_replacement::check_target(std::size_t i) {
+    const std::string& target = files_[i].target;
+    struct stat status;
+    const bool found = stat(target.c_str(), &status) == 0;
+    if (!found && errno != ENOENT)
+        return fail("open " + target + " for output", errno);
+    if (found && !S_ISREG(status.st_mode)) {
+        error_ = target + " is not a regular file";
+        return false;
     }
+    return true;
+}
+
+bool file_replacement::check_targets() {
+    for (std::size_t i = 0; i < files_.size(); ++i)
+        if (!check_target(i))
+            return false;
     return true;
 }
 

@@ -22,9 +22,14 @@ class file_replacement {
     /// One more target, behind the others; gives its place. Not once one of them has its name.
     std::size_t add(const std::string& target);
 
+    std::vector<std::string> targets() const;
+
     /// False when a target is there and is not a regular file, as devices and directories must not be
     /// replaced, or cannot be examined.
     bool check_targets();
+
+    /// The same for one of them.
+    bool check_target(std::size_t i);
 
     /// Opens the new content of target `i`, a stream of output_file.h; null when it cannot be created.
     std::FILE* open(std::size_t i);

@@ -29,6 +29,7 @@
 #include "common/message.h"
 #include "common/text_buffer.h"
 #include "common/version.h"
+#include "exchange/parts.h"
 #include "exchange/safe_text.h"
 #include "exchange/spool.h"
 #include "exchange/writer.h"
@@ -70,6 +71,7 @@ class cobertura_writer : public exchange_writer {
 
     void add(const file_coverage& file) override;
     void finish(const coverage_totals& totals) override;
+    void replaced() override;
 
   private:
     void put_methods(const file_coverage& file);
@@ -87,6 +89,7 @@ class cobertura_writer : public exchange_writer {
     std::vector<waiting_class> classes_;
     line_sums sums_; ///< of the file at hand; kept for its memory
     std::uint64_t written_ = 0;
+    std::size_t parts_ = 0; ///< files that were written
 };
 
 } // namespace
@@ -295,21 +298,11 @@ std::span<const waiting_class> cobertura_writer::next_part(std::size_t from) con
     return std::span<const waiting_class>(classes_).subspan(from, end - from);
 }
 
-/// "out/name.xml" becomes "out/name.1.xml".
-static std::string part_name(const std::string& name, std::size_t number) {
-    const std::size_t slash = name.rfind('/');
-    const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
-    const std::size_t dot = name.rfind('.');
-    const std::size_t place = dot == std::string::npos || dot <= begin ? name.size() : dot;
-    return name.substr(0, place) + "." + std::to_string(number) + name.substr(place);
-}
-
 void cobertura_writer::write_parts() {
-    std::size_t number = 0;
     for (std::size_t from = 0; from < classes_.size();) {
         const std::span<const waiting_class> part = next_part(from);
-        const std::size_t place = target_.files.add(part_name(target_.name, ++number));
-        std::FILE* const stream = target_.files.check_targets() ? target_.files.open(place) : nullptr;
+        const std::size_t place = target_.files.add(part_name(target_.name, ++parts_));
+        std::FILE* const stream = target_.files.check_target(place) ? target_.files.open(place) : nullptr;
         if (stream)
             put_document(stream, part);
         if (!stream || !target_.files.close(stream))
@@ -327,6 +320,11 @@ void cobertura_writer::finish(const coverage_totals&) {
         write_parts();
     else
         put_document(target_.stream, classes_);
+}
+
+void cobertura_writer::replaced() {
+    if (target_.options.split != 0)
+        remove_further_parts(target_.name, parts_);
 }
 
 // clang-format on

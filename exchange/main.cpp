@@ -3,6 +3,6 @@
 #include "exchange/exchange_run.h"
 
 int main(int argc, char** argv) {
-    secure_process();
+    secure_process(closed_output::fails);
     return run_program(run_exchange, argc, argv);
 }

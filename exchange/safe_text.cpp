@@ -1,5 +1,7 @@
 #include "exchange/safe_text.h"
 
+#include "common/printable.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -129,6 +131,17 @@ std::string command_property(std::string_view text) {
     return escaped_text(text, [](char c) -> std::string_view {
         return c == ':' ? "%3A" : c == ',' ? "%2C" : command_escape(c);
     });
+}
+
+std::string log_text(std::string_view text) {
+    static constexpr std::string_view kBracket = "##[";
+    std::string result = printable(text);
+    const std::size_t start = result.find_first_not_of(' ');
+    if (start != std::string::npos && result.compare(start, 2, "::") == 0)
+        result.replace(start, 1, "\\x3a");
+    for (std::size_t at = result.find(kBracket); at != std::string::npos; at = result.find(kBracket, at))
+        result.replace(at, 1, "\\x23");
+    return result;
 }
 
 void put_line_text(text_buffer& out, std::string_view text, char separator) {

@@ -20,6 +20,10 @@ std::string markdown_text(std::string_view text);
 std::string command_message(std::string_view text);
 std::string command_property(std::string_view text);
 
+/// A line of the log of a job, or a name at its start: control characters appear as \x and two digits, and so
+/// does what makes GitHub take a line for a command, "::" at its start and "##[" anywhere.
+std::string log_text(std::string_view text);
+
 /// A name on a line of its own: control characters become "?", and so does `separator` unless it is 0.
 void put_line_text(text_buffer& out, std::string_view text, char separator);
 

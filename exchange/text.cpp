@@ -93,8 +93,8 @@ text_writer::text_writer(const writer_target& target) : options_(target.options)
 
 void text_writer::add_functions(const file_coverage& file) {
     for (const source_function& function : file.analysis.functions) {
-        text_row row = {printable(function.shown_name),
-                        printable(file.name) + ":" + std::to_string(function.line),
+        text_row row = {log_text(function.shown_name),
+                        log_text(file.name) + ":" + std::to_string(function.line),
                         function.entry_count,
                         {}};
         row.figures.blocks = {function.blocks, function.covered};
@@ -106,7 +106,7 @@ void text_writer::add(const file_coverage& file) {
     if (options_.functions)
         add_functions(file);
     else
-        rows_.push_back({printable(file.name), {}, 0, file.figures});
+        rows_.push_back({log_text(file.name), {}, 0, file.figures});
 }
 
 /// Rows that compare equal keep the order of the walk, by name.

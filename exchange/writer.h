@@ -21,6 +21,9 @@ class exchange_writer {
 
     /// Takes the totals behind the last file; all is with the stream then.
     virtual void finish(const coverage_totals& totals) = 0;
+
+    /// All files of the run have their names.
+    virtual void replaced() {}
 };
 
 /// Where a writer writes, and what it may ask about.

@@ -1,6 +1,7 @@
 #include "inputs/coverage_walk.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/source_file.h"
 #include "coverage/files_of_interest.h"
 #include "driver/run_config.h"
@@ -11,8 +12,10 @@
 #include "profile/line_order.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <new>
 #include <string_view>
+#include <system_error>
 
 static void add_counts(covered_count& sum, const covered_count& other) {
     sum.total += other.total;
@@ -30,8 +33,16 @@ void coverage_walk::close_profile::operator()(DPI_FILE* file) const {
     PGOPTI_Close_Dpi_File(file);
 }
 
-coverage_walk::coverage_walk(const coverage_options& options)
-    : options_(options), names_(options.root), profile_(open_dynamic_profile(options.dpi_file.c_str())) {
+/// Names relative to a directory that is none would fit no file of anybody's.
+static void check_root(const std::string& root) {
+    std::error_code error;
+    if (!root.empty() && !std::filesystem::is_directory(root, error))
+        end_with_error("-root needs a directory, which %s is not", printable(root).c_str());
+}
+
+coverage_walk::coverage_walk(const coverage_options& options) : options_(options), names_(options.root) {
+    check_root(options.root);
+    profile_.reset(open_dynamic_profile(options.dpi_file.c_str()));
     probe_static_profile(options.spi_file.c_str());
     if (options.with_reference)
         reference_.reset(open_reference_profile(options.reference.c_str(), profile_.get()));

@@ -3,6 +3,6 @@
 #include "profile_tool/tool_run.h"
 
 int main(int argc, char** argv) {
-    secure_process();
+    secure_process(closed_output::fails);
     return run_program(run_profile_tool, argc, argv);
 }

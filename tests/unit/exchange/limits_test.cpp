@@ -2,6 +2,7 @@
 #include "exchange/writer.h"
 
 #include "common/output_file.h"
+#include "exchange/safe_text.h"
 #include "tests/tools/product.h"
 #include "tests/tools/scratch.h"
 
@@ -70,6 +71,14 @@ TEST(ExportLimits, TenAnnotationsAreTheLargest) {
                               "executed\n"))
         << annotations;
     EXPECT_EQ(count_of(write_files(make_github_writer, 10), "::notice"), 0U);
+}
+
+TEST(ExportLimits, NamesGiveNoCommandsToTheLog) {
+    const std::string commands[][2] = {
+        {"::error::x.c", "\\x3a:error::x.c"}, {"  ::x", "  \\x3a:x"}, {"a::b", "a::b"}, {":a", ":a"},
+        {"a##[error]", "a\\x23#[error]"},     {"a\n::b", "a\\x0a::b"}};
+    for (const auto& [name, shown] : commands)
+        EXPECT_EQ(log_text(name), shown);
 }
 
 TEST(ExportLimits, PartsAreNotLargerThanAsked) {
