@@ -18,9 +18,9 @@ struct PGOPTI_ROUTINE {
     std::uint32_t file;               ///< index into PGOPTI_PROFILE::files
     std::string name;                 ///< routine name and key function name
     std::uint32_t line;               ///< first line
-    std::uint32_t block_count;        ///< number of blocks
+    std::uint32_t block_count;        ///< number of blocks that every run of the program has
     bool has_record;                  ///< it was called: the dynamic profile has a record of it
-    std::vector<PGOPTI_BLOCK> blocks; ///< of its record, `block_count` of them; the first is the entry
+    std::vector<PGOPTI_BLOCK> blocks; ///< of its record, at least `block_count`; the first is the entry
 };
 
 struct PGOPTI_PROFILE {

@@ -6,6 +6,7 @@
 #include "common/source_text.h"
 #include "profile/dpi_content.h"
 #include "profile/dpi_cursor.h"
+#include "profile_tool/block_tail.h"
 #include "profile_tool/findings.h"
 #include "profile_tool/page_collisions.h"
 #include "profile_tool/static_lines.h"
@@ -62,13 +63,25 @@ void record_check::examine_key(const DPI_CURSOR& cursor) {
     previous_key_ = cursor.key();
 }
 
+/// Blocks that every run has.
+static std::size_t common_blocks(DPI_RECORD record) {
+    if (!DPI_has_line_info(record))
+        return DPI_block_count_get(record);
+    return find_block_parts({reinterpret_cast<const char*>(DPI_areas_get(record).positions),
+                             8 * std::size_t{DPI_block_count_get(record)}})
+        .common;
+}
+
 void record_check::examine_blocks(const DPI_CURSOR& cursor) {
     const auto routine = facts_.blocks.find(std::string(cursor.key()));
     if (routine == facts_.blocks.end())
         return found_.add(FINDING_NO_ROUTINE, [&] { return record_name(cursor); });
     const std::uint32_t blocks = DPI_block_count_get(cursor.record());
     const std::vector<std::int32_t>& known = routine->second;
-    if (std::find(known.begin(), known.end(), static_cast<std::int64_t>(blocks)) == known.end())
+    const auto knows = [&](std::size_t number) {
+        return std::find(known.begin(), known.end(), static_cast<std::int64_t>(number)) != known.end();
+    };
+    if (!knows(blocks) && !knows(common_blocks(cursor.record())))
         found_.add(FINDING_BLOCKS, [&] {
             return record_name(cursor) + " has " + std::to_string(blocks) + ", not " +
                    std::to_string(known.front());

@@ -2,6 +2,7 @@
 
 #include "common/little_endian.h"
 #include "common/printable.h"
+#include "profile_tool/block_tail.h"
 
 #include <algorithm>
 #include <cstring>
@@ -49,18 +50,33 @@ static bool same_bytes(const std::string& bytes, const unsigned char* start) {
     return std::memcmp(bytes.data(), start, bytes.size()) == 0;
 }
 
+/// Whether the blocks of a record are of the same function. Entries are known by their blocks' numbers, which
+/// those that not every run has must not change.
+bool record_sum::has_blocks_of(DPI_RECORD record) const {
+    const DPI_AREAS areas = DPI_areas_get(record);
+    if (DPI_has_line_info(record) != content_.has_positions)
+        return false;
+    const std::string_view positions(reinterpret_cast<const char*>(areas.positions),
+                                     content_.has_positions ? 8 * std::size_t{DPI_block_count_get(record)}
+                                                            : 0);
+    if (!content_.has_positions || positions == content_.positions)
+        return areas.counter_count == content_.counters.size();
+    const block_parts parts = find_block_parts(content_.positions);
+    for (std::size_t i = 0; i < content_.entry_indices.size(); i += 4)
+        if (little_endian_at<std::uint32_t>(content_.entry_indices, i) >= parts.common)
+            return false;
+    return are_of_one_function(content_.positions, parts, positions);
+}
+
 bool record_sum::agrees(merge_source& source) const {
     DPI_CURSOR& cursor = source.cursor();
     const DPI_RECORD record = cursor.record();
-    const DPI_AREAS areas = DPI_areas_get(record);
     const bool same = cursor.file_name().size() == file_.size() &&
-                      areas.counter_count == content_.counters.size() &&
                       read_u32(record.bytes + record.layout->second_group) == content_.second_group &&
                       read_u32(record.bytes + record.layout->third_group) == content_.third_group &&
-                      DPI_has_line_info(record) == content_.has_positions &&
                       DPI_routine_count_get(record) == routines_.size() &&
-                      same_bytes(content_.entry_indices, areas.entry_indices) &&
-                      same_bytes(content_.positions, areas.positions);
+                      same_bytes(content_.entry_indices, DPI_areas_get(record).entry_indices) &&
+                      has_blocks_of(record);
     std::optional<std::string> name;
     for (std::uint32_t i = 0; same && i < routines_.size(); ++i)
         if (!read_routine(cursor, DPI_routine_name_get(record, i), &name) || name != routines_[i])
@@ -93,11 +109,7 @@ bool record_sum::keep_equal_table(merge_source& source) {
 bool record_sum::add(merge_source& source, std::string* error) {
     if (!DPI_decode(source.cursor().record(), &other_))
         return fail_counter(source.cursor(), error);
-    const std::size_t count = content_.counters.size();
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint64_t sum = content_.counters[i] + other_.counters[i];
-        content_.counters[i] = sum < other_.counters[i] ? UINT64_MAX : sum;
-    }
+    add_counters(&content_, other_);
     keep_equal(other_);
     if (!keep_equal_table(source)) {
         *error = source.cursor().error();

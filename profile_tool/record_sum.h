@@ -1,4 +1,5 @@
-// The sum of records of one function that agree: same names, blocks at the same places, same routines.
+// The sum of records of one function that agree: same names, blocks at the same places (but for those that
+// not every run has, see block_tail.h), same routines.
 //
 // Counts are added up in 64 bits and end at all ones. What nothing here knows the meaning of (words,
 // addresses, value areas) stays when it is the same in all records, and is 0 otherwise. So neither the order
@@ -40,6 +41,7 @@ class record_sum {
 
   private:
     std::string shape() const;
+    bool has_blocks_of(DPI_RECORD record) const;
     void keep_equal(const DPI_CONTENT& other);
     bool keep_equal_table(merge_source& source);
 

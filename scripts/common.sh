@@ -17,7 +17,11 @@ quietly() {
     local name=$1 status=0
     shift
     mkdir -p "$logs"
-    "$@" >"$logs/$name.log" 2>&1 || status=$?
+    # Not with ||, behind which no error within a function ends it.
+    set +e
+    (set -e; "$@") >"$logs/$name.log" 2>&1
+    status=$?
+    set -e
     if [ "$status" -ne 0 ]; then
         cat "$logs/$name.log" >&2
         echo "${0##*/}: failed with status $status: $*" >&2

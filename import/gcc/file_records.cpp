@@ -38,7 +38,7 @@ static void add_record(std::uint32_t file, placed_function function, PGOPTI_PROF
     record.file = file;
     record.name = std::move(function.name);
     record.line = function.line;
-    record.block_count = static_cast<std::uint32_t>(function.blocks.size());
+    record.block_count = static_cast<std::uint32_t>(function.last + 1);
     record.has_record = function.called;
     if (record.has_record)
         record.blocks = stored_blocks(function.blocks);

@@ -28,6 +28,7 @@ class function_placer {
     bool is_left_out(const counted_line& line) const;
     bool is_punctuation(const counted_line& line) const;
     void add_line(const counted_line& line);
+    void add_shared();
     void add_last();
 
     const counted_function& function_;
@@ -37,7 +38,8 @@ class function_placer {
     const source_outline& outline_;
     bool called_ = false;
     std::vector<profile_block> blocks_;
-    std::vector<profile_block> trailing_; ///< those that other runs may not have
+    std::vector<profile_block> trailing_; ///< lines that other runs may not have
+    std::vector<profile_block> marks_;    ///< on lines that were executed in part
 };
 
 bool function_placer::was_called() const {
@@ -104,13 +106,31 @@ void function_placer::add_line(const counted_line& line) {
     if (!first && !is_left_out(line))
         (is_punctuation(line) ? trailing_ : blocks_).push_back({position, line.count});
     if (called_ && line.count != 0 && !line.complete)
-        trailing_.push_back({position, 0});
+        marks_.push_back({position, 0});
+}
+
+/// The first lines of functions inside whose rest is this function's own.
+void function_placer::add_shared() {
+    for (const counted_line& line : surroundings_.shared)
+        trailing_.push_back({source_.first_code(line.line), line.count});
+    const auto before = [](const profile_block& a, const profile_block& b) {
+        return a.position < b.position;
+    };
+    std::stable_sort(trailing_.begin(), trailing_.end(), before);
+    std::size_t kept = 0;
+    for (std::size_t i = 1; i < trailing_.size(); ++i) {
+        if (trailing_[kept].position == trailing_[i].position)
+            trailing_[kept].count = add_counts(trailing_[kept].count, trailing_[i].count);
+        else
+            trailing_[++kept] = trailing_[i];
+    }
+    trailing_.resize(std::min(trailing_.size(), kept + 1));
 }
 
 /// The last block must stand behind all others, as vexcov shows what begins there as covered.
 void function_placer::add_last() {
     source_position largest = {0, 0};
-    for (const std::vector<profile_block>* part : {&blocks_, &trailing_}) {
+    for (const std::vector<profile_block>* part : {&blocks_, &trailing_, &marks_}) {
         for (const profile_block& block : *part)
             largest = std::max(largest, block.position);
     }
@@ -130,10 +150,8 @@ placed_function function_placer::place() {
         blocks_.push_back({entry(), function_.entries});
     for (const counted_line& line : function_.lines)
         add_line(line);
-    if (called_) {
-        for (const counted_line& line : surroundings_.shared)
-            trailing_.push_back({source_.first_code(line.line), line.count});
-    }
+    if (called_)
+        add_shared();
     if (blocks_.empty()) // only punctuation
         std::swap(blocks_, trailing_);
     add_last();
@@ -145,6 +163,7 @@ placed_function function_placer::place() {
         line = function_.lines.front().line;
     const std::size_t last = blocks_.size() - 1;
     blocks_.insert(blocks_.end(), trailing_.begin(), trailing_.end());
+    blocks_.insert(blocks_.end(), marks_.begin(), marks_.end());
     return {function_.name, line, called_, last, std::move(blocks_)};
 }
 

@@ -2,7 +2,9 @@
 //
 // gcov knows lines, not columns: a line with code is one block, at its first character that is not blank. The
 // numbers of the blocks do not depend on counts, so that the profiles of two runs of one program can be
-// compared; the blocks that are there in some runs only have the last numbers.
+// compared and added up; the blocks that are there in some runs only have the last numbers: first lines that
+// exceptions alone lead to, then one block with count 0 for each line that was executed in part, both
+// ascending. vexcov-profile knows them by this order.
 #pragma once
 
 #include "import/function_starts.h"

@@ -64,6 +64,37 @@ TEST(LiveImport, CountersOfTheInstalledGcc) {
               std::string::npos);
 }
 
+TEST(LiveImport, RunsOfOneProgramOfGccAgree) {
+    const scratch_directory scratch;
+    if (!succeeds(scratch, "g++ --version") || !succeeds(scratch, "gcov --version"))
+        GTEST_SKIP() << "no gcc";
+    scratch.put(
+        "a.cpp",
+        "#include <string>\n#include <cstdlib>\nstruct held {\n    std::string s;\n    ~held() {}\n};\n"
+        "static int pick(int c, int d) {\n    held h{\"x\"};\n    if (c > 2 && d)\n        return 1;\n"
+        "    auto twice = [](int v) { return v ? 2 * v : 1; };\n    try {\n        held g{\"y\"};\n"
+        "        if (c == 1) throw 1;\n    } catch (int) {\n        return 5;\n    }\n"
+        "    return d ? twice(c) : c;\n}\n"
+        "int main(int, char** v) {\n    return pick(std::atoi(v[1]), std::atoi(v[2])) == 99;\n}\n");
+    run(scratch, "g++ --coverage a.cpp -o app");
+    for (const std::string numbers : {"1 0", "2 0", "2 1", "3 0", "3 1"}) {
+        run(scratch, "sh -c 'rm -f *.gcda; ./app " + numbers + "'");
+        const std::string name = numbers.substr(0, 1) + numbers.substr(2);
+        run(scratch, "vexcov-import gcc -root . -spi " + name + ".spi -dpi " + name + ".dpi");
+    }
+    run(scratch, "vexcov-profile merge -o all 10.dpi 20.dpi 21.dpi 30.dpi 31.dpi");
+    run(scratch, "vexcov-profile merge -o back 31.dpi 30.dpi 21.dpi 20.dpi 10.dpi");
+    EXPECT_EQ(read_file(scratch.path() / "all.dpi"), read_file(scratch.path() / "back.dpi"));
+    EXPECT_EQ(run(scratch, "vexcov-profile check all.dpi"), "nothing found\n");
+    run(scratch, "vexcov -nopmeter -spi all.spi -dpi all.dpi -txtbcvrgfull blocks.txt");
+    std::map<unsigned, long> counts = counts_of(read_file(scratch.path() / "blocks.txt"))["a.cpp"];
+    EXPECT_EQ(std::tuple(counts[9], counts[10], counts[16], counts[18]), std::tuple(5, 1, 1, 3));
+    // What the second run adds to the first one.
+    const std::string added = run(scratch, "vexcov-export lcov -spi 31.spi -dpi 31.dpi -ref 20.dpi");
+    for (const char* line : {"DA:9,0\n", "DA:10,1\n", "DA:16,0\n", "DA:18,0\n"})
+        EXPECT_NE(added.find(line), std::string::npos) << line << added;
+}
+
 TEST(LiveImport, TracesOfCoveragePy) {
     const scratch_directory scratch;
     if (!succeeds(scratch, "python3 -m coverage --version"))

@@ -7,6 +7,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -276,6 +277,47 @@ TEST_F(merging, NewestTakesTheRoutineOfTheCountsItTakes) {
         merge("-newest -o m " + std::string(order));
         EXPECT_EQ(bytes("m.spi"), "a.c - f 3 2 x\na.c - g 9 1 x\n") << order;
     }
+}
+
+TEST_F(merging, LinesExecutedInPart) {
+    // Importers mark them by a block with count 0 behind all others: a line is marked in the sum when each
+    // run that executed it left out a part. Lines that exceptions alone lead to stand in front of the marks.
+    const auto text = [](const std::string& blocks) {
+        std::string profile = "header runs 1\nrecord 64\nfile a.c\nfunction f\nentry 0\n";
+        std::istringstream words(blocks);
+        for (std::string word; words >> word;)
+            profile += "blocks " + word + "\n";
+        return profile;
+    };
+    put("partly.dpi", text("3:1=1 4:5=2 5:5=2 6:5=0 7:1=0  4:5=0 5:5=0"));
+    put("wholly.dpi", text("3:1=1 4:5=4 5:5=0 6:5=4 7:1=0"));
+    put("thrown.dpi", text("3:1=1 4:5=1 5:5=1 6:5=1 7:1=0  6:9=1  5:5=0 6:5=0 6:9=0"));
+    const std::string sum = "3:1=3 4:5=7 5:5=3 6:5=5 7:1=0 6:9=1 5:5=0 6:9=0";
+    for (const char* order : {"partly.dpi wholly.dpi thrown.dpi", "thrown.dpi wholly.dpi partly.dpi",
+                              "wholly.dpi thrown.dpi partly.dpi"}) {
+        merge("-o m " + std::string(order));
+        EXPECT_EQ(bytes("m.dpi"),
+                  compile_profile_text("header runs 3\nsource a.c\n" +
+                                       text(sum).substr(std::string("header runs 1\n").size())))
+            << order << run("vexcov-profile show m.dpi").standard_output;
+    }
+    merge("-o pt partly.dpi thrown.dpi");
+    merge("-o ptw pt.dpi wholly.dpi");
+    EXPECT_EQ(bytes("ptw.dpi"), bytes("m.dpi")) << "in several steps";
+    scratch_.put("ptw.spi", "a.c - f 3 5 I\n");
+    scratch_.put("a.c", "\n\nf {\n    a;\n    b;\n    c;      }\n}\n");
+    set_age("a.c", -1);
+    EXPECT_EQ(run("vexcov-profile check ptw.dpi").standard_output, "nothing found\n");
+    for (const char* other : {"3:1=1 4:5=2 5:5=2 8:1=0 4:5=0",                // another last line
+                              "3:1=1 4:5=2 5:5=2 6:5=0 7:1=0 5:5=0 4:5=0",    // in no order
+                              "3:1=1 4:5=2 5:5=2 6:5=0 7:1=0 8:5=0",          // behind the end
+                              "3:1=1 4:5=2 5:5=2 6:5=0 7:1=0 4:5=0 4:9=0"}) { // a line behind a mark
+        put("other.dpi", text(other));
+        EXPECT_EQ(run("vexcov-profile merge -o m wholly.dpi other.dpi").status, 1) << other;
+    }
+    put("entry.dpi", "header runs 1\nrecord 64\nfile a.c\nfunction f\nblocks 3:1=1 7:1=0 3:1=0\nentry 2\n");
+    put("plain.dpi", "header runs 1\nrecord 64\nfile a.c\nfunction f\nblocks 3:1=1 7:1=0\nentry 2\n");
+    EXPECT_EQ(run("vexcov-profile merge -o m entry.dpi plain.dpi").status, 1) << "a block that is an entry";
 }
 
 TEST_F(merging, IntoOneOfItsInputs) {
