@@ -320,7 +320,9 @@ PieceId MangledNameReader::substitution() {
     if (c != '_')
         ++index;
     expect('_');
-    return index < candidates_.size() ? candidates_[index] : fail();
+    if (index >= known_)
+        return fail();
+    return outline_ ? 1 : candidates_[index];
 }
 
 /// Abbreviations; with ABI tags they are candidates for substitution.

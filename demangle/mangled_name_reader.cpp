@@ -13,20 +13,6 @@ MangledNameReader::MangledNameReader(const char* text, bool old_unresolved, Mang
     most_pieces_ = 8 * length + 64;
 }
 
-bool MangledNameReader::take(char c) {
-    if (peek() != c)
-        return false;
-    ++at_;
-    return true;
-}
-
-bool MangledNameReader::take(const char* code) {
-    if (!sees(code))
-        return false;
-    at_ += 2;
-    return true;
-}
-
 void MangledNameReader::expect(char c) {
     if (!take(c))
         fail();
@@ -47,12 +33,11 @@ bool MangledNameReader::enter() {
 
 /// The number of pieces is bounded because demanglers read arguments twice after conversion operators,
 /// which nested takes exponential time; the walk does the same and gives up.
-PieceId MangledNameReader::piece(PieceRule rule, std::uint32_t own, Id left, Id right, std::uint32_t list) {
+PieceId MangledNameReader::make_piece(PieceRule rule, std::uint32_t own, Id left, Id right,
+                                      std::uint32_t list) {
     if (pieces_made_ >= most_pieces_)
         return fail();
     ++pieces_made_;
-    if (outline_)
-        return 1;
     Piece made{left, right, list, own, rule, rule == PieceRule::Param, own};
     const auto include = [&](Id part) {
         made.is_open = made.is_open || result_.pieces[part].is_open;
@@ -68,11 +53,6 @@ PieceId MangledNameReader::piece(PieceRule rule, std::uint32_t own, Id left, Id 
     }
     result_.pieces.push_back(made);
     return static_cast<Id>(result_.pieces.size() - 1);
-}
-
-PieceId MangledNameReader::candidate(Id id) {
-    candidates_.push_back(id);
-    return id;
 }
 
 std::uint32_t MangledNameReader::keep_list(std::vector<Id> list) {
@@ -138,7 +118,9 @@ bool MangledNameReader::read_outline(NameOutline& outline) {
 bool read_name_outline(const char* text, NameOutline& outline) {
     for (const bool old_unresolved : {false, true}) {
         MangledName pieces;
-        outline = {};
+        outline.text.clear();
+        outline.is_template = false;
+        outline.variant = 0;
         MangledNameReader reader(text, old_unresolved, pieces);
         if (reader.read_outline(outline))
             return true;

@@ -57,22 +57,44 @@ class MangledNameReader {
     char peek() const { return *at_; }
     char peek_next() const { return *at_ == '\0' ? '\0' : at_[1]; }
     bool sees(const char* code) const { return at_[0] == code[0] && at_[0] != '\0' && at_[1] == code[1]; }
-    bool take(char c);
-    bool take(const char* code);
+    bool take(char c) {
+        const bool found = peek() == c;
+        at_ += found ? 1 : 0;
+        return found;
+    }
+    bool take(const char* code) {
+        const bool found = sees(code);
+        at_ += found ? 2 : 0;
+        return found;
+    }
     void expect(char c);
     bool enter();
 
     Id fail();
     bool is_shown() const { return outline_ && hidden_ == 0; }
-    void show(std::string_view text);
+    void show(std::string_view text) {
+        if (is_shown())
+            outline_->text += text;
+    }
     void show_class(std::string_view text);
     void show_source_name(std::string_view text);
     void show_operator(const char* code);
     void show_constructor(bool is_constructor);
     void show_std(char code);
-    Id piece(PieceRule rule, std::uint32_t own, Id left, Id right = 0, std::uint32_t list = 0);
+    Id piece(PieceRule rule, std::uint32_t own, Id left, Id right = 0, std::uint32_t list = 0) {
+        if (!outline_ || pieces_made_ >= most_pieces_)
+            return make_piece(rule, own, left, right, list);
+        ++pieces_made_;
+        return 1;
+    }
+    Id make_piece(PieceRule rule, std::uint32_t own, Id left, Id right, std::uint32_t list);
     Id join(std::uint32_t own, Id left = 0, Id right = 0) { return piece(PieceRule::Sum, own, left, right); }
-    Id candidate(Id id);
+    Id candidate(Id id) {
+        if (!outline_)
+            candidates_.push_back(id);
+        ++known_;
+        return id;
+    }
     std::uint32_t keep_list(std::vector<Id> list);
 
     std::uint32_t number(), compact_number();
@@ -95,7 +117,8 @@ class MangledNameReader {
     const char* at_;
     const char* end_;
     MangledName& result_;
-    std::vector<Id> candidates_;  ///< substitutions, in order
+    std::vector<Id> candidates_;  ///< substitutions, in order; in an outline they are only counted
+    std::size_t known_ = 0;       ///< number of them
     std::size_t pieces_made_ = 1; ///< with the empty one; in an outline they are only counted
     std::size_t most_pieces_;
     NameOutline* outline_ = nullptr; ///< to fill, in place of pieces

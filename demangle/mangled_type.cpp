@@ -31,8 +31,10 @@ PieceId MangledNameReader::template_args() {
     std::vector<Id> list;
     Id id = join(2);
     while (!failed_ && !take('E')) {
-        list.push_back(template_arg());
-        id = join(2, id, list.back());
+        const Id arg = template_arg();
+        if (!outline_)
+            list.push_back(arg);
+        id = join(2, id, arg);
     }
     last_list_ = keep_list(std::move(list));
     return id;
@@ -63,8 +65,11 @@ PieceId MangledNameReader::pack() {
         return 0;
     ++at_;
     std::vector<Id> elements;
-    while (!failed_ && !take('E'))
-        elements.push_back(template_arg());
+    while (!failed_ && !take('E')) {
+        const Id element = template_arg();
+        if (!outline_)
+            elements.push_back(element);
+    }
     const std::uint32_t own = 2 * static_cast<std::uint32_t>(elements.size()) + 1;
     const Id id = piece(PieceRule::Pack, own, 0, 0, keep_list(std::move(elements)));
     --depth_;
@@ -89,7 +94,7 @@ PieceId MangledNameReader::type() {
 PieceId MangledNameReader::plain_type() {
     static constexpr const char* kBuiltin = "abcdefghijlmnostvwxyz";
     const char c = peek();
-    if (c != '\0' && std::strchr(kBuiltin, c)) {
+    if (is_lower(c) && std::strchr(kBuiltin, c)) {
         ++at_;
         return join(std::strchr("bcdefilsvwxz", c) ? 11 : 18); // "long double" or "unsigned long long"
     }
@@ -182,7 +187,7 @@ PieceId MangledNameReader::param_type() {
         return candidate(with_args(param));
     }
     const char* const start = at_;
-    const std::size_t known = candidates_.size();
+    const std::size_t known = known_;
     const Id applied = with_args(param);
     if (peek() == 'I') {
         candidate(param);
@@ -191,7 +196,8 @@ PieceId MangledNameReader::param_type() {
     if (failed_)
         return 0;
     at_ = start;
-    candidates_.resize(known);
+    candidates_.resize(outline_ ? 0 : known);
+    known_ = known;
     return candidate(param);
 }
 

@@ -25,11 +25,6 @@ static constexpr std::pair<char, const char*> kStdTexts[] = {
     {'i', "basic_istream"}, {'o', "basic_ostream"}, {'d', "basic_iostream"},
 };
 
-void MangledNameReader::show(std::string_view text) {
-    if (is_shown())
-        outline_->text += text;
-}
-
 void MangledNameReader::show_class(std::string_view text) {
     if (!is_shown())
         return;

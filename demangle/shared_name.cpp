@@ -20,12 +20,13 @@ bool find_shared_name(std::string_view name, std::string* shared) {
     if (!name.starts_with("_Z") || !may_change(name))
         return false;
     NameOutline outline;
+    outline.text.reserve(name.size());
     if (!read_name_outline(shared->c_str(), outline))
         return false;
     if (outline.variant != 0)
         (*shared)[outline.variant] = '2';
     if (outline.is_template)
-        *shared = std::move(outline.text);
+        shared->swap(outline.text);
     return outline.is_template;
 }
 

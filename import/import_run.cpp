@@ -76,7 +76,7 @@ static void read_input(std::FILE* stream, const std::string& input, const source
 /// Joins what was among the inputs of clang's own files.
 static void read_clang_files(clang_inputs* inputs, const source_names& names, collected* all) {
     const auto collect = [&](const export_function& function, const std::string& input) {
-        collect_function(function, printable(input), names, &all->extracted, all);
+        collect_function(function, input, names, &all->extracted, all);
     };
     if (!inputs->empty())
         inputs->read(collect, &all->function);

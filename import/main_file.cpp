@@ -46,9 +46,15 @@ static void check_region(const message_place& place, const export_region& region
 
 /// Checks the regions and returns the lowest file number that no expansion leads to.
 static std::int64_t main_file_number(const message_place& place) {
-    std::vector<bool> expanded(place.function.filenames.size());
+    bool alone = true;
     for (const export_region& region : place.function.regions) {
         check_region(place, region);
+        alone = alone && region[kKind] != kExpansion;
+    }
+    if (alone && place.function.filenames.size() != 0) // mostly
+        return 0;
+    std::vector<bool> expanded(place.function.filenames.size());
+    for (const export_region& region : place.function.regions) {
         if (region[kKind] == kExpansion)
             expanded[static_cast<std::size_t>(region[kExpandedFileID])] = true;
     }

@@ -113,10 +113,13 @@ static std::size_t hash_of_place(std::uint32_t file, std::string_view name, sour
 }
 
 std::uint32_t record_store::file_index(const std::string& file) {
+    if (last_file_ < files_.size() && files_[last_file_] == file)
+        return last_file_;
     const auto [entry, added] = file_indices_.emplace(file, static_cast<std::uint32_t>(files_.size()));
     if (added)
         files_.push_back(file);
-    return entry->second;
+    last_file_ = entry->second;
+    return last_file_;
 }
 
 void record_store::add(const std::string& file, std::string_view name, const main_file_function& function) {

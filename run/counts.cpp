@@ -42,7 +42,8 @@ static bool has_mapping(const std::string& path) {
         const file_kind kind = kind_of(&file);
         if (kind != file_kind::program && kind != file_kind::object)
             return false;
-        read_mapped_sections(file_part(&file, 0, file.size()));
+        mapped_sections sections;
+        read_mapped_sections(file_part(&file, 0, file.size()), &sections);
         return true;
     } catch (const input_error&) {
         return false;

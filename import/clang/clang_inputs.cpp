@@ -141,5 +141,6 @@ void clang_inputs::read(
         if (reader.join().lacks_names())
             reader.read_names(profile);
     }
+    reader.release_files();
     reader.join().hand_out(on_function, memory);
 }

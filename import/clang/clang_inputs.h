@@ -24,9 +24,9 @@ class clang_inputs {
     bool without_programs() const { return programs_.empty(); }
 
     /// Reads what was taken, joins programs with profiles, and calls `on_function` for each function, with
-    /// the program that it is in. Programs of profiles without any are looked for below the working
-    /// directory. The function object is `*memory`. What is damaged, not supported or missing ends the run
-    /// with a message.
+    /// the program that it is in, as messages show it. Programs of profiles without any are looked for below
+    /// the working directory. The function object is `*memory`. What is damaged, not supported or missing
+    /// ends the run with a message.
     void read(const std::function<void(const export_function&, const std::string& input)>& on_function,
               export_function* memory);
 

@@ -3,7 +3,6 @@
 #include "common/message.h"
 #include "import/clang/indexed_profile.h"
 #include "import/clang/name_hash.h"
-#include "import/clang/profile_names.h"
 #include "import/clang/raw_profile.h"
 
 #include <algorithm>
@@ -13,18 +12,18 @@
 constexpr std::size_t kMostFileNames = std::size_t{1} << 28;
 
 void clang_join::begin_input(const std::string& name) {
-    inputs_.push_back({name, {}, {}});
+    inputs_.push_back({printable(name), {}, {}});
 }
 
 void clang_join::add_object(const mapped_sections& object) {
     input& current = inputs_.back();
     if (!object.build_id.empty())
         current.ids.insert(object.build_id);
-    files_.read_tables(object.tables);
+    files_.read_tables(object.tables.view());
     const std::vector<std::uint32_t> added =
-        records_.add(object.functions, &files_, static_cast<std::uint32_t>(inputs_.size() - 1));
+        records_.add(object.functions.view(), &files_, static_cast<std::uint32_t>(inputs_.size() - 1));
     current.records.insert(current.records.end(), added.begin(), added.end());
-    read_names(object.names);
+    read_names(object.names.view());
 }
 
 /// A function of the standard library, which is mostly included as a system header and has no mapping then.
@@ -32,18 +31,35 @@ static bool is_of_library(std::string_view name) {
     return name.starts_with("_ZNSt") || name.starts_with("_ZNKSt") || name.starts_with("_ZSt");
 }
 
-/// Most of the time goes into hashes: those of the library's names, most of all, are taken only when a name
-/// is missing.
+/// Most of the time goes into hashes: those of names that an earlier program had, and of the library's, are
+/// taken only when a name is missing.
 void clang_join::read_names(std::string_view section) {
-    for (const bool of_library : {false, true}) {
-        if (!lacks_names())
-            return;
-        for_each_name(section, [&](std::string_view name) {
-            if (is_of_library(name) == of_library)
-                records_.set_name(name_hash(name), name);
-            return lacks_names();
-        });
+    for (const name_choice choice : {name_choice::first, name_choice::of_library, name_choice::rest}) {
+        name_blocks blocks(section, &unpacked_);
+        while (lacks_names() && blocks.next()) {
+            const std::uint64_t hash =
+                mix_hash(quick_hash(blocks.stored()), static_cast<std::uint64_t>(choice));
+            const bool seen = choice != name_choice::rest && seen_names_.contains(hash);
+            if (!seen && read_block(blocks, choice))
+                seen_names_.add(hash);
+        }
     }
+}
+
+/// Returns false when no more names are needed.
+bool clang_join::read_block(const name_blocks& blocks, name_choice choice) {
+    return for_each_name(blocks.text(), [&](std::string_view name) {
+        if (choice != name_choice::rest) {
+            if (is_of_library(name) != (choice == name_choice::of_library))
+                return true;
+            const std::uint64_t quick = quick_hash(name);
+            if (seen_names_.contains(quick))
+                return true;
+            seen_names_.add(quick);
+        }
+        records_.set_name(name_hash(name), name);
+        return lacks_names();
+    });
 }
 
 void clang_join::add_profile(std::string_view file) {
@@ -68,7 +84,7 @@ void clang_join::add_names(std::string_view file) {
 bool clang_join::is_wanted(const function_record& record) const {
     if (!record.unused)
         return true;
-    if (records_.is_used(record.name))
+    if (records_.is_used(record))
         return false;
     if (!counters_.knows(record.name))
         return true;
@@ -84,7 +100,7 @@ void clang_join::name_files(const function_record& record, export_function* func
         size += files_.name(files[i]).size();
         if (size > kMostFileNames)
             end_with_error("%s has damaged coverage mapping: function \"%s\" has too many files",
-                           printable(inputs_[record.input].name).c_str(), printable(function->name).c_str());
+                           inputs_[record.input].name.c_str(), printable(function->name).c_str());
         function->filenames.add(files_.name(files[i]));
     }
 }
@@ -92,14 +108,14 @@ void clang_join::name_files(const function_record& record, export_function* func
 bool clang_join::decode(const function_record& record, const function_counters& counters,
                         export_function* function) {
     const std::string& program = inputs_[record.input].name;
-    function->name = records_.name(record.name);
+    function->name = records_.name(record);
     if (function->name.empty())
         end_with_error("%s has lost the names of its functions; give the file as the linker wrote it",
-                       printable(program).c_str());
+                       program.c_str());
     try {
-        return decoder_.decode(records_.mapping(record), files_.list_size(record.files), counters, function);
+        return decoder_.decode(record.mapping, files_.list_size(record.files), counters, function);
     } catch (const input_error& error) {
-        end_with_error("%s %s (function \"%s\")", printable(program).c_str(), error.what(),
+        end_with_error("%s %s (function \"%s\")", program.c_str(), error.what(),
                        printable(function->name).c_str());
     }
 }
@@ -108,8 +124,10 @@ static std::uint64_t hash_of(const function_record& record) {
     return mix_hash(record.name, record.files);
 }
 
-/// By this record or by another one of the same name and files: it is in another program.
+/// By another record of the same name and files: it is in another program.
 bool clang_join::was_handed_out(const function_record& record) const {
+    if (records_.is_alone(record)) // nearly all
+        return false;
     const auto is_same = [&](std::uint32_t number) {
         const function_record& other = records_.records()[number];
         return other.name == record.name && other.files == record.files;
@@ -131,8 +149,9 @@ bool clang_join::join(std::uint32_t number, export_function* function) {
             mismatched_.push_back(number);
         return false;
     }
-    handed_out_.add(hash_of(record), number);
-    records_.set_matched(record.name);
+    if (!records_.is_alone(record))
+        handed_out_.add(hash_of(record), number);
+    records_.set_matched(record);
     name_files(record, function);
     return true;
 }
@@ -155,11 +174,11 @@ void clang_join::hand_out(
 void clang_join::warn_of_mismatches() const {
     std::vector<std::uint32_t> left;
     std::copy_if(mismatched_.begin(), mismatched_.end(), std::back_inserter(left),
-                 [&](std::uint32_t i) { return !records_.is_matched(records_.records()[i].name); });
+                 [&](std::uint32_t i) { return !records_.is_matched(records_.records()[i]); });
     if (!left.empty())
         print_warning("%zu functions do not fit their counts and were left out, the first is \"%s\"; "
                       "was the program built again after the run?",
-                      left.size(), printable(records_.name(records_.records()[left[0]].name)).c_str());
+                      left.size(), printable(records_.name(records_.records()[left[0]])).c_str());
 }
 
 void clang_join::print_warnings() const {
@@ -168,8 +187,7 @@ void clang_join::print_warnings() const {
     for (const input& each : inputs_) {
         const auto unknown = [&](std::uint32_t i) { return !counters_.knows(records_.records()[i].name); };
         if (!each.records.empty() && std::all_of(each.records.begin(), each.records.end(), unknown))
-            print_warning("no profile belongs to %s: nothing in it was executed",
-                          printable(each.name).c_str());
+            print_warning("no profile belongs to %s: nothing in it was executed", each.name.c_str());
         has_ids = has_ids || !each.ids.empty();
         same_build = same_build || std::any_of(each.ids.begin(), each.ids.end(), [&](const std::string& id) {
                          return profiled_ids_.contains(id);

@@ -9,6 +9,8 @@
 #include "import/clang/file_tables.h"
 #include "import/clang/function_records.h"
 #include "import/clang/hash_index.h"
+#include "import/clang/profile_names.h"
+#include "import/clang/seen_texts.h"
 #include "import/clang_export.h"
 
 #include <functional>
@@ -41,20 +43,23 @@ class clang_join {
     /// Whether no object was added.
     bool without_objects() const { return records_.records().empty(); }
 
-    /// Calls `on_function` for each function, with the first input that it is in. The function object is
-    /// `*memory`. Then writes the warnings about what did not fit together. Damaged records end the run with
-    /// a message.
+    /// Calls `on_function` for each function, with the first input that it is in, as messages show it. The
+    /// function object is `*memory`. Then writes the warnings about what did not fit together. Damaged
+    /// records end the run with a message.
     void hand_out(const std::function<void(const export_function&, const std::string& input)>& on_function,
                   export_function* memory);
 
   private:
     struct input {
-        std::string name;
+        std::string name;                   ///< as messages show it
         std::set<std::string> ids;          ///< build IDs
         std::vector<std::uint32_t> records; ///< of `records_`
     };
 
+    enum class name_choice { first, of_library, rest };
+
     void read_names(std::string_view section);
+    bool read_block(const name_blocks& blocks, name_choice choice);
     bool is_wanted(const function_record& record) const;
     void name_files(const function_record& record, export_function* function) const;
     bool was_handed_out(const function_record& record) const;
@@ -66,6 +71,8 @@ class clang_join {
     source_files files_;
     function_records records_;
     counter_store counters_;
+    seen_texts seen_names_; ///< names that were hashed, and blocks of names
+    byte_buffer unpacked_;  ///< names being read; kept for its memory
     std::vector<input> inputs_;
     std::set<std::string> profiled_ids_;
     mapping_decoder decoder_;

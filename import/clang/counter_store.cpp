@@ -1,5 +1,7 @@
 #include "import/clang/counter_store.h"
 
+#include <algorithm>
+
 std::uint32_t counter_store::find_entry(const identity& id) const {
     return indices_.find(mix_hash(id.name, id.structure),
                          [&](std::uint32_t index) { return entries_[index].id == id; });
@@ -15,8 +17,9 @@ std::uint32_t counter_store::entry_of(const identity& id, std::size_t number) {
     if (!knows(id.name))
         names_.add(id.name, added);
     indices_.add(mix_hash(id.name, id.structure), added);
-    entries_.push_back({id, counters_.size(), number});
-    counters_.resize(counters_.size() + number);
+    std::uint64_t* const counters = counters_.add(number);
+    std::fill_n(counters, number, 0);
+    entries_.push_back({id, counters, number});
     return added;
 }
 
@@ -27,12 +30,12 @@ std::uint64_t* counter_store::counters_of(std::uint64_t name, std::uint64_t stru
         ++different_;
         return nullptr;
     }
-    return counters_.data() + entries_[index].begin;
+    return entries_[index].counters;
 }
 
 function_counters counter_store::find(std::uint64_t name, std::uint64_t structure) const {
     const std::uint32_t found = find_entry({name, structure});
     if (found == hash_index::kNone)
         return {nullptr, 0};
-    return {counters_.data() + entries_[found].begin, entries_[found].number};
+    return {entries_[found].counters, entries_[found].number};
 }

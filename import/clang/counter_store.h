@@ -2,6 +2,7 @@
 // structure.
 #pragma once
 
+#include "import/clang/byte_buffer.h"
 #include "import/clang/function_mapping.h"
 #include "import/clang/hash_index.h"
 
@@ -12,13 +13,13 @@
 class counter_store {
   public:
     /// The counters of a function, to which a profile's are added; zero when the function is new. Null when
-    /// it is known with another number of counters: it is left out then, and counted. Valid until the next
-    /// call.
+    /// it is known with another number of counters: it is left out then, and counted.
     std::uint64_t* counters_of(std::uint64_t name, std::uint64_t structure, std::size_t number);
 
     /// Whether any function has the name.
     bool knows(std::uint64_t name) const {
-        return names_.find(name, [](std::uint32_t) { return true; }) != hash_index::kNone;
+        const auto is_same = [&](std::uint32_t index) { return entries_[index].id.name == name; };
+        return names_.find(name, is_same) != hash_index::kNone;
     }
 
     /// The counters of a function; null data: it is not known.
@@ -37,7 +38,7 @@ class counter_store {
     };
     struct function {
         identity id;
-        std::size_t begin; ///< in `counters_`
+        std::uint64_t* counters;
         std::size_t number;
     };
 
@@ -45,7 +46,7 @@ class counter_store {
     std::uint32_t entry_of(const identity& id, std::size_t number);
 
     std::vector<function> entries_;
-    std::vector<std::uint64_t> counters_;
+    row_store<std::uint64_t> counters_;
     hash_index indices_; ///< of `entries_`
     hash_index names_;   ///< an entry for each name
     std::uint32_t expected_ =

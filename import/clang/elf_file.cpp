@@ -51,14 +51,14 @@ class elf_reader {
     std::size_t sections() const { return headers_.size() / header_size_; }
     section at(std::size_t index) const { return parse(headers_, index * header_size_); }
     std::string_view name(const section& of) const;
-    void append(const section& of, std::string* to);
+    void append(const section& of, byte_buffer* to);
     std::string build_id() const;
 
   private:
     std::uint64_t word(std::string_view bytes, std::size_t offset) const;
     section parse(std::string_view bytes, std::size_t offset) const;
     void read_headers(std::string_view header);
-    void unpack(std::string_view bytes, std::string* to) const;
+    void unpack(std::string_view bytes, byte_buffer* to) const;
     std::string build_id_in(const section& note) const;
 
     const file_part& file_;
@@ -128,27 +128,27 @@ std::string_view elf_reader::name(const section& of) const {
     return rest.substr(0, rest.find('\0'));
 }
 
-void elf_reader::unpack(std::string_view bytes, std::string* to) const {
+void elf_reader::unpack(std::string_view bytes, byte_buffer* to) const {
     if (bytes.size() < layout_->packed_stream || little_endian_at<std::uint32_t>(bytes, 0) != 1)
         throw input_error("has compressed sections of an unknown kind; "
                           "decompress them with objcopy --decompress-debug-sections");
-    std::string unpacked;
+    byte_buffer unpacked;
     inflate_exactly(bytes.substr(layout_->packed_stream), word(bytes, layout_->packed_size), &unpacked);
-    *to += unpacked;
+    to->append(unpacked.view());
 }
 
-void elf_reader::append(const section& of, std::string* to) {
+void elf_reader::append(const section& of, byte_buffer* to) {
     if (of.type == kNoBytes)
         return;
     if (of.size > file_.size() - appended_) // sections that overlap could take any time and memory
         throw input_error("is a damaged ELF file: its sections do not fit into it");
     appended_ += of.size;
-    to->resize(round_up_8(to->size()));
-    const std::string_view bytes = file_.at(of.offset, of.size);
+    constexpr std::string_view zeros("\0\0\0\0\0\0\0", 7);
+    to->append(zeros.substr(0, round_up_8(to->size()) - to->size()));
     if ((of.flags & kCompressed) != 0)
-        unpack(bytes, to);
+        unpack(file_.at(of.offset, of.size), to);
     else
-        *to += bytes;
+        file_.append(of.offset, of.size, to);
 }
 
 std::string elf_reader::build_id_in(const section& note) const {
@@ -186,9 +186,10 @@ bool is_elf(std::string_view start) {
                              "ELF");
 }
 
-mapped_sections read_mapped_sections(const file_part& file) {
+void read_mapped_sections(const file_part& file, mapped_sections* result) {
     elf_reader elf(file);
-    mapped_sections result = {};
+    for (byte_buffer* const part : {&result->tables, &result->functions, &result->names})
+        part->clear();
     bool instrumented = false;
     bool mapped = false;
     for (std::size_t i = 0; i < elf.sections(); ++i) {
@@ -196,15 +197,15 @@ mapped_sections read_mapped_sections(const file_part& file) {
         const std::string_view name = elf.name(found);
         if (!name.starts_with("__llvm_")) // nearly all
             continue;
-        std::string* const part = name == "__llvm_covmap"      ? &result.tables
-                                  : name == "__llvm_covfun"    ? &result.functions
-                                  : name == "__llvm_prf_names" ? &result.names
+        byte_buffer* const part = name == "__llvm_covmap"      ? &result->tables
+                                  : name == "__llvm_covfun"    ? &result->functions
+                                  : name == "__llvm_prf_names" ? &result->names
                                                                : nullptr;
         if (!part)
             continue;
         elf.append(found, part);
         instrumented = true;
-        mapped = mapped || part == &result.tables;
+        mapped = mapped || part == &result->tables;
     }
     if (!instrumented)
         throw not_of_interest("has no coverage mapping: it was not compiled with "
@@ -212,9 +213,8 @@ mapped_sections read_mapped_sections(const file_part& file) {
     if (!mapped)
         throw not_of_interest("has no coverage mapping: it was stripped of it, or compiled without "
                               "-fcoverage-mapping; give the file as the linker wrote it");
-    result.type = elf.type();
-    result.build_id = elf.build_id();
-    return result;
+    result->type = elf.type();
+    result->build_id = elf.build_id();
 }
 
 std::string read_build_id(const file_part& file) {

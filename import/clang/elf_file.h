@@ -40,17 +40,17 @@ enum class elf_type { object, program, other };
 struct mapped_sections {
     elf_type type;
     std::string build_id;  ///< bytes; empty: has none
-    std::string tables;    ///< __llvm_covmap: the file table of each translation unit
-    std::string functions; ///< __llvm_covfun: the mapping of each function
-    std::string names;     ///< __llvm_prf_names: compressed names of functions; may be stripped
+    byte_buffer tables;    ///< __llvm_covmap: the file table of each translation unit
+    byte_buffer functions; ///< __llvm_covfun: the mapping of each function
+    byte_buffer names;     ///< __llvm_prf_names: compressed names of functions; may be stripped
 };
 
 /// Whether a file that begins with `start` is an ELF file.
 bool is_elf(std::string_view start);
 
-/// Reads the sections of `file`. Throws not_of_interest where the file has none of them or has lost its
-/// mapping, and input_error where it is damaged or of a kind that is not supported.
-mapped_sections read_mapped_sections(const file_part& file);
+/// Replaces `*result` by the sections of `file`. Throws not_of_interest where the file has none of them or
+/// has lost its mapping, and input_error where it is damaged or of a kind that is not supported.
+void read_mapped_sections(const file_part& file, mapped_sections* result);
 
 /// The build ID of `file`, empty where there is none or the file is no program.
 std::string read_build_id(const file_part& file);

@@ -3,6 +3,8 @@
 // importer.
 #pragma once
 
+#include "import/clang/byte_buffer.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -22,16 +24,19 @@ class file_bytes {
     /// The `size` bytes at `offset`; valid until the next call.
     std::string_view at(std::uint64_t offset, std::uint64_t size);
 
+    /// Appends the `size` bytes at `offset`.
+    void append(std::uint64_t offset, std::uint64_t size, byte_buffer* to);
+
   private:
-    void read(std::uint64_t offset, std::size_t size, std::string* to) const;
+    bool in_window(std::uint64_t offset, std::uint64_t size);
+    void read(std::uint64_t offset, char* to, std::size_t size) const;
 
     int descriptor_;
     std::uint64_t size_ = 0;
-    std::string
-        window_; ///< bytes from `window_offset_` on, so that small pieces do not take a system call each
+    byte_buffer window_; ///< bytes from `window_offset_` on, so that small pieces take no system call each
     std::uint64_t window_offset_ = 0;
     std::uint64_t next_window_; ///< size of the next one; of most files only the start is read
-    std::string large_;         ///< the last piece that the window could not hold
+    byte_buffer large_;         ///< the last piece that the window could not hold
 };
 
 /// A part of a file that is an object of its own: a whole program, or a member of an archive.
@@ -45,6 +50,9 @@ class file_part {
 
     /// The `size` bytes at `offset` of the part; valid until the next call on any part of the file.
     std::string_view at(std::uint64_t offset, std::uint64_t size) const;
+
+    /// Appends the `size` bytes at `offset` of the part.
+    void append(std::uint64_t offset, std::uint64_t size, byte_buffer* to) const;
 
   private:
     file_bytes* file_;

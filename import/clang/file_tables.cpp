@@ -72,11 +72,11 @@ const file_table* source_files::decode(std::string_view packed, std::uint64_t ke
     const std::uint64_t number = head.leb();
     const std::uint64_t size = head.leb();
     const std::uint64_t packed_size = head.leb();
-    std::string unpacked;
+    byte_buffer unpacked;
     std::string_view text = head.bytes(packed_size == 0 ? size : packed_size);
     if (packed_size != 0) {
         inflate_exactly(text, size, &unpacked);
-        text = unpacked;
+        text = unpacked.view();
     }
     if (number > text.size())
         throw input_error("has a damaged table of source files");

@@ -2,8 +2,20 @@
 
 #include "import/clang/byte_reader.h"
 
-/// The number of the record, which may be there already; `mapping` is what it has behind its files.
-std::uint32_t function_records::add_record(const function_record& record, std::string_view mapping) {
+/// The number of the name, which may be there already.
+std::uint32_t function_records::add_name(std::uint64_t hash) {
+    const std::uint32_t known = name_index(hash);
+    if (known != hash_index::kNone)
+        return known;
+    const std::uint32_t added = static_cast<std::uint32_t>(names_.size());
+    name_indices_.add(hash, added);
+    names_.push_back({.hash = hash, .text = {}});
+    ++nameless_;
+    return added;
+}
+
+/// The number of the record, which may be there already; only then its mapping is copied.
+std::uint32_t function_records::add_record(const function_record& record) {
     const std::uint64_t hash = mix_hash(mix_hash(record.name, record.structure), record.files);
     const std::uint32_t known = record_indices_.find(hash, [&](std::uint32_t index) {
         const function_record& other = records_[index];
@@ -15,24 +27,19 @@ std::uint32_t function_records::add_record(const function_record& record, std::s
     const std::uint32_t added = static_cast<std::uint32_t>(records_.size());
     record_indices_.add(hash, added);
     records_.push_back(record);
-    records_.back().begin = mappings_.size();
-    records_.back().size = mapping.size();
-    mappings_ += mapping;
-    if (name_index(record.name) == hash_index::kNone) {
-        name_indices_.add(record.name, static_cast<std::uint32_t>(names_.size()));
-        names_.emplace_back();
-        ++nameless_;
-    }
-    function_name& name = names_[name_index(record.name)];
+    records_.back().mapping = bytes_.keep(record.mapping);
+    records_.back().name_number = add_name(record.name);
+    function_name& name = names_[records_.back().name_number];
     name.used = name.used || !record.unused;
+    ++name.records;
     return added;
 }
 
 void function_records::place_record(std::uint32_t record, std::vector<std::uint32_t>* object) {
-    function_name& name = names_[name_index(records_[record].name)];
+    function_name& name = names_[records_[record].name_number];
     if (name.object != objects_) {
         name.object = objects_;
-        name.place = object->size();
+        name.place = static_cast<std::uint32_t>(object->size());
         object->push_back(record);
     } else if (records_[(*object)[name.place]].unused && !records_[record].unused) {
         (*object)[name.place] = record;
@@ -68,22 +75,16 @@ std::vector<std::uint32_t> function_records::add(std::string_view section, sourc
         }
         record.files = files->list_number(listed_);
         record.unused = record.structure == 0 && is_unused_function(mapping, head_);
-        place_record(add_record(record, mapping.substr(head_.end)), &object);
+        record.mapping = mapping.substr(head_.end);
+        place_record(add_record(record), &object);
     }
     return object;
 }
 
 void function_records::set_name(std::uint64_t hash, std::string_view name) {
     const std::uint32_t index = name_index(hash);
-    if (index == hash_index::kNone || names_[index].size != 0 || name.empty())
+    if (index == hash_index::kNone || !names_[index].text.empty() || name.empty())
         return;
-    names_[index].begin = texts_.size();
-    names_[index].size = name.size();
-    texts_ += name;
+    names_[index].text = bytes_.keep(name);
     --nameless_;
-}
-
-std::string_view function_records::name(std::uint64_t hash) const {
-    const function_name& of = names_[name_index(hash)];
-    return std::string_view(texts_).substr(of.begin, of.size);
 }

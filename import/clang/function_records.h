@@ -6,24 +6,24 @@
 //             table, the mapping (function_mapping.h); fields are not aligned
 #pragma once
 
+#include "import/clang/byte_buffer.h"
 #include "import/clang/file_tables.h"
 #include "import/clang/function_mapping.h"
 #include "import/clang/hash_index.h"
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
 /// A function as its program describes it.
 struct function_record {
-    std::uint64_t name;      ///< hash of it
-    std::uint64_t structure; ///< hash of the source text's structure, the same in the profile
-    std::uint32_t files;     ///< list of source_files
-    std::uint32_t input;     ///< the first program that has it, as its caller counts
-    bool unused;             ///< seen and not used by its translation unit: no counters stand for it
-    std::size_t begin;       ///< of the mapping behind its files
-    std::size_t size;
+    std::uint64_t name;        ///< hash of it
+    std::uint64_t structure;   ///< hash of the source text's structure, the same in the profile
+    std::uint32_t files;       ///< list of source_files
+    std::uint32_t input;       ///< the first program that has it, as its caller counts
+    std::uint32_t name_number; ///< for function_records only
+    bool unused;               ///< seen and not used by its translation unit: no counters stand for it
+    std::string_view mapping;  ///< what it has behind its files
 };
 
 class function_records {
@@ -35,48 +35,51 @@ class function_records {
     std::vector<std::uint32_t> add(std::string_view section, source_files* files, std::uint32_t input);
 
     const std::vector<function_record>& records() const { return records_; }
-    std::string_view mapping(const function_record& record) const {
-        return std::string_view(mappings_).substr(record.begin, record.size);
-    }
 
-    /// Whether a record that is not of an unused function has the name.
-    bool is_used(std::uint64_t name) const { return names_[name_index(name)].used; }
+    /// Whether a record of this one's name is not of an unused function.
+    bool is_used(const function_record& record) const { return name_of(record).used; }
 
-    /// Marks a name as one that some record fits its counts by, and tells whether it was marked.
-    void set_matched(std::uint64_t name) { names_[name_index(name)].matched = true; }
-    bool is_matched(std::uint64_t name) const { return names_[name_index(name)].matched; }
+    /// Whether no other record has this one's name.
+    bool is_alone(const function_record& record) const { return name_of(record).records == 1; }
+
+    /// Marks the name of a record as one that some record fits its counts by, and tells whether it was
+    /// marked.
+    void set_matched(const function_record& record) { names_[record.name_number].matched = true; }
+    bool is_matched(const function_record& record) const { return name_of(record).matched; }
 
     /// Takes `name` as that of the records with its hash; others are of no interest.
     void set_name(std::uint64_t hash, std::string_view name);
 
-    /// The name of a hash that a record has; empty as long as it is not known.
-    std::string_view name(std::uint64_t hash) const;
+    /// The name of a record; empty as long as it is not known.
+    std::string_view name(const function_record& record) const { return name_of(record).text; }
 
     /// How many names of records are not known yet.
     std::size_t nameless() const { return nameless_; }
 
   private:
     struct function_name {
-        std::size_t begin = 0; ///< in `texts_`
-        std::size_t size = 0;  ///< 0: is not known
+        std::uint64_t hash;
+        std::string_view text; ///< empty: is not known
         bool used = false;
         bool matched = false;
-        std::uint32_t object = 0; ///< the last one with a record of it, counted from 1
-        std::size_t place = 0;    ///< of the record in that object
+        std::uint32_t records = 0; ///< that have it
+        std::uint32_t object = 0;  ///< the last one with a record of it, counted from 1
+        std::uint32_t place = 0;   ///< of the record in that object
     };
 
+    const function_name& name_of(const function_record& record) const { return names_[record.name_number]; }
     std::uint32_t name_index(std::uint64_t hash) const {
-        return name_indices_.find(hash, [](std::uint32_t) { return true; });
+        return name_indices_.find(hash, [&](std::uint32_t number) { return names_[number].hash == hash; });
     }
-    std::uint32_t add_record(const function_record& record, std::string_view mapping);
+    std::uint32_t add_record(const function_record& record);
+    std::uint32_t add_name(std::uint64_t hash);
     void place_record(std::uint32_t record, std::vector<std::uint32_t>* object);
 
     std::vector<function_record> records_;
     hash_index record_indices_;
     std::vector<function_name> names_;
     hash_index name_indices_; ///< by the hashes of the names
-    std::string mappings_;    ///< one behind the other
-    std::string texts_;       ///< names, one behind the other
+    byte_store bytes_;        ///< mappings and names
     std::size_t nameless_ = 0;
     std::uint32_t objects_ = 0;
     mapping_files head_;                ///< of the record being read; kept for its memory, as is the next

@@ -15,13 +15,15 @@ class hash_index {
   public:
     static constexpr std::uint32_t kNone = 0xffffffff;
 
-    /// The number that was added with `hash` and for which `is_same` holds; kNone when there is none.
+    /// The number that was added with `hash` and for which `is_same` holds; kNone when there is none. Numbers
+    /// of other hashes may be asked for, too.
     template <typename Same> std::uint32_t find(std::uint64_t hash, Same is_same) const {
         if (slots_.empty())
             return kNone;
-        for (std::size_t at = home(hash);; at = (at + 1) & (slots_.size() - 1)) {
+        const std::uint32_t tag = tag_of(hash);
+        for (std::size_t at = home(tag);; at = (at + 1) & (slots_.size() - 1)) {
             const slot& found = slots_[at];
-            if (found.number == kNone || (found.hash == hash && is_same(found.number)))
+            if (found.number == kNone || (found.tag == tag && is_same(found.number)))
                 return found.number;
         }
     }
@@ -30,23 +32,24 @@ class hash_index {
     void add(std::uint64_t hash, std::uint32_t number) {
         if (used_ * 2 >= slots_.size())
             grow();
-        place({hash, number});
+        place({tag_of(hash), number});
         ++used_;
     }
 
   private:
     struct slot {
-        std::uint64_t hash;
+        std::uint32_t tag; ///< half of a mixed hash: small slots are quicker to get at
         std::uint32_t number;
     };
 
-    /// The hash may be anything, also numbers in a row: the place depends on all of its bits.
-    std::size_t home(std::uint64_t hash) const {
-        return static_cast<std::size_t>(mix_hash(hash, 0) >> 16) & (slots_.size() - 1);
+    /// The hash may be anything, also numbers in a row: the tag depends on all of its bits.
+    static std::uint32_t tag_of(std::uint64_t hash) {
+        return static_cast<std::uint32_t>(mix_hash(hash, 0) >> 24);
     }
+    std::size_t home(std::uint32_t tag) const { return tag & (slots_.size() - 1); }
 
     void place(const slot& added) {
-        std::size_t at = home(added.hash);
+        std::size_t at = home(added.tag);
         while (slots_[at].number != kNone)
             at = (at + 1) & (slots_.size() - 1);
         slots_[at] = added;

@@ -46,23 +46,25 @@ class stream {
 
 } // namespace
 
-void inflate_exactly(std::string_view packed, std::uint64_t size, std::string* to) {
+void inflate_exactly(std::string_view packed, std::uint64_t size, byte_buffer* to) {
     constexpr std::uint64_t largest = std::numeric_limits<uInt>::max();
     if (packed.size() > largest || size > largest || size > packed.size() * kLargestRatio + kSlack)
         throw input_error("holds compressed data of an impossible size");
     stream source(packed);
+    to->clear();
     std::size_t done = 0;
     bool ended = false;
     while (!ended) {
         const std::uint64_t room = std::max<std::uint64_t>(packed.size() * kUsualRatio, done * 2) + kSlack;
         // One byte more than there should be shows a stream that goes on.
-        to->resize(static_cast<std::size_t>(std::min(room, size + 1)));
-        const std::size_t got = source.unpack(to->data() + done, to->size() - done, &ended);
+        to->shorten(done);
+        const std::size_t free = static_cast<std::size_t>(std::min(room, size + 1)) - done;
+        const std::size_t got = source.unpack(to->extend(free), free, &ended);
         done += got;
         if (!ended && (got == 0 || done > size))
             break;
     }
     if (!ended || done != size)
         throw input_error("holds damaged compressed data");
-    to->resize(done);
+    to->shorten(done);
 }

@@ -10,13 +10,20 @@
     end_with_error("%s %s", printable(path).c_str(), error.what());
 }
 
+/// All bytes of a file, valid until the next one is read.
+std::string_view join_reader::whole(file_bytes* file) {
+    profile_.clear();
+    file->append(0, file->size(), &profile_);
+    return profile_.view();
+}
+
 void join_reader::read_profile(const std::string& path) {
     try {
         file_bytes file(path);
         if (file.size() == 0)
             print_warning("%s is empty: its process was killed or still runs", printable(path).c_str());
         else
-            join_.add_profile(file.at(0, file.size()));
+            join_.add_profile(whole(&file));
     } catch (const input_error& error) {
         refuse(path, error);
     }
@@ -26,7 +33,7 @@ void join_reader::read_names(const std::string& path) {
     try {
         file_bytes file(path);
         if (file.size() != 0)
-            join_.add_names(file.at(0, file.size()));
+            join_.add_names(whole(&file));
     } catch (const input_error& error) {
         refuse(path, error);
     }
@@ -38,11 +45,11 @@ void join_reader::read_archive(file_bytes* file, const std::string& path) {
         if (!is_elf(part.at(0, std::min<std::uint64_t>(part.size(), 4))))
             return;
         try {
-            const mapped_sections sections = read_mapped_sections(part);
+            read_mapped_sections(part, &sections_);
             if (!any)
                 join_.begin_input(path);
             any = true;
-            join_.add_object(sections);
+            join_.add_object(sections_);
         } catch (const not_of_interest&) { // members may be
             return;
         } catch (const input_error& error) {
@@ -56,9 +63,8 @@ void join_reader::read_archive(file_bytes* file, const std::string& path) {
 }
 
 void join_reader::read_object(const file_part& file, const std::string& path, bool named) {
-    mapped_sections sections;
     try {
-        sections = read_mapped_sections(file);
+        read_mapped_sections(file, &sections_);
     } catch (const not_of_interest&) {
         throw;
     } catch (const file_failure&) {
@@ -70,7 +76,7 @@ void join_reader::read_object(const file_part& file, const std::string& path, bo
         return;
     }
     join_.begin_input(path);
-    join_.add_object(sections);
+    join_.add_object(sections_);
 }
 
 void join_reader::read_program(const std::string& path, bool named) {

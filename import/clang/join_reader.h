@@ -1,6 +1,7 @@
 // Reads files into a join. What is wrong with a file ends the run with a message that names it.
 #pragma once
 
+#include "import/clang/byte_buffer.h"
 #include "import/clang/clang_join.h"
 #include "import/clang/file_bytes.h"
 
@@ -23,15 +24,24 @@ class join_reader {
     /// it is an error when no file is found at all.
     void find_programs(const std::vector<std::string>& files);
 
+    /// Frees the memory of the files; to be called when all were read.
+    void release_files() {
+        sections_ = {};
+        profile_ = {};
+    }
+
     /// Ends the run with a message when no program with coverage mapping was read.
     void check_programs() const;
 
     clang_join& join() { return join_; }
 
   private:
+    std::string_view whole(file_bytes* file);
     void read_object(const file_part& file, const std::string& path, bool named);
     void read_archive(file_bytes* file, const std::string& path);
 
     clang_join join_;
-    std::string passed_over_; ///< the first program that was found and is not instrumented, and why
+    mapped_sections sections_; ///< of the object being read; kept for their memory, as is the next
+    byte_buffer profile_;      ///< the one being read
+    std::string passed_over_;  ///< the first program that was found and is not instrumented, and why
 };

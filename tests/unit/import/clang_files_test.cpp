@@ -142,7 +142,9 @@ static std::string joined(const scratch_directory& scratch, std::string_view pro
             file_bytes file(scratch.put("p", program));
             join.begin_input("p");
             const auto add = [&](const file_part& part, const std::string&) {
-                join.add_object(read_mapped_sections(part));
+                mapped_sections sections;
+                read_mapped_sections(part, &sections);
+                join.add_object(sections);
             };
             if (is_archive(program))
                 for_each_member(&file, "p", add);
