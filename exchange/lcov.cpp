@@ -17,7 +17,8 @@
 //     end_of_record
 //
 // Newer versions refuse figures that contradict each other. So a function that was never called has no
-// record where its first line was reached in another one.
+// record where its first line was reached in another one, and a function begins on a line that holds code:
+// where its first one is that of a macro, on the next one that does, or it has no record.
 #include "common/text_buffer.h"
 #include "exchange/safe_text.h"
 #include "exchange/writer.h"
@@ -61,12 +62,14 @@ void lcov_writer::put_count(std::string_view head, std::int64_t count) {
     out_.put('\n');
 }
 
-/// The line of that number, or null when it holds no code.
-static const line_coverage* line_at(const file_coverage& file, std::uint32_t number) {
+/// The first line of a function that holds code, or null where none does.
+static const line_coverage* first_line_of(const file_coverage& file, const source_function& function) {
+    const std::uint32_t number = static_cast<std::uint32_t>(function.line);
     const auto found = std::lower_bound(
         file.lines.begin(), file.lines.end(), number,
         [](const line_coverage& line, std::uint32_t wanted) { return line.number < wanted; });
-    return found != file.lines.end() && found->number == number ? &*found : nullptr;
+    const std::uint32_t last = function.called ? std::max(function.last.line, number) : number;
+    return found != file.lines.end() && found->number <= last ? &*found : nullptr;
 }
 
 void lcov_writer::collect_functions(const file_coverage& file) {
@@ -75,15 +78,16 @@ void lcov_writer::collect_functions(const file_coverage& file) {
     for (const source_function& function : file.analysis.functions) {
         if (function.line <= 0)
             continue;
-        const std::uint32_t number = static_cast<std::uint32_t>(function.line);
-        const line_coverage* const line = line_at(file, number);
+        const line_coverage* const line = first_line_of(file, function);
+        if (!line)
+            continue;
         const bool called = function.called && (!file.analysis.differential || function.covered > 0);
-        const bool contradicts = line && line->covered() != called;
+        const bool contradicts = line->covered() != called;
         if (!called && contradicts)
             continue;
         if (names.insert(function.name).second)
             functions_.push_back(
-                {number, function.name,
+                {line->number, function.name,
                  contradicts || !called ? 0 : std::max<std::uint64_t>(function.entry_count, 1)});
     }
     std::sort(functions_.begin(), functions_.end(), [](const traced_function& a, const traced_function& b) {

@@ -119,7 +119,7 @@ coverage_totals coverage_walk::run(const std::function<void(const file_coverage&
             comp = comp->next;
     }
     if (pgt_IsIncomplete())
-        pgt_Exit(1);
+        pgt_Exit(0); // run_program makes it 1, and tells of a lack of memory, which nobody has told yet
     again_ = true;
     return std::move(totals_);
 }

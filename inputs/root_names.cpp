@@ -1,5 +1,7 @@
 #include "inputs/root_names.h"
 
+#include "common/message.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -23,7 +25,9 @@ static fs::path physical(const fs::path& path) {
 root_names::root_names(const std::string& root) {
     std::error_code error;
     const fs::path here = fs::current_path(error);
-    working_directory_ = error ? "/" : as_prefix(here);
+    if (error)
+        end_with_error("cannot find out the working directory: %s", error.message().c_str());
+    working_directory_ = as_prefix(here);
     root_ = as_prefix(fs::path(working_directory_) / root);
     physical_root_ = as_prefix(physical(root_));
     shown_root_ = root_.size() > 1 ? root_.substr(0, root_.size() - 1) : root_;

@@ -6,6 +6,7 @@
 class root_names {
   public:
     /// `root`: a directory, relative to the working directory or absolute; empty for the working directory.
+    /// Where that cannot be found out the run ends with a message and exit status 1.
     explicit root_names(const std::string& root);
 
     /// The root, absolute and in normal form, without "/" at its end unless it is the file system's.

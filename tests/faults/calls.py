@@ -8,7 +8,8 @@ import fault_run
 
 SHIM = os.path.join(fault_run.SCRATCH, "fail_allocation.so")
 # The k-th failing alone is overcome where memory is only wanted, not needed; a report must be whole then.
-ALLOCATING = ("html", "components", "markers", "reference", "exports", "check", "formats", "import", "clang", "gcov",
+ALLOCATING = ("html", "components", "markers", "reference", "exports", "check", "formats", "export", "floors",
+              "show", "findings", "import", "clang", "gcov",
               "documents", "traces", "merge")
 
 # System call and the errors it is made to fail with.
@@ -31,7 +32,8 @@ GCOV = tuple(call for call in IMPORT + CHILDREN if call[0] != "close")
 WRITING = (("write", ("ENOSPC",)),)
 CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("large", WRITING),
            ("components", REPORT), ("reference", REPORT), ("clang", IMPORT + BINARY), ("gcov", GCOV),
-           ("traces", IMPORT), ("check", READING), ("formats", IMPORT + BINARY), ("merge", IMPORT))
+           ("traces", IMPORT), ("check", READING), ("formats", IMPORT + BINARY), ("merge", IMPORT),
+           ("export", READING + BINARY), ("floors", READING), ("show", READING), ("findings", READING))
 
 
 def preloaded(box, **settings):

@@ -1,6 +1,7 @@
 """Damaged inputs: nothing that stands in a file may crash, hang or bloat a run, and a run that ends well leaves a
 whole report."""
 
+import json
 import os
 import random
 import re
@@ -12,7 +13,8 @@ PROFILES = (("narrow", "narrow/pgopti.dpi"), ("wide", "wide/pgopti.dpi"), ("html
             ("reference", "new.dpi"))
 CUT = PROFILES + (("clang", "clang19/p"), ("clang", "clang19/1.profraw"), ("clang", "clang19/2.profdata"),
                   ("archive", "library.a"), ("documents", "demo.json.gz"), ("traces", "v2.info"), ("objects", "a.gcno"),
-                  ("objects", "a.gcda"))
+                  ("objects", "a.gcda"), ("check", "change.diff"), ("floors", "old.json"), ("formats", "pgopti.dpi"),
+                  ("merge", "one.dpi"), ("show", "all.dpi"))
 # Scenario, input file, number of mutations, words that are spliced in.
 MUTATED = (
     ("narrow", "narrow/pgopti.dpi", 2000, ()),
@@ -36,6 +38,18 @@ MUTATED = (
     ("traces", "v1.info.gz", 500, ()),
     ("objects", "a.gcno", 300, ()),
     ("objects", "a.gcda", 300, ()),
+    ("check", "change.diff", 2000, (b"@@ -1,2 +3,4 @@\n", b"--- ", b"+++ ", b"diff --git ", b'"', b"\\", b"\n+", b"\n-", b"-1")),
+    ("check", "old.dpi", 500, ()),
+    ("floors", "old.json", 1500, (b"[", b"]", b"{", b"}", b'"', b",", b"-1", b"1e999", b"9223372036854775807")),
+    ("floors", "pgopti.spi", 500, (b"-1", b"99999999999", b" ", b"\n", b"_Z")),
+    ("formats", "pgopti.dpi", 1000, ()),
+    ("formats", "pgopti.spi", 500, (b"-1", b"99999999999", b" ", b"\n", b"_Z", b"&", b"\xff")),
+    ("formats", "src/shop.c", 500, (b"{", b"}", b"\n", b"/*", b"\0")),
+    ("merge", "one.dpi", 1500, ()),
+    ("merge", "one.spi", 500, (b"-1", b"99999999999", b" ", b"\n")),
+    ("show", "all.dpi", 1500, ()),
+    ("findings", "good.dpi", 500, ()),
+    ("findings", "good.spi", 500, (b"-1", b"99999999999", b" ", b"\n", b"../", b"_")),
     ("import", "flow.cpp", 500, (b"{", b"}", b"\n", b"/*", b"\0")),
 )
 
@@ -48,10 +62,38 @@ RECORD_FIELDS = {
 }
 
 
-def is_whole(box, data):
+def is_whole_text(name, text):
+    """What is missing in what a companion writes, or None."""
+    try:
+        if name.endswith(".json"):
+            json.loads(text)
+    except ValueError as error:
+        return f"{name} is no JSON: {error}"
+    endings = {".xml": b"</coverage>\n", ".info": b"end_of_record\n"}
+    ending = endings.get(os.path.splitext(name)[1])
+    return f"{name} is cut off" if text and ending and not text.endswith(ending) else None
+
+
+def is_whole_result(box, outcome):
+    """The same of a run of vexcov-check, vexcov-export or vexcov-profile."""
+    problems = [is_whole_text(name, fault_run.read(os.path.join(box.root, name)))
+                for name in fault_run.read_tree(box.root).keys() - box.inputs.keys()]
+    if box.scenario.name in ("export", "floors", "show"):
+        problems.append(is_whole_text("output.json", outcome.output))
+    elif box.scenario.name == "check" and not outcome.output.split(b"\n")[-2:][0].startswith(b"vexcov-check: "):
+        problems.append("no last line")
+    elif box.scenario.name == "merge":  # the sum can be read
+        problems.append(fault_run.run([os.path.join(fault_run.BUILD, "vexcov-profile"), "show", "kept.dpi"],
+                                      box.cwd).problem(0))
+    return next(filter(None, problems), None)
+
+
+def is_whole(box, data, outcome):
     """What is missing in the output of a run that ended well, or None. The listing of an empty source has no foot."""
     if box.scenario.tool == "vexcov-import":  # the pair can be read
         return fault_run.run([os.path.join(fault_run.BUILD, "vexcov"), "-nopmeter"], box.cwd).problem(0)
+    if box.scenario.tool != "vexcov":
+        return is_whole_result(box, outcome)
     for name in os.listdir(box.cwd):
         if name.endswith(".xml") and not fault_run.read(os.path.join(box.cwd, name)).endswith(b"</PROJECT>\n"):
             return name + " is cut off"
@@ -80,12 +122,13 @@ def try_input(job):
         outcome.peak = 0  # that of gcov, which believes its notes
 
     def judge_output(tree):
-        problem = is_whole(box, data)
+        problem = is_whole(box, data, outcome)
         again = box.run(changed=changed, environment={"MALLOC_PERTURB_": "165"})
-        same = (again.status, again.output, fault_run.read_tree(box.root)) == (0, outcome.output, tree)
+        same = (again.status, again.output, fault_run.read_tree(box.root)) == (outcome.status, outcome.output, tree)
         return problem or (None if same else "a second run, without limits, makes something else of it")
 
-    problem = box.judge(outcome, changed=changed, judge_output=judge_output)
+    problem = box.judge(outcome, changed=changed, judge_output=judge_output,
+                        found=box.scenario.tool in ("vexcov-check", "vexcov-profile"))
     if b"memory" in b"\n".join(outcome.lines()):
         problem = "runs out of memory"
     return f"{scenario}, {name}, {what}", outcome, problem

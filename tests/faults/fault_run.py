@@ -135,7 +135,13 @@ SCENARIOS = {
         Scenario("check", *case("check-diff", ".", "-diff", "change.diff", "-ref", "old.dpi", "-max-uncovered", "3"),
                  "vexcov-check"),
         Scenario("formats", *case("exchange", ".", "-cobertura", "c.xml", "-split", "2K", "-lcov", "trace.info", "-json",
-                                  "figures.json", "-github", "annotations", "-diff", "change.diff"), "vexcov-export"),
+                                  "figures.json", "-github", "annotations", "-diff", "change.diff", "-sonar", "s.xml",
+                               "-markdown", "summary.md", "-text", "table"), "vexcov-export"),
+        Scenario("export", *case("exchange", ".", "json", "-nopartial"), "vexcov-export"),
+        Scenario("floors", *case("check-floors", ".", "-baseline", "old.json", "-tolerance", "29", "-min-file",
+                                 "blocks=0", "-format", "json"), "vexcov-check"),
+        Scenario("show", *case("profile-show", ".", "show", "-json", "all.dpi"), "vexcov-profile"),
+        Scenario("findings", *case("profile-check", ".", "check", "good.dpi"), "vexcov-profile"),
         Scenario("import", *case("import-recorded", ".", "clang", "-root", ".", "flow.json"), "vexcov-import"),
         Scenario("clang", chosen("import-clang-versions", "m.c", "h.h", "clang19/p", "clang19/1.profraw",
                                  "clang19/2.profdata"), ".",
@@ -194,6 +200,7 @@ class Sandbox:
             write(path, data)
             if data.startswith(b"#!"):
                 os.chmod(path, 0o755)
+            os.utime(path, (1700000000, 1700000000))  # no source is newer than its profile
 
     def prepare(self):
         """Makes the undisturbed run."""
@@ -212,21 +219,23 @@ class Sandbox:
         self.reset(changed)
         return run(command or self.command(), self.cwd, **how)
 
-    def judge(self, outcome, status=None, silent=False, any_output=False, debris=False, changed=(), judge_output=None):
-        """What is wrong with a run in this sandbox, or None. `status`: the only one that is right; `silent`: its
+    def judge(self, outcome, status=None, silent=False, any_output=False, debris=False, changed=(), judge_output=None,
+              found=False):
+        """What is wrong with a run in this sandbox, or None. `status`: the only one that is right; `found`: status 2, a
+        finding or a floor that is not held, is an answer like 0; `silent`: its
         messages could not be seen; `any_output`: nor could standard output; `debris`: it could not clear temporary
         files away; `changed`: inputs that were others; `judge_output`: judges what a good run has written."""
-        if outcome.problem(status):
+        if not (found and outcome.status == 2) and outcome.problem(status):
             return outcome.problem(status)
         tree = {name: data for name, data in read_tree(self.root).items() if not (debris and ".tmp" in name)}
-        found = {**self.digests, **{name: digest(data) for name, data in dict(changed).items()}}
-        lost = [name for name, data in found.items() if tree.get(name) != data]
+        before = {**self.digests, **{name: digest(data) for name, data in dict(changed).items()}}
+        lost = [name for name, data in before.items() if tree.get(name) != data]
         if outcome.status == 1 and not (silent or set(outcome.lines()) - self.usual_lines):
             return "status 1 without a message"
         if self.scenario.tool == "vexcov" and lost:
             return "changed the input " + lost[0]
         if outcome.status == 1:  # importer and merge leave the pair as it was or as it should be, and nothing beside it
-            whole = self.scenario.tool == "vexcov" or debris or tree in (found, self.expected)
+            whole = self.scenario.tool == "vexcov" or debris or tree in (before, self.expected)
             return None if whole else "the pair of profiles is half-written"
         if judge_output:
             return judge_output(tree)
