@@ -41,6 +41,10 @@ int open_pipe(int ends[2]) {
     return pipe2(ends, O_CLOEXEC);
 }
 
+void enlarge_pipe(int end, int size) {
+    fcntl(end, F_SETPIPE_SZ, size);
+}
+
 unsigned usable_processors() {
     cpu_set_t usable;
     if (sched_getaffinity(0, sizeof usable, &usable) != 0)
@@ -116,6 +120,8 @@ int open_pipe(int ends[2]) {
     fcntl(ends[1], F_SETFD, FD_CLOEXEC);
     return 0;
 }
+
+void enlarge_pipe(int, int) {}
 
 unsigned usable_processors() {
     const long number = sysconf(_SC_NPROCESSORS_ONLN);

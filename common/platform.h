@@ -15,6 +15,9 @@ std::int64_t modification_time(const struct stat& status);
 /// As pipe, with ends that are closed in programs that are started later.
 int open_pipe(int ends[2]);
 
+/// Has a pipe hold `size` bytes, where the system can and gives that many.
+void enlarge_pipe(int end, int size);
+
 /// The number of processors that this process may use, at least 1.
 unsigned usable_processors();
 

@@ -12,8 +12,8 @@ struct child_end {
     int status = 0; ///< exit status, when there was no signal
 };
 
-/// One running program. Its standard input is empty, what it writes to standard error is thrown away, and its
-/// messages are in English.
+/// One running program. Its standard input is empty, what it writes to standard error is thrown away, its
+/// messages are in English, and its memory comes in large pieces.
 class child_process {
   public:
     child_process() = default;

@@ -21,10 +21,12 @@ struct gcov_troubles {
     std::vector<std::string> damaged;    ///< counter files: their objects count as never run
 };
 
-/// Runs gcov once for each object, at most `jobs` at a time, and hands out each document when it is complete,
-/// in no particular order. With a `prefix`, gcov leaves out source files with absolute names outside of this
-/// directory, such as system headers, which are most of what it has to do for C++. Ends the run with a
-/// message when gcov cannot be started. A gcov that is silent for longer than `patience` is ended.
+/// Runs gcov on the objects, at most `jobs` at a time, and hands out their documents in no particular order.
+/// A run is given several objects, since it takes a while to start; as its exit status does not tell which of
+/// them was at fault, they are read again one by one when it is not 0. With a `prefix`, gcov leaves out
+/// source files with absolute names outside of this directory, such as system headers, which are most of what
+/// it has to do for C++. Ends the run with a message when gcov cannot be started. A gcov that is silent for
+/// longer than `patience` is ended.
 gcov_troubles run_gcov(const std::vector<gcc_object>& objects, gcov_programs* programs, unsigned jobs,
                        const std::string& prefix,
                        const std::function<void(const gcov_document&)>& on_document,

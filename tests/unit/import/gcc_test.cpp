@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 #include <string>
 
 using namespace std::string_literals;
@@ -108,4 +109,43 @@ TEST(GccObjects, AGcovThatHangsIsEnded) {
     const gcov_troubles troubles = run_gcov(objects, &programs, 2, "", nothing, std::chrono::seconds(0));
     EXPECT_EQ(troubles.unreadable, (std::vector<std::string>{"/x/a.gcno: gcov did not come to an end",
                                                              "/x/b.gcno: gcov did not come to an end"}));
+}
+
+/// A gcov that is given several objects ends with the status of one of them, or in the middle.
+TEST(GccObjects, OneAtFaultAmongSeveral) {
+    const scratch_directory scratch;
+    const std::string gcov = scratch.put("gcov", R"(#!/bin/sh
+status=0
+for object; do
+    case $object in
+    *damaged.gcda) status=2 ;;
+    *foreign.gcno) kill -9 $$ ;;
+    esac
+    case $object in
+    *.gc*) echo '{"format_version":"1","files":[{"file":"'$object'","functions":[],"lines":[]}]}' ;;
+    esac
+done
+exit $status
+)");
+    std::filesystem::permissions(gcov, std::filesystem::perms::owner_all);
+    for (const unsigned jobs : {1U, 3U}) {
+        gcov_programs programs(gcov);
+        std::vector<gcc_object> objects;
+        std::multiset<std::string> expected;
+        for (int i = 0; i < 40; ++i) {
+            const std::string name = "/x/" + (i == 5 ? "foreign" : i == 20 ? "damaged" : std::to_string(i));
+            objects.push_back({name + ".gcno", i == 20 ? name + ".gcda" : "", {12, 2}});
+            if (i != 5)
+                expected.insert(i == 20 ? name + ".gcda" : name + ".gcno");
+        }
+        std::multiset<std::string> files;
+        const gcov_troubles troubles =
+            run_gcov(objects, &programs, jobs, "", [&](const gcov_document& document) {
+                files.emplace(document.view(document.files.at(0).name));
+            });
+        EXPECT_EQ(files, expected);
+        EXPECT_EQ(troubles.damaged, std::vector<std::string>{"/x/damaged.gcda"});
+        EXPECT_EQ(troubles.unreadable,
+                  std::vector<std::string>{"/x/foreign.gcno: gcov was ended by signal 9"});
+    }
 }
