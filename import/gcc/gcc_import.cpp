@@ -73,15 +73,19 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             number(made.misplaced));
 }
 
-/// Takes note of the sources that gcov is told to pass over. Most objects name the same ones.
-static void note_left_out(const std::vector<gcc_object>& objects, source_selection* sources) {
+/// Takes note of the sources that gcov is told to pass over, those not below `prefix`. Most objects name the
+/// same ones. False when some of them are wanted: links lead to them.
+static bool note_left_out(const std::vector<gcc_object>& objects, const std::string& prefix,
+                          source_selection* sources) {
     std::unordered_set<std::string> seen;
+    bool all_unwanted = true;
     for (const gcc_object& object : objects) {
         find_sources(object.notes, [&](std::string_view source) {
-            if (seen.emplace(source).second)
-                sources->name_of("", source);
+            if (seen.emplace(source).second && sources->name_of("", source))
+                all_unwanted = all_unwanted && source.starts_with(prefix + "/");
         });
     }
+    return all_unwanted;
 }
 
 /// Reads every input into the store. False when some object could not be read, which has been said.
@@ -104,9 +108,9 @@ static bool read_inputs(const import_options& options, source_selection* sources
     const object_list list = search.pair();
     gcov_programs programs(options.gcov);
     const unsigned jobs = options.jobs == 0 ? default_jobs() : options.jobs;
-    const std::string prefix = sources->prefix();
-    if (!prefix.empty())
-        note_left_out(list.objects, sources);
+    std::string prefix = sources->prefix();
+    if (!prefix.empty() && !note_left_out(list.objects, prefix, sources))
+        prefix.clear();
     return warn_of_objects(list, run_gcov(list.objects, &programs, jobs, prefix, add));
 }
 
