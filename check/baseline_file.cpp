@@ -73,7 +73,7 @@ class baseline_handler {
 
 bool baseline_handler::begin(bool is_array) {
     if (levels_.empty() && is_array) {
-        fault = " is no JSON of vexcov-export";
+        fault = " is no JSON of vexcov-export (made with: vexcov-export json)";
         return false;
     }
     // What the functions hold is most of the file.
@@ -174,8 +174,10 @@ bool baseline_handler::on_bool(bool value, json::error_code&) {
 static std::string fault_of(const baseline_handler& handler) {
     constexpr int kFigures = 6; // two of each metric
     if (handler.format != 1)
-        return " is no JSON of vexcov-export, format 1";
-    return handler.totals_seen == kFigures ? "" : " does not hold the totals of blocks, lines and functions";
+        return " is no JSON of vexcov-export, format 1 (made with: vexcov-export json)";
+    return handler.totals_seen == kFigures
+               ? ""
+               : " does not hold the totals of blocks, lines and functions; make it again";
 }
 
 baseline read_baseline(const std::string& name) {

@@ -113,10 +113,11 @@ namespace {
 /// Makes the routines of one source file.
 class file_builder {
   public:
-    file_builder(record_store* store, const source_names& names, std::uint32_t file,
+    /// `file`: the last one of the profile.
+    file_builder(record_store* store, const source_names& names, const std::string& file,
                  const std::vector<std::uint32_t>& indices, profile_data* profile)
-        : store_(*store), file_(file), indices_(indices), profile_(*profile),
-          source_(names.path_of(store->files()[file])), extents_(find_nested(*store, indices, source_)) {}
+        : store_(*store), indices_(indices), profile_(*profile), source_(names.path_of(file)),
+          extents_(find_nested(*store, indices, source_)) {}
 
     void build();
 
@@ -134,7 +135,6 @@ class file_builder {
     std::size_t extent_index(const source_extent& extent) const;
 
     record_store& store_;
-    std::uint32_t file_;
     const std::vector<std::uint32_t>& indices_;
     profile_data& profile_;
     source_text source_;
@@ -179,7 +179,7 @@ void file_builder::add_routine(const std::string& name, candidate function) {
     const std::size_t index = extent_index(function.extent);
     const std::optional<source_position>& mark = extents_.marks[index];
     PGOPTI_ROUTINE routine = {};
-    routine.file = file_;
+    routine.file = static_cast<std::uint32_t>(profile_.profile.files.size() - 1);
     routine.name = name;
     routine.line = mark ? mark->line : extents_.starts[index].line;
     routine.block_count = static_cast<std::uint32_t>(function.blocks.size());
@@ -205,12 +205,13 @@ void file_builder::build() {
 profile_data build_profile(record_store* store, const source_names& names) {
     profile_data data;
     PGOPTI_PROFILE& profile = data.profile;
-    profile.files = store->files();
     const std::vector<std::vector<std::uint32_t>> by_file = functions_by_file(store);
     bool apostrophe = false;
-    for (const std::uint32_t file : file_order(profile.files)) {
-        file_builder(store, names, file, by_file[file], &data).build();
-        apostrophe = apostrophe || profile.files[file].find('\'') != std::string::npos;
+    for (const std::uint32_t file : file_order(store->files())) {
+        const std::string& name = store->files()[file];
+        profile.files.push_back(name);
+        file_builder(store, names, name, by_file[file], &data).build();
+        apostrophe = apostrophe || name.find('\'') != std::string::npos;
     }
     if (apostrophe) // in a file name; it can make the keys of two files interleave
         sort_records(&profile);

@@ -39,6 +39,17 @@ source_names::source_names(const std::string& root, bool all) : all_(all) {
     physical_root_ = as_prefix(physical_path(root_));
 }
 
+/// Where a folder lies below the root, whatever links lead to it; files of one folder are many.
+const std::string& source_names::place_below_root(const std::string& folder) const {
+    const auto [entry, added] = places_.try_emplace(folder, "/");
+    if (added) {
+        const std::string physical = as_prefix(physical_path(folder));
+        if (physical.starts_with(physical_root_))
+            entry->second = physical.substr(physical_root_.size());
+    }
+    return entry->second;
+}
+
 std::string source_names::name_in_profile(const std::string& path) const {
     if (root_.empty() || path.empty() || path.front() != '/')
         return path;
@@ -47,7 +58,11 @@ std::string source_names::name_in_profile(const std::string& path) const {
         if (normal.size() > prefix->size() && normal.starts_with(*prefix))
             return normal.substr(prefix->size());
     }
-    return path;
+    const std::size_t name = normal.rfind('/') + 1;
+    if (name == normal.size())
+        return path;
+    const std::string& folder = place_below_root(normal.substr(0, name));
+    return folder == "/" ? path : folder + normal.substr(name);
 }
 
 bool source_names::is_wanted(std::string_view name) const {

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 /// `path` from the root of the file system on. Ends the run with a message when the working directory cannot
 /// be told: a name taken for another would leave sources out.
@@ -21,7 +22,8 @@ class source_names {
     /// With a root, sources elsewhere, such as the headers of the system, are left out unless `all` is set.
     explicit source_names(const std::string& root, bool all = false);
 
-    /// The name of source file `path` in the profile: relative to the root when it lies below, else `path`.
+    /// The name of source file `path` in the profile: relative to the root when it lies below, by its name
+    /// or, where that leads through symbolic links, in truth; else `path`.
     std::string name_in_profile(const std::string& path) const;
 
     /// Whether the source file `name` of a profile belongs into it. Of relative names that were given as such
@@ -32,9 +34,13 @@ class source_names {
     std::string path_of(const std::string& name) const;
 
   private:
+    const std::string& place_below_root(const std::string& folder) const;
+
     std::string root_;          ///< absolute, normal form, ends in "/"; empty for none
     std::string physical_root_; ///< the same without symbolic links
     bool all_;
+    mutable std::unordered_map<std::string, std::string>
+        places_; ///< of folders with another name: below the root, ending in "/"; "/" for others
 };
 
 /// The function's own name: "file.c:name" and "path;name" lose everything up to the separator.

@@ -1,6 +1,7 @@
 #include "inputs/coverage_walk.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/source_file.h"
 #include "coverage/files_of_interest.h"
 #include "driver/run_config.h"
@@ -10,7 +11,6 @@
 #include "profile/dpi_file.h"
 #include "profile/line_order.h"
 
-#include <cstdio>
 #include <new>
 #include <string_view>
 
@@ -48,7 +48,8 @@ bool coverage_walk::analyse(COMP* first, source_analysis* analysis) {
     std::string_view text;
     if (!load_source(first->fileName, &text)) {
         if (!again_)
-            std::fprintf(stderr, "Warning - File %s not found!\n", first->fileName);
+            print_warning("there is no source file %s (run it where relative names lead to it)",
+                          printable(first->fileName).c_str());
         return false;
     }
     const std::vector<std::int32_t> lines = chained_lines();

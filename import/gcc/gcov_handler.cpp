@@ -253,8 +253,14 @@ bool gcov_handler::on_string(json::string_view part, std::size_t total, json::er
     return true;
 }
 
+/// GCC puts an asterisk in front of a name that the source gives to the assembler.
+static text_stretch without_asterisk(text_stretch name, std::string_view text) {
+    const bool has_one = name.size > 1 && text[name.begin] == '*';
+    return has_one ? text_stretch{name.begin + 1, name.size - 1} : name;
+}
+
 void gcov_handler::string_done() {
-    const text_stretch text = {string_begin_, document_.text.size() - string_begin_};
+    text_stretch text = {string_begin_, document_.text.size() - string_begin_};
     seen(key_);
     switch (key_) {
     case gcov_key::directory:
@@ -268,14 +274,15 @@ void gcov_handler::string_done() {
         name_seen_ = true;
         break;
     case gcov_key::name:
-        function().name = text;
+        function().name = without_asterisk(text, document_.text);
         break;
     case gcov_key::demangled:
-        function().demangled = text;
+        function().demangled = without_asterisk(text, document_.text);
         break;
     default:
+        text = without_asterisk(text, document_.text);
         if (document_.view(last_name_) == document_.view(text))
-            document_.text.resize(text.begin);
+            document_.text.resize(string_begin_);
         else
             last_name_ = text;
         line().function = last_name_;

@@ -81,7 +81,8 @@ bool job_list::start(job* free) {
     if (error != 0) {
         links_.release(free->number);
         if (running_ == 0 || (error != EAGAIN && error != EMFILE && error != ENFILE && error != ENOMEM))
-            end_with_error("cannot run %s: %s", printable(program).c_str(), std::strerror(error));
+            end_with_error("cannot run %s: %s; -gcov names another", printable(program).c_str(),
+                           std::strerror(error));
         return false;
     }
     free->object = &object;

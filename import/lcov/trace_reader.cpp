@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 constexpr std::size_t kLongestLine = std::size_t{1} << 24;
@@ -76,6 +77,7 @@ void trace_reader::begin_section(std::string_view path) {
         fail("the name of the source file is missing");
     section_.file = path;
     section_.lines.clear();
+    section_.branches.clear();
     section_.functions.clear();
     names_.clear();
     places_.clear();
@@ -122,19 +124,18 @@ void trace_reader::take_count(std::string_view rest) {
         section_.lines.push_back(line);
 }
 
-/// Exception paths that were not taken make no line partly covered.
 void trace_reader::take_branch(std::string_view rest) {
-    trace_line line;
-    line.line = line_number(next_field(&rest));
-    const bool exception = next_field(&rest).starts_with('e');
+    trace_branch branch;
+    branch.line = line_number(next_field(&rest));
+    branch.exception = rest.starts_with('e');
     const std::size_t comma = rest.rfind(','); // what a branch is called may hold commas itself
-    if (comma == std::string_view::npos)
+    if (comma == std::string_view::npos || comma == rest.find(','))
         fail("the record BRDA has too few fields");
     const std::string_view taken = rest.substr(comma + 1);
-    line.taken = taken != "-" && count(taken) != 0;
-    line.passed = !line.taken && !exception;
-    if (line.line != 0)
-        section_.lines.push_back(line);
+    branch.taken = taken != "-" && count(taken) != 0;
+    branch.id = std::hash<std::string_view>()(rest.substr(0, comma)); // of the block and the branch
+    if (branch.line != 0)
+        section_.branches.push_back(branch);
 }
 
 /// Counts come by name. Functions of one name get theirs in turn; when there are fewer, the last is for all

@@ -16,6 +16,14 @@ struct trace_line {
     std::uint64_t count = 0;
 };
 
+/// A branch on a line. Several tests, or traces, tell of the same ones.
+struct trace_branch {
+    std::uint32_t line = 0;
+    bool taken = false;
+    bool exception = false; ///< only an exception takes it
+    std::uint64_t id = 0;   ///< hash of what it is called on its line
+};
+
 struct trace_function {
     std::uint32_t line = 0; ///< on which it begins, from 1 on
     std::uint32_t end = 0;  ///< its last line; 0: not told
@@ -25,7 +33,8 @@ struct trace_function {
 };
 
 struct trace_section {
-    std::string file; ///< source file
-    std::vector<trace_line> lines;
+    std::string file;              ///< source file
+    std::vector<trace_line> lines; ///< without what their branches say
+    std::vector<trace_branch> branches;
     std::vector<trace_function> functions;
 };

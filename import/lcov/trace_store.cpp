@@ -23,6 +23,19 @@ static void add_up(trace_line* line, const trace_line& other) {
     line->count = add_counts(line->count, other.count);
 }
 
+static bool same_place(const trace_branch& a, const trace_branch& b) {
+    return a.line == b.line && a.id == b.id;
+}
+
+static bool before(const trace_branch& a, const trace_branch& b) {
+    return std::tie(a.line, a.id) < std::tie(b.line, b.id);
+}
+
+static void add_up(trace_branch* branch, const trace_branch& other) {
+    branch->taken = branch->taken || other.taken;
+    branch->exception = branch->exception && other.exception;
+}
+
 static bool same_place(const trace_function& a, const trace_function& b) {
     return a.line == b.line && a.name == b.name;
 }
@@ -43,6 +56,7 @@ void trace_store::add(const trace_section& section) {
         return left_out_.add(name);
     traced_file& file = files_[name];
     collect_in_order(&file.lines, &file.new_lines, section.lines.begin(), section.lines.end());
+    collect_in_order(&file.branches, &file.new_branches, section.branches.begin(), section.branches.end());
     arriving_ = section.functions;
     if (!instances_) {
         for (trace_function& function : arriving_) {
@@ -51,6 +65,15 @@ void trace_store::add(const trace_section& section) {
         }
     }
     collect_in_order(&file.functions, &file.new_functions, arriving_.begin(), arriving_.end());
+}
+
+/// Tells the lines what became of their branches. Exception paths that were not taken make no line partly
+/// covered.
+static void add_branches(traced_file* file) {
+    merge_in_order(&file->branches, &file->new_branches);
+    for (const trace_branch& branch : file->branches)
+        file->new_lines.push_back({branch.line, false, branch.taken, !branch.taken && !branch.exception, 0});
+    file->branches = {};
 }
 
 static void tell_templates_apart(std::vector<trace_function>* functions) {
@@ -64,6 +87,7 @@ static void tell_templates_apart(std::vector<trace_function>* functions) {
 
 std::map<std::string, traced_file>& trace_store::files() {
     for (auto& [name, file] : files_) {
+        add_branches(&file);
         merge_in_order(&file.lines, &file.new_lines);
         merge_in_order(&file.functions, &file.new_functions);
         tell_templates_apart(&file.functions);

@@ -12,10 +12,12 @@
 
 struct traced_file {
     std::vector<trace_line> lines;         ///< ascending, each once
+    std::vector<trace_branch> branches;    ///< ascending by line and name, each once; none in files()
     std::vector<trace_function> functions; ///< ascending by line and name, each once
 
     // What was added since, in any order; at most about as much as is above.
     std::vector<trace_line> new_lines;
+    std::vector<trace_branch> new_branches;
     std::vector<trace_function> new_functions;
 };
 
