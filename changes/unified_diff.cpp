@@ -338,7 +338,7 @@ bool unified_diff_reader::state::finish() {
         return false;
     if (!files.empty() || !any_text_)
         return true;
-    fault = " is no unified diff";
+    fault = " is no unified diff (made with: git diff, diff -u)";
     return false;
 }
 

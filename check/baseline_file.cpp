@@ -73,7 +73,7 @@ class baseline_handler {
 
 bool baseline_handler::begin(bool is_array) {
     if (levels_.empty() && is_array) {
-        fault = " is no JSON of vexcov-export";
+        fault = " is no JSON of vexcov-export (made with: vexcov-export json)";
         return false;
     }
     // What the functions hold is most of the file.
@@ -202,9 +202,9 @@ static std::string fault_of_figures(const baseline& before) {
 static std::string fault_of(const baseline_handler& handler) {
     constexpr int kFigures = 6; // two of each metric
     if (handler.format != 1)
-        return " is no JSON of vexcov-export, format 1";
+        return " is no JSON of vexcov-export, format 1 (made with: vexcov-export json)";
     if (handler.totals_seen != kFigures)
-        return " does not hold the totals of blocks, lines and functions";
+        return " does not hold the totals of blocks, lines and functions; make it again";
     return fault_of_figures(handler.result);
 }
 

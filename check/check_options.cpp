@@ -39,10 +39,16 @@ static void print_usage() {
     std::fputs("   -help\n"
                "        Prints this text.\n"
                "   -version\n"
-               "        Prints the version.\n", stdout);
+               "        Prints the version, and what is read and written.\n", stdout);
 }
 
 // clang-format on
+
+static void print_formats() {
+    std::fputs("reads: profiles of 32 and 64 bits, JSON of vexcov-export (format 1), unified diffs\n",
+               stdout);
+    std::fputs("writes: text, Markdown, annotations of GitHub, JSON of format 1\n", stdout);
+}
 
 static void add_floor(check_options* options, const char* option, const char* value, bool each_file) {
     std::optional<coverage_floor> floor = read_floor(value);
@@ -134,6 +140,7 @@ static void check_agreement(const check_options& options) {
 }
 
 void read_check_options(int argc, char** argv, check_options* options) {
-    read_coverage_arguments({"vexcov-check", print_usage}, own_rows, argc, argv, options, refuse_name);
+    read_coverage_arguments({"vexcov-check", print_usage, print_formats}, own_rows, argc, argv, options,
+                            refuse_name);
     check_agreement(*options);
 }

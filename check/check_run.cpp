@@ -23,7 +23,8 @@ static std::vector<checked_file> read_files(const check_options& options,
     });
     *missing = totals.missing.size();
     if (files.empty())
-        end_with_error("%s and %s hold no source file of interest that is there",
+        end_with_error("%s and %s hold no source file of interest that is there; run it where relative names "
+                       "lead to them",
                        printable(options.spi_file).c_str(), printable(options.dpi_file).c_str());
     return files;
 }
@@ -35,7 +36,8 @@ static void check_patterns(const check_options& options, const std::vector<check
             return is_about(floor, file.name);
         });
         if (!fits)
-            end_with_error("no source file fits the pattern %s", printable(floor.pattern).c_str());
+            end_with_error("no source file fits the pattern %s; names are relative to -root",
+                           printable(floor.pattern).c_str());
     }
 }
 
@@ -54,8 +56,8 @@ static std::vector<checked_file> changed_files(const changed_coverage& changed) 
 static baseline_result check_baseline(const check_options& options, const baseline& before,
                                       const std::vector<checked_file>& files) {
     if (before.differential != options.with_reference)
-        end_with_error("%s was made %s -ref, unlike these figures", printable(*options.baseline).c_str(),
-                       before.differential ? "with" : "without");
+        end_with_error("%s was made %s -ref, unlike these figures; make it like them",
+                       printable(*options.baseline).c_str(), before.differential ? "with" : "without");
     return compare_with(before, files, *options.baseline, options.tolerance.value_or(percentage()));
 }
 

@@ -1,6 +1,7 @@
 #include "common/checked_alloc.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,8 +13,7 @@
 static void* check_allocated(void* memory, std::size_t size, const char* what) {
     if (memory)
         return memory;
-    std::fprintf(stderr, "ERROR: unable to allocate %d bytes of memory for %s\n", static_cast<int>(size),
-                 what);
+    print_error("unable to allocate %d bytes of memory for %s", static_cast<int>(size), what);
     pgt_Exit(1);
 }
 

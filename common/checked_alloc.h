@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-/// Allocates `size` bytes (at least one). On failure writes "ERROR: unable to allocate %d bytes of memory for
+/// Allocates `size` bytes (at least one). On failure writes "unable to allocate %d bytes of memory for
 /// %s" with `what` to standard error and exits with status 1. The caller owns the result; release with
 /// free().
 void* pmalloc(std::size_t size, const char* what);

@@ -7,6 +7,11 @@
 #include <cstdio>
 #include <string_view>
 
+static void print_version(const companion& program) {
+    std::printf("%s %s\n", program.name, program_version());
+    program.print_formats();
+}
+
 bool take_common_option(const companion& program, const char* argument) {
     std::string_view option = argument;
     if (option.starts_with("--"))
@@ -14,7 +19,7 @@ bool take_common_option(const companion& program, const char* argument) {
     if (option == "-help")
         program.print_usage();
     else if (option == "-version")
-        std::printf("%s %s\n", program.name, program_version());
+        print_version(program);
     else
         return false;
     pgt_Exit(0);
@@ -26,8 +31,5 @@ void refuse_option(const companion& program, const char* argument) {
 }
 
 void refuse_missing_value(const char* option, const char* missing) {
-    if (!std::string_view(missing).starts_with("ERROR:"))
-        end_with_error("option %s needs %s", option, missing);
-    std::fprintf(stderr, "%s\n", missing);
-    pgt_Exit(1);
+    end_with_error("option %s needs %s", option, missing);
 }

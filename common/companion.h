@@ -9,8 +9,9 @@
 
 /// A program.
 struct companion {
-    const char* name;      ///< "vexcov-export"
-    void (*print_usage)(); ///< to standard output
+    const char* name;        ///< "vexcov-export"
+    void (*print_usage)();   ///< to standard output
+    void (*print_formats)(); ///< the lines of -version behind the first: what is read and written
 };
 
 /// "-help" and "-version" print to standard output and end the run with status 0; for any other argument

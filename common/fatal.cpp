@@ -1,5 +1,6 @@
 #include "common/fatal.h"
 
+#include "common/message.h"
 #include "common/output_file.h"
 
 #include <csignal>
@@ -33,16 +34,16 @@ void pgt_Exit(int status) {
 static int close_run(int status) {
     bool complete = close_open_outputs() && !incomplete;
     if (status == 0 && out_of_memory) {
-        std::fputs("ERROR: out of memory, the output is not complete\n", stderr);
+        print_error("out of memory, the output is not complete");
         complete = false;
     }
     const bool shown = std::ferror(stdout) == 0;
     if (std::fclose(stdout) != 0 || !shown) { // some file systems tell only then that there was no room
-        std::fputs("ERROR: cannot write standard output\n", stderr);
+        print_error("cannot write standard output");
         complete = false;
     }
     if (std::fflush(stderr) != 0 || std::ferror(stderr)) {
-        std::fputs("ERROR: cannot write standard error\n", stderr);
+        print_error("cannot write standard error");
         complete = false;
     }
     return complete ? status : 1;
@@ -56,7 +57,7 @@ template <typename Body> static int status_of(const Body& body) {
     } catch (const run_end& end) {
         return end.status;
     } catch (const std::bad_alloc&) { // infeasible: begin
-        std::fputs("ERROR: out of memory\n", stderr);
+        print_error("out of memory");
         return 1;
         // infeasible: end
     }
@@ -81,7 +82,7 @@ int run_program(const std::function<void()>& body) {
     } catch (...) {
         std::abort();
     }
-    std::fputs("ERROR: out of memory\n", stderr);
+    print_error("out of memory");
     std::exit(close_run(1));
 }
 
@@ -99,7 +100,7 @@ void secure_process(closed_output output) {
         // The lowest free descriptor is taken, which is this one: those below it are open by now.
         if (open("/dev/null", fails ? O_RDONLY : O_RDWR) == -1) {
             // infeasible: begin
-            std::fputs("ERROR: cannot open /dev/null\n", stderr);
+            print_error("cannot open /dev/null");
             std::_Exit(1);
             // infeasible: end
         }

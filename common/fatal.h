@@ -18,7 +18,7 @@ struct run_end {
 
 /// Runs `body`, closes every stream of output_file.h that is still open, flushes the standard streams and
 /// returns the exit status: 0 when the body came back, that of pgt_Exit when it did not, and 1 after a
-/// message when memory ran out. Where an output could not be written in full, "ERROR: cannot write %s" goes
+/// message when memory ran out. Where an output could not be written in full, "cannot write %s" goes
 /// to standard error and the status is 1 whatever was asked for. For main, once.
 int run_program(void (*body)(int argc, char** argv), int argc, char** argv);
 

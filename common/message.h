@@ -1,20 +1,32 @@
-// Messages of the programs beside vexcov: all on standard error, one line each unless the text itself holds
-// newlines.
+// Messages of the programs: all on standard error, one line each unless the text itself holds newlines.
 #pragma once
 
 #include "common/printable.h"
 
 #include <cstdarg>
 
-/// Writes "ERROR: ", the text and a newline, and ends the run with exit status 1.
+enum class message_kind { error, warning, note };
+
+/// Lets every message begin with the program's name, borrowed, and its kind: "vexcov-check: error: ". The
+/// programs beside vexcov call it first. Without it a message begins with "ERROR: ", "WARNING: " or "NOTE: ".
+/// Deliberate: so it is in vexcov, whose messages scripts have been matching.
+void name_messages(const char* program);
+
+/// Whether name_messages was called.
+bool messages_are_named();
+
+/// Writes an error and ends the run with exit status 1.
 [[noreturn]] void end_with_error(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Writes "WARNING: ", the text and a newline; the run goes on.
+/// Writes an error; what becomes of the run is up to the caller.
+void print_error(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// Writes a warning; the run goes on.
 void print_warning(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Writes "NOTE: ", the text and a newline: nothing is wrong.
+/// Writes a note: nothing is wrong.
 void print_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Writes `kind`, the text and a newline.
-void print_message(const char* kind, const char* format, std::va_list arguments)
+/// Writes how a message of the kind begins, the text and a newline, without asking for memory.
+void print_message(message_kind kind, const char* format, std::va_list arguments)
     __attribute__((format(printf, 2, 0)));

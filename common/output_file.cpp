@@ -1,6 +1,7 @@
 #include "common/output_file.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 
 #include <memory>
 #include <string>
@@ -52,7 +53,7 @@ static bool close_file(const open_file& file) {
     const bool closed = std::fclose(file.stream) == 0;
     if (written && closed)
         return true;
-    std::fprintf(stderr, "ERROR: cannot write %s\n", file.path.c_str());
+    print_error("cannot write %s", file.path.c_str());
     return false;
 }
 

@@ -11,7 +11,7 @@
 std::FILE* open_output(const char* path, const char* mode);
 
 /// Closes a stream of open_output. When anything written to it was lost (disk full, closed pipe), prints
-/// "ERROR: cannot write %s" with its path to standard error and ends the run with exit status 1.
+/// "cannot write %s" with its path to standard error and ends the run with exit status 1.
 void close_output(std::FILE* stream);
 
 /// Closes every stream that is still open. Returns false, after a message for each, when one of them could

@@ -1,6 +1,7 @@
 #include "common/source_file.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,7 +15,7 @@
 #include <unistd.h>
 
 static void report_unreadable(const char* path) {
-    std::fprintf(stderr, "ERROR: cannot read %s\n", path);
+    print_error("cannot read %s", path);
 }
 
 /// Called after a failed call: whether there is no such file for this user. Any other reason, such as a disk

@@ -18,7 +18,7 @@ class source_loader {
 
     /// The text of `path`, or false when it is not a regular file that can be opened. `*text` stays valid
     /// until the next call with another path or release(). Where it fails to open for another reason than
-    /// that there is no such file for the user, "ERROR: cannot read %s" is printed and the run, which goes
+    /// that there is no such file for the user, "cannot read %s" is printed and the run, which goes
     /// on, ends with status 1 (pgt_Incomplete). A read that fails half-way ends the run with that message at
     /// once.
     bool load(const char* path, std::string_view* text);

@@ -2,6 +2,7 @@
 
 #include "common/fatal.h"
 #include "common/file_ptr.h"
+#include "common/message.h"
 #include "coverage/pattern_set.h"
 #include "driver/run_config.h"
 
@@ -48,7 +49,7 @@ char* find_quota(char* p) {
     }
     *p = '\0';
     if (*text == '\0') {
-        std::fputs("ERROR: you specified empty marker for infeasible\n", stderr);
+        print_error("you specified empty marker for infeasible");
         pgt_Exit(1);
     }
     return text;
@@ -71,7 +72,7 @@ static void read_line(char* line, const char* path) {
         // where it then ends, so a text in front of the keyword cannot be taken for the marker's.
         const char* text = find_quota(line + std::strlen(marker.keyword) + 1);
         if (!text) {
-            std::fprintf(stderr, "ERROR: File %s does not contain quotas for %s\n", path, marker.keyword);
+            print_error("File %s does not contain quotas for %s", path, marker.keyword);
             pgt_Exit(1);
         }
         marker.texts->push_back(text);
@@ -87,23 +88,19 @@ static void check_component_file(const char* path) {
     const bool begins = !start_disable_block.empty();
     const bool ends = !end_disable_block.empty();
     if (moduleName.empty() && one_line_disable.empty() && !begins && !ends) {
-        std::fprintf(stderr, "ERROR: File %s does not contain any component information\n", path);
+        print_error("File %s does not contain any component information", path);
         pgt_Exit(1);
     }
     if (begins && !ends) {
-        std::fprintf(
-            stderr,
-            "ERROR: Component file %s specifies start block marker but not does not specify end block "
-            "marker\n",
-            path);
+        print_error("Component file %s specifies start block marker but not does not specify end block "
+                    "marker",
+                    path);
         pgt_Exit(1);
     }
     if (ends && !begins) {
-        std::fprintf(
-            stderr,
-            "ERROR: Component file %s specifies end block marker but not does not specify start block "
-            "marker\n",
-            path);
+        print_error("Component file %s specifies end block marker but not does not specify start block "
+                    "marker",
+                    path);
         pgt_Exit(1);
     }
 }
@@ -113,7 +110,7 @@ int getModuleNames(const char* path) {
         return 0;
     file_ptr file(std::fopen(path, "r"));
     if (!file) {
-        std::fprintf(stderr, "ERROR: Couldn't open the component file %s\n", path);
+        print_error("Couldn't open the component file %s", path);
         pgt_Exit(1);
     }
     char line[4096]; // a longer line counts as several
@@ -121,11 +118,11 @@ int getModuleNames(const char* path) {
         read_line(line, path);
     const bool failed = std::ferror(file.get()) != 0;
     if (std::fclose(file.release()) != 0)
-        std::fprintf(stderr, "WARNING: couldn't close the component file %s\n", path);
+        print_warning("couldn't close the component file %s", path);
     patterns_prepared = 0;
     check_component_file(path);
     if (failed) { // some of it may be missing
-        std::fprintf(stderr, "ERROR: cannot read %s\n", path);
+        print_error("cannot read %s", path);
         pgt_Exit(1);
     }
     return 0;

@@ -2,6 +2,7 @@
 
 #include "common/checked_alloc.h"
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/option_table.h"
 #include "driver/banner.h"
 #include "driver/color_table.h"
@@ -133,11 +134,11 @@ static bool read_arguments(int argc, char** argv) {
 /// Differential coverage has neither partial coverage nor counts.
 static void override_for_reference() {
     if (g_bNoPartial) {
-        std::fputs("WARNING: option -ref overrides option -nopartial.\n", stderr);
+        print_warning("option -ref overrides option -nopartial.");
         g_bNoPartial = false;
     }
     if (g_bXCOUNTS) {
-        std::fputs("WARNING: option -ref overrides option -counts.\n", stderr);
+        print_warning("option -ref overrides option -counts.");
         g_bXCOUNTS = false;
     }
 }

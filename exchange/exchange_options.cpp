@@ -53,10 +53,18 @@ static void print_usage() {
                "   -help\n"
                "        Prints this text.\n"
                "   -version\n"
-               "        Prints the version.\n", stdout);
+               "        Prints the version, and what is read and written.\n", stdout);
 }
 
 // clang-format on
+
+static void print_formats() {
+    std::fputs("reads: profiles of 32 and 64 bits, unified diffs\n", stdout);
+    std::fputs(
+        "writes: XML of Cobertura (DTD 04), traces of LCOV 1 and 2, XML of SonarQube (version 1), JSON\n"
+        "        of format 1, Markdown, annotations of GitHub, text\n",
+        stdout);
+}
 
 static void note_format_option(exchange_options* options, exchange_format format, const char* name) {
     options->format_option[static_cast<std::size_t>(format)] = name;
@@ -179,10 +187,10 @@ static void check_outputs(const exchange_options& options) {
             const exchange_output& a = options.outputs[i];
             const exchange_output& b = options.outputs[j];
             if (a.format == b.format)
-                end_with_error("the format %s is asked for twice",
+                end_with_error("the format %s is asked for twice; name it once",
                                std::string(format_names[static_cast<std::size_t>(a.format)]).c_str());
             if (same_target(a.file, b.file))
-                end_with_error("two formats cannot go to %s",
+                end_with_error("two formats cannot go to %s; give each a file of its own",
                                a.file.empty() ? "the standard output" : printable(a.file).c_str());
         }
     }
@@ -203,7 +211,7 @@ static void check_options(const exchange_options& options) {
 
 void parse_exchange_options(int argc, char** argv, exchange_options* options) {
     std::string first;
-    read_coverage_arguments({"vexcov-export", print_usage}, own_rows, argc, argv, options,
+    read_coverage_arguments({"vexcov-export", print_usage, print_formats}, own_rows, argc, argv, options,
                             [&](const char* name) {
                                 if (!first.empty())
                                     end_with_error("more than one format: %s and %s; see -FORMAT FILE",

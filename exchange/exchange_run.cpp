@@ -102,7 +102,8 @@ open_writer exchange::open_output_of(const exchange_output& output) {
 bool exchange::comes_again(const std::string& name) {
     if (names_.insert(name).second)
         return false;
-    print_warning("%s comes twice in the profile, in different spellings", printable(name).c_str());
+    print_warning("%s comes twice in the profile, in different spellings (import it with -root)",
+                  printable(name).c_str());
     return true;
 }
 
@@ -118,7 +119,10 @@ void exchange::add(const file_coverage& file) {
 
 void exchange::check_result(const coverage_totals& totals) const {
     if (totals.files.total == 0)
-        end_with_error("there is nothing to write: no source file of the profile was found");
+        end_with_error(
+            "there is nothing to write: no source file of %s was found; run it where relative names in it "
+            "lead to them",
+            printable(options_.spi_file).c_str());
     bool needs_root = false;
     for (const open_writer& each : writers_)
         needs_root = needs_root || each.needs_root;
@@ -126,9 +130,9 @@ void exchange::check_result(const coverage_totals& totals) const {
         return;
     const std::string root = printable(walk_.names().root());
     if (outside_ == static_cast<std::uint64_t>(totals.files.total))
-        end_with_error("all source files lie outside of %s; see -root", root.c_str());
-    print_warning("%llu source files outside of %s were left out", static_cast<unsigned long long>(outside_),
-                  root.c_str());
+        end_with_error("all source files lie outside of %s; -root names their directory", root.c_str());
+    print_warning("%llu source files outside of %s were left out; -root names another directory",
+                  static_cast<unsigned long long>(outside_), root.c_str());
 }
 
 void exchange::close_files() {

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 [[noreturn]] static void fail(const char* what) {
-    end_with_error("cannot %s a temporary file: %s", what, std::strerror(errno));
+    end_with_error("cannot %s a temporary file in %s: %s", what, P_tmpdir, std::strerror(errno));
 }
 
 spool::spool() : stream_(std::tmpfile()) {

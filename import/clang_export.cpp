@@ -377,14 +377,14 @@ void read_clang_export(std::FILE* stream, const std::string& input,
         const std::size_t size = read_piece(stream, piece, input);
         more = size != 0;
         if (!more && done == 0)
-            end_with_error("%s is empty", input.c_str());
+            end_with_error("%s is empty; give the output of llvm-cov export -format=text", input.c_str());
         const std::size_t used = parser.write_some(more, piece, size, error);
         done += used;
         if (!error && used < size)
             error = json::make_error_code(json::error::extra_data);
     }
     if (error == json::error::incomplete)
-        end_with_error("%s ends in the middle, after %llu bytes", input.c_str(),
+        end_with_error("%s ends in the middle, after %llu bytes; make the export again", input.c_str(),
                        static_cast<unsigned long long>(done));
     if (error)
         end_with_error("%s is not valid JSON at byte %llu: %s", input.c_str(),

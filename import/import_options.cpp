@@ -68,7 +68,21 @@ static void print_usage() {
     std::fputs("   -help\n", stdout);
     std::fputs("        Prints this text.\n", stdout);
     std::fputs("   -version\n", stdout);
-    std::fputs("        Prints the version.\n", stdout);
+    std::fputs("        Prints the version, and what is read and written.\n", stdout);
+}
+
+void print_compiler_formats() {
+    std::fputs("clang: programs with coverage mapping of versions 4 to 7 (clang 11 to 22); raw profiles of\n",
+               stdout);
+    std::fputs("       versions 5 and 7 to 10, indexed ones of 4 to 13; exports of llvm-cov of 2 and 3\n",
+               stdout);
+    std::fputs("gcc: JSON of gcov, formats 1 and 2 (GCC 9 and newer)\n", stdout);
+}
+
+static void print_formats() {
+    print_compiler_formats();
+    std::fputs("lcov: traces of LCOV 1 and 2\n", stdout);
+    std::fputs("writes: profiles of 64 bits\n", stdout);
 }
 
 static void set_spi(import_options* options, const char* value) {
@@ -109,6 +123,15 @@ static void set_instances(import_options* options, const char*) {
     options->instances = true;
 }
 
+std::string shown_inputs(const import_options& options) {
+    const std::vector<std::string>& names = options.objects.empty() ? options.inputs : options.objects;
+    if (names.empty())
+        return options.format == import_format::clang ? "standard input" : "the working directory";
+    const std::string first = names[0] == "-" ? "standard input" : printable(names[0]);
+    const std::size_t more = names.size() - 1;
+    return more == 0 ? first : first + " and " + std::to_string(more) + " more";
+}
+
 /// With what the message for a missing value names.
 static const option_row<import_options*> option_table[] = {
     {"-spi", set_spi, true, "a file name"},   {"-dpi", set_dpi, true, "a file name"},
@@ -143,15 +166,15 @@ static void check_options(const import_options& options) {
     if (options.gcc_option && options.format != import_format::gcc)
         end_with_error("option %s is for the format gcc only", options.gcc_option);
     if (options.spi_file.empty() || options.dpi_file.empty())
-        end_with_error("the name of a profile to write is empty");
+        end_with_error("the name of a profile to write is empty; -spi and -dpi need file names");
     if (options.spi_file == options.dpi_file)
-        end_with_error("the static and the dynamic profile cannot be the same file, %s",
+        end_with_error("the static and the dynamic profile cannot be the same file, %s; give two names",
                        printable(options.spi_file).c_str());
 }
 
 void parse_import_options(int argc, char** argv, import_options* options) {
     bool format_given = false;
-    read_arguments({"vexcov-import", print_usage}, option_table, argc, argv, options,
+    read_arguments({"vexcov-import", print_usage, print_formats}, option_table, argc, argv, options,
                    [&](const char* name) { take_name(name, &format_given, options); });
     if (!format_given)
         end_with_error("no format given: vexcov-import FORMAT [options] [inputs] (see vexcov-import -help)");

@@ -29,6 +29,12 @@ struct import_options {
     const char* gcc_option = nullptr; ///< one of these options that was given
 };
 
+/// The inputs as messages name them: "app.info and 2 more".
+std::string shown_inputs(const import_options& options);
+
+/// Prints the versions of the formats that are read of clang and of GCC, a line each, to standard output.
+void print_compiler_formats();
+
 /// Reads the argument vector into `options`. -help and -version print to standard output and end the run with
 /// status 0; anything that cannot be understood ends it with a message and status 1.
 void parse_import_options(int argc, char** argv, import_options* options);

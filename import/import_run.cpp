@@ -116,7 +116,7 @@ static void print_warnings(const collected& all, const profile_data& data) {
     if (data.misplaced != 0)
         print_warning(
             "%llu blocks lie beyond the end of their line or file; the sources have changed since the "
-            "program was built",
+            "program was built (build it again, and run the tests)",
             static_cast<unsigned long long>(data.misplaced));
 }
 
@@ -126,7 +126,9 @@ static void run_clang_import(const import_options& options) {
     read_inputs(options, names, &all);
     if (all.store.functions().empty()) {
         all.left_out.check_root();
-        end_with_error("the input holds no functions");
+        end_with_error("%s: no functions were found; build the program with -fprofile-instr-generate "
+                       "-fcoverage-mapping",
+                       shown_inputs(options).c_str());
     }
     if (!options.instances)
         all.store.unite_instances();

@@ -1,21 +1,16 @@
 #include "inputs/coverage_options.h"
 
+#include "common/message.h"
 #include "driver/run_config.h"
 
 #include <cstdio>
 
-// The messages for a missing value are vexcov's where it has one; else the rest of "option -x needs ...".
+// With what the message for a missing value names.
 const coverage_row coverage_rows[kCoverageRows] = {
-    {"-spi", true, "a file name"},
-    {"-dpi", true, "a file name"},
-    {"-ref", true, "a file name"},
-    {"-comp", true, "ERROR: no component-list file specified."},
-    {"-prj", true, "a name"},
-    {"-root", true, "a directory"},
-    {"-nopartial", false, nullptr},
-    {"-onelinedsbl", true, "ERROR: comment for disable line is not specified."},
-    {"-beginblkdsbl", true, "ERROR: comment for begin disable block is not specified."},
-    {"-endblkdsbl", true, "ERROR: comment for end disable block is not specified."},
+    {"-spi", true, "a file name"},   {"-dpi", true, "a file name"},    {"-ref", true, "a file name"},
+    {"-comp", true, "a file name"},  {"-prj", true, "a name"},         {"-root", true, "a directory"},
+    {"-nopartial", false, nullptr},  {"-onelinedsbl", true, "a text"}, {"-beginblkdsbl", true, "a text"},
+    {"-endblkdsbl", true, "a text"},
 };
 
 static void add_marker(std::vector<std::string>& markers, const char* value) {
@@ -50,7 +45,7 @@ void set_coverage_option(std::size_t row, coverage_options* options, const char*
 void check_coverage_options(coverage_options* options) {
     if (!options->with_reference || !options->no_partial)
         return;
-    std::fputs("WARNING: option -ref overrides option -nopartial.\n", stderr);
+    print_warning("option -ref overrides option -nopartial.");
     options->no_partial = false;
 }
 

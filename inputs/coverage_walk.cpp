@@ -59,7 +59,8 @@ bool coverage_walk::analyse(COMP* first, source_analysis* analysis) {
     std::string_view text;
     if (!load_source(first->fileName, &text)) {
         if (!again_)
-            std::fprintf(stderr, "Warning - File %s not found!\n", first->fileName);
+            print_warning("there is no source file %s (run it where relative names lead to it)",
+                          printable(first->fileName).c_str());
         return false;
     }
     const std::vector<std::int32_t> lines = chained_lines();

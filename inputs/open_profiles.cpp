@@ -1,6 +1,7 @@
 #include "inputs/open_profiles.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "profile/dpi_file.h"
 
 #include <cstdio>
@@ -8,6 +9,8 @@
 DPI_FILE* open_dynamic_profile(const char* name) {
     DPI_FILE* file = PGOPTI_Open_Dpi_File(name);
     if (!file) {
+        if (messages_are_named())
+            end_with_error("cannot find the dynamic profile %s; name it with -dpi", printable(name).c_str());
         std::fprintf(stderr, "Couldn't find the dpi file %s!\n", name);
         pgt_Exit(1);
     }
@@ -26,6 +29,8 @@ DPI_FILE* open_reference_profile(const char* name, DPI_FILE* profile) {
 void probe_static_profile(const char* name) {
     std::FILE* file = std::fopen(name, "r");
     if (!file) {
+        if (messages_are_named())
+            end_with_error("cannot find the static profile %s; name it with -spi", printable(name).c_str());
         std::fprintf(stderr, "Couldn't find the spi file %s!\n", name);
         pgt_Exit(1);
     }

@@ -8,6 +8,7 @@
 #include "profile/checked_io.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 
 #include <cerrno>
 #include <cstring>
@@ -60,15 +61,13 @@ std::FILE* checked_fopen(const char* path, const char* mode) {
         return nullptr;
     if (wait_for_lock(descriptor, exclusive ? F_WRLCK : F_RDLCK) == -1) {
         if (errno != EACCES && errno != ENOLCK) {
-            std::fprintf(stderr, "ERROR: %s lock of %s failed, code = %d\n", kind, path, errno);
+            print_error("%s lock of %s failed, code = %d", kind, path, errno);
             close(descriptor);
             return nullptr;
         }
-        std::fprintf(
-            stderr,
-            "WARNING: %s lock of %s failed (access denied); I/O on file is unsafe in a parallel build "
-            "environment\n",
-            kind, path);
+        print_warning("%s lock of %s failed (access denied); I/O on file is unsafe in a parallel build "
+                      "environment",
+                      kind, path);
     }
     std::FILE* stream = fdopen(descriptor, mode);
     if (!stream)

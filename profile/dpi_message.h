@@ -1,7 +1,8 @@
 // Messages of the profile reader, on standard error.
 #pragma once
 
-/// Sets the tool name that stands in front of the messages below; borrowed, null for none.
+/// Sets the tool name that stands in front of the messages below, where name_messages (common/message.h) was
+/// not called; borrowed, null for none.
 void PGOPTI_Tool_Set_Name(const char* name);
 
 /// Prints the tool name and ": " (when set), "ERROR: ", the formatted text and a newline, and ends the run

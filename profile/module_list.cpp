@@ -2,6 +2,7 @@
 
 #include "common/fatal.h"
 #include "common/file_ptr.h"
+#include "common/message.h"
 #include "demangle/demangle.h"
 #include "driver/run_config.h"
 #include "profile/component_sort.h"
@@ -36,7 +37,7 @@ static COMP* make_component(const SPI_RECORD& record, const COMP* previous, chec
 }
 
 [[noreturn]] static void fail_corrupt(const char* spiFileName) {
-    std::fprintf(stderr, "ERROR: corrupt SPI file %s\n", spiFileName);
+    print_error("corrupt SPI file %s", spiFileName);
     pgt_Exit(1);
 }
 
@@ -65,13 +66,13 @@ COMP* GetComponentList(const char* spiFileName, int* count, const component_filt
     list = module_list();
     file_ptr file(std::fopen(spiFileName, "r"));
     if (!file) {
-        std::fprintf(stderr, "ERROR: cannot open the SPI file, %s.\n", spiFileName);
+        print_error("cannot open the SPI file, %s.", spiFileName);
         pgt_Exit(1);
     }
     read_components(file.get(), spiFileName, filter, list);
     list.head = SortComponents(list.head);
     if (std::fclose(file.release()) != 0)
-        std::fprintf(stderr, "WARNING: couldn't close the SPI file %s\n", spiFileName);
+        print_warning("couldn't close the SPI file %s", spiFileName);
     if (count)
         *count = getNumComponents(list.head);
     return list.head;

@@ -39,9 +39,10 @@ bool merge_source::next() {
         return true;
     const std::string function =
         "function " + printable(cursor_.function_name()) + " of " + printable(cursor_.file_name());
-    return fail(order == 0 ? cursor_.name() + " holds " + function + " twice"
-                           : cursor_.name() + ": the records are not in the order of their keys, from " +
-                                 function + " on");
+    if (order == 0)
+        return fail(cursor_.name() + " holds " + function + " twice");
+    return fail(cursor_.name() + ": the records are not in the order of their keys, from " + function +
+                " on");
 }
 
 merge_origin merge_source::origin() const {

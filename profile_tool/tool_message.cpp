@@ -1,14 +1,11 @@
 #include "profile_tool/tool_message.h"
 
-#include "common/fatal.h"
-
-#include <cstdio>
+#include "common/message.h"
 
 void tool_error(const std::string& text) {
-    std::fprintf(stderr, "ERROR: %s\n", text.c_str());
-    pgt_Exit(1);
+    end_with_error("%s", text.c_str());
 }
 
 void tool_warning(const std::string& text) {
-    std::fprintf(stderr, "WARNING: %s\n", text.c_str());
+    print_warning("%s", text.c_str());
 }

@@ -3,8 +3,8 @@
 
 #include <string>
 
-/// Writes "ERROR: ", the text and a newline, and ends the run with exit status 1.
+/// Writes an error and ends the run with exit status 1.
 [[noreturn]] void tool_error(const std::string& text);
 
-/// Writes "WARNING: ", the text and a newline; the run goes on.
+/// Writes a warning; the run goes on.
 void tool_warning(const std::string& text);

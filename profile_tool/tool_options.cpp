@@ -49,7 +49,12 @@ static void print_usage() {
     std::fputs("   -help\n", stdout);
     std::fputs("        Prints this text.\n", stdout);
     std::fputs("   -version\n", stdout);
-    std::fputs("        Prints the version.\n", stdout);
+    std::fputs("        Prints the version, and what is read and written.\n", stdout);
+}
+
+static void print_formats() {
+    std::fputs("reads: profiles of 32 and 64 bits\n", stdout);
+    std::fputs("writes: profiles of 32 and 64 bits, text, JSON of format 1\n", stdout);
 }
 
 namespace {
@@ -130,14 +135,14 @@ static void check_options(const parsed_options& parsed) {
     if (!options.spi.empty() && options.command == tool_command::show)
         tool_error("option -spi is for the commands check and merge only");
     if (!merges && (options.profiles.size() > 1 || options.spi.size() > 1))
-        tool_error("only merge takes more than one profile");
+        tool_error("only merge takes more than one profile (see vexcov-profile -help)");
     if (merges && (options.output.empty() || options.profiles.empty()))
         tool_error("merge needs -o NAME and the profiles to merge (see vexcov-profile -help)");
 }
 
 void parse_tool_options(int argc, char** argv, tool_options* options) {
     parsed_options parsed = {options};
-    read_arguments({"vexcov-profile", print_usage}, option_table, argc, argv, &parsed,
+    read_arguments({"vexcov-profile", print_usage, print_formats}, option_table, argc, argv, &parsed,
                    [&](const char* name) { take_name(name, &parsed); });
     check_options(parsed);
     if (options->profiles.empty())

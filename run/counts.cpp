@@ -98,7 +98,8 @@ compiler find_counts(const run_options& options, const scratch_folder& scratch) 
     for (const std::string& path : options.objects) {
         std::error_code error;
         if (!fs::exists(path, error))
-            end_with_error("there is no %s to look for objects in", printable(path).c_str());
+            end_with_error("there is no %s to look for objects in; -objects needs directories or files",
+                           printable(path).c_str());
     }
     const bool of_clang = options.compiled_by != compiler::gcc && has_counts(scratch, compiler::clang);
     const bool of_gcc = options.compiled_by != compiler::clang && has_counts(scratch, compiler::gcc);

@@ -81,8 +81,7 @@ static int run_command(test_run* run) {
     char** const arguments = run->options.command;
     test_command command;
     if (const int error = command.start(arguments, counting_environment(run->scratch))) {
-        std::fprintf(stderr, "ERROR: cannot run %s: %s\n", printable(arguments[0]).c_str(),
-                     std::strerror(error));
+        print_error("cannot run %s: %s", printable(arguments[0]).c_str(), std::strerror(error));
         pgt_Exit(error == ENOENT ? 127 : 126);
     }
     const int status = command.wait(&run->signals);

@@ -2,6 +2,7 @@
 
 #include "common/companion.h"
 #include "common/message.h"
+#include "import/import_options.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -48,13 +49,18 @@ static void print_usage() {
     std::fputs("   -help\n", stdout);
     std::fputs("        Prints this text.\n", stdout);
     std::fputs("   -version\n", stdout);
-    std::fputs("        Prints the version.\n", stdout);
+    std::fputs("        Prints the version, and what is read and written.\n", stdout);
     std::fputs("\n", stdout);
     std::fputs("Options of vexcov, for the report: -prj -counts -comp -nopartial -ref -mname -maddr\n",
                stdout);
     std::fputs("-txtbcvrgfull -xmlbcvrgfull -onelinedsbl -beginblkdsbl -endblkdsbl -demang -bcolor -fcolor\n",
                stdout);
     std::fputs("-pcolor -ccolor -ucolor -xcolor; beside the report: -txtfcvrg -xmlfcvrg.\n", stdout);
+}
+
+static void print_formats() {
+    print_compiler_formats();
+    std::fputs("writes: the report of vexcov, profiles of 64 bits\n", stdout);
 }
 
 static void choose_clang(run_options* options, const char*, const char*) {
@@ -175,18 +181,19 @@ static std::string absolute_folder(const std::string& name) {
 static void complete(run_options* options) {
     std::error_code error;
     if (!fs::is_directory(options->root, error))
-        end_with_error("the root %s is no directory", printable(options->root).c_str());
+        end_with_error("the root %s is no directory; -root needs that of the sources",
+                       printable(options->root).c_str());
     options->root = absolute_folder(options->root);
     if (options->objects.empty())
         options->objects.emplace_back(".");
     if (options->folder.empty())
-        end_with_error("the name of the report's directory is empty");
+        end_with_error("the name of the report's directory is empty; -o needs a name");
     if (options->keep && options->spi_file.empty())
         options->spi_file = (fs::path(options->folder) / "pgopti.spi").string();
     if (options->keep && options->dpi_file.empty())
         options->dpi_file = (fs::path(options->folder) / "pgopti.dpi").string();
     if (options->keep && options->spi_file == options->dpi_file)
-        end_with_error("the static and the dynamic profile cannot be the same file, %s",
+        end_with_error("the static and the dynamic profile cannot be the same file, %s; give two names",
                        printable(options->spi_file).c_str());
 }
 
@@ -194,8 +201,8 @@ void parse_run_options(int argc, char** argv, run_options* options) {
     char** const end = argv + argc;
     char** const separator =
         std::find_if(argv, end, [](const char* text) { return std::strcmp(text, "--") == 0; });
-    read_arguments({"vexcov-run", print_usage}, option_table, static_cast<int>(separator - argv), argv,
-                   options, refuse_name);
+    read_arguments({"vexcov-run", print_usage, print_formats}, option_table,
+                   static_cast<int>(separator - argv), argv, options, refuse_name);
     if (end - separator < 2)
         end_with_error(
             "no command given: vexcov-run [options] -- COMMAND [ARGUMENT]... (see vexcov-run -help)");

@@ -22,7 +22,7 @@ static std::string temporary_folder() {
 
 scratch_folder::scratch_folder() : path_(temporary_folder() + "/vexcov-run-XXXXXX") {
     if (!mkdtemp(path_.data()))
-        end_with_error("cannot make a directory for the counts in %s: %s",
+        end_with_error("cannot make a directory for the counts in %s: %s; TMPDIR names another place",
                        printable(fs::path(path_).parent_path().string()).c_str(), std::strerror(errno));
 }
 

@@ -1,6 +1,7 @@
 #include "run/stage.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/platform.h"
 
 #include <cerrno>
@@ -108,7 +109,7 @@ int run_stage(const char* name, const std::string& banner, const std::function<v
               signal_watch* signals) {
     stage_process stage;
     if (const int error = stage.start(body, !banner.empty())) {
-        std::fprintf(stderr, "ERROR: cannot start %s: %s\n", name, std::strerror(error));
+        print_error("cannot start %s: %s", name, std::strerror(error));
         return 1;
     }
     std::string output = read_output(stage.output(), signals);
@@ -118,7 +119,6 @@ int run_stage(const char* name, const std::string& banner, const std::function<v
     const int status = stage.finish();
     if (!WIFSIGNALED(status))
         return WEXITSTATUS(status);
-    std::fprintf(stderr, "ERROR: %s was ended by signal %d (%s)\n", name, WTERMSIG(status),
-                 strsignal(WTERMSIG(status)));
+    print_error("%s was ended by signal %d (%s)", name, WTERMSIG(status), strsignal(WTERMSIG(status)));
     return 1;
 }

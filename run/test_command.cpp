@@ -118,7 +118,8 @@ void test_command::wait_for_others(int passed_on, signal_watch* signals) {
             std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
         if (left.count() <= 0) {
             print_warning(
-                "processes that the command started still run; what they count is not in the report");
+                "processes that the command started still run; what they count is not in the report "
+                "(let it wait for them)");
             return;
         }
         if (const auto request = signals->wait(-1, static_cast<int>(left.count()) + 1))

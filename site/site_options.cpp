@@ -5,7 +5,8 @@
 #include <cstdio>
 
 static void print_usage();
-static const companion program = {"vexcov-site", print_usage};
+static void print_formats();
+static const companion program = {"vexcov-site", print_usage, print_formats};
 
 // clang-format off
 
@@ -30,10 +31,16 @@ static void print_usage() {
     std::fputs("   -help\n"
                "        Prints this text.\n"
                "   -version\n"
-               "        Prints the version.\n", stdout);
+               "        Prints the version, and what is read and written.\n", stdout);
 }
 
 // clang-format on
+
+static void print_formats() {
+    std::fputs("reads: profiles of 32 and 64 bits, JSON of vexcov-export (format 1), unified diffs\n",
+               stdout);
+    std::fputs("writes: HTML\n", stdout);
+}
 
 static const option_row<site_options*> own_rows[] = {
     {"-o", [](site_options* options, const char* value) { options->directory = value; }, true, "a directory"},

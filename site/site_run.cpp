@@ -49,8 +49,8 @@ static std::unique_ptr<older_figures> read_older(const site_options& options) {
         return nullptr;
     const baseline before = read_baseline(options.baseline);
     if (before.differential != options.with_reference)
-        end_with_error("%s was made %s -ref, unlike these figures", printable(options.baseline).c_str(),
-                       before.differential ? "with" : "without");
+        end_with_error("%s was made %s -ref, unlike these figures; make it like them",
+                       printable(options.baseline).c_str(), before.differential ? "with" : "without");
     return std::make_unique<older_figures>(older_figures{before.totals});
 }
 
@@ -65,7 +65,7 @@ static void write_fixed_files(const site_settings& settings, const site_options&
         return;
     std::string_view text;
     if (!load_source(options.style_sheet.c_str(), &text))
-        end_with_error("cannot read %s", printable(options.style_sheet).c_str());
+        end_with_error("cannot read the style sheet %s", printable(options.style_sheet).c_str());
     write_site_file(settings, "own.css", text);
     release_source();
 }

@@ -73,9 +73,11 @@ void clang_inputs::search(const std::string& directory) {
         (fs::path(path).extension() == ".profraw" ? raw : merged) = true;
     }
     if (programs_.size() == programs && profiles_.size() == profiles)
-        end_with_error("%s holds no programs and no profiles", printable(directory).c_str());
+        end_with_error("%s holds no programs and no profiles; name a directory that does, or the files",
+                       printable(directory).c_str());
     if (raw && merged)
-        print_warning("%s holds both raw and merged profiles, whose counts are added up",
+        print_warning("%s holds both raw and merged profiles, whose counts are added up; name one "
+                      "kind where they are of the same runs",
                       printable(directory).c_str());
 }
 

@@ -194,9 +194,12 @@ void clang_join::print_warnings() const {
                      });
     }
     if (has_ids && !profiled_ids_.empty() && !same_build)
-        print_warning("the profiles are of another build than the programs: they have no build ID in common");
+        print_warning(
+            "the profiles are of another build than the programs: they have no build ID in common; run "
+            "the tests again");
     warn_of_mismatches();
     if (counters_.different() != 0)
-        print_warning("%llu times a function came with another number of counts; the first was kept",
+        print_warning("%llu times a function came with another number of counts; the first was "
+                      "kept (import the profiles of one build at a time)",
                       static_cast<unsigned long long>(counters_.different()));
 }

@@ -21,7 +21,8 @@ void join_reader::read_profile(const std::string& path) {
     try {
         file_bytes file(path);
         if (file.size() == 0)
-            print_warning("%s is empty: its process was killed or still runs", printable(path).c_str());
+            print_warning("%s is empty: its process was killed or still runs; it is passed over",
+                          printable(path).c_str());
         else
             join_.add_profile(whole(&file));
     } catch (const input_error& error) {
@@ -122,23 +123,27 @@ static std::string build_id_of(const std::string& path) {
 void join_reader::find_programs(const std::vector<std::string>& files) {
     std::set<std::string> missing = join_.profiled_ids();
     if (missing.empty())
-        end_with_error("no program given: the profiles do not say which programs wrote them");
+        end_with_error("no program given, and the profiles do not say which wrote them; name the programs");
     for (const std::string& path : files) {
         const std::string id = build_id_of(path);
         if (missing.erase(id) != 0)
             read_program(path, false);
     }
     for (const std::string& id : missing)
-        print_warning("no program with the build ID %s of a profile was found below the working directory",
-                      hexadecimal(id).c_str());
+        print_warning(
+            "no program with the build ID %s of a profile was found below the working directory; name "
+            "the program",
+            hexadecimal(id).c_str());
     if (missing.size() == join_.profiled_ids().size())
-        end_with_error("no program given, and none of those below the working directory wrote the profiles");
+        end_with_error(
+            "no program given, and none of those below the working directory wrote the profiles; name the "
+            "programs");
 }
 
 void join_reader::check_programs() const {
     if (!join_.without_objects())
         return;
     if (passed_over_.empty())
-        end_with_error("no program given");
+        end_with_error("no program given; name those that wrote the profiles");
     end_with_error("no program with coverage mapping was found: %s", passed_over_.c_str());
 }

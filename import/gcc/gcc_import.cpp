@@ -41,7 +41,7 @@ static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
             !std::binary_search(list.damaged_counters.begin(), list.damaged_counters.end(), counters))
             damaged.push_back(std::move(counters));
     }
-    warn_of(list.closed, "directories could not be read");
+    warn_of(list.closed, "directories could not be read and were passed over");
     warn_of(
         list.rebuilt,
         "objects were compiled again after they ran, so that their counts are lost (run the tests again)");
@@ -49,7 +49,7 @@ static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
         damaged,
         "counter files are cut short or damaged; what gcov could not read of them counts as not executed");
     warn_of(list.without_notes, "counter files have no notes file (.gcno) and were left out");
-    warn_of(list.damaged_notes, "notes files are damaged and were left out");
+    warn_of(list.damaged_notes, "notes files are damaged and were left out (compile these objects again)");
     const bool complete = troubles.unreadable.empty();
     warn_of(std::move(troubles.unreadable), "objects could not be read by gcov and were left out");
     return complete;
@@ -63,11 +63,13 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             "count at the same time do that (build with -fprofile-update=atomic)",
             number(clamped));
     if (made.unreadable != 0)
-        print_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
+        print_warning("%llu source files cannot be read; their figures are kept "
+                      "(run where relative names lead to them)",
+                      number(made.unreadable));
     if (made.misplaced != 0)
         print_warning(
             "%llu blocks lie beyond the end of their file; the sources have changed since the program was "
-            "built",
+            "built (build it again, and run the tests)",
             number(made.misplaced));
 }
 
@@ -118,7 +120,8 @@ void run_gcc_import(const import_options& options) {
     const bool complete = read_inputs(options, &sources, &store);
     if (store.functions().empty()) {
         sources.left_out().check_root();
-        end_with_error("the input holds no functions");
+        end_with_error("%s: no functions were found; build the program with --coverage",
+                       shown_inputs(options).c_str());
     }
     const std::uint64_t clamped = store.clamped();
     line_profile made = build_line_profile(&store, sources.names());

@@ -80,9 +80,10 @@ std::string gcov_programs::find(const gcc_object& object) const {
             "%s, and there is no gcov of that version: there is no %s in PATH, and %s (name one with -gcov)",
             compiled.c_str(), versioned.c_str(), describe(program, version).c_str());
     if (!version)
-        end_with_error("cannot run %s", printable(program).c_str());
+        end_with_error("cannot run %s; name another with -gcov", printable(program).c_str());
     if (version->major != 0)
-        end_with_error("%s, and %s", compiled.c_str(), describe(program, version).c_str());
+        end_with_error("%s, and %s; name one of that version with -gcov", compiled.c_str(),
+                       describe(program, version).c_str());
     return program;
 }
 

@@ -149,7 +149,8 @@ bool job_list::start(job* free) {
         for (std::size_t i = 0; i < objects.size(); ++i)
             links_.release(free->number * kMostTogether + i);
         if (running_ == 0 || (error != EAGAIN && error != EMFILE && error != ENFILE && error != ENOMEM))
-            end_with_error("cannot run %s: %s", printable(program).c_str(), std::strerror(error));
+            end_with_error("cannot run %s: %s; -gcov names another", printable(program).c_str(),
+                           std::strerror(error));
         return false;
     }
     free->objects = objects;

@@ -31,7 +31,8 @@ void object_links::make_directory() {
     const char* const place = std::getenv("TMPDIR");
     std::string name = std::string(place && *place ? place : "/tmp") + "/vexcov-XXXXXX";
     if (!mkdtemp(name.data()))
-        end_with_error("cannot create %s: %s", name.c_str(), std::strerror(errno));
+        end_with_error("cannot create %s: %s; TMPDIR names another place", name.c_str(),
+                       std::strerror(errno));
     directory_ = name;
     current = this;
 }
@@ -67,6 +68,7 @@ std::string object_links::name_for(const gcc_object& object, std::size_t number)
     const std::string counters = stem(number) + std::string(kCounters);
     if (symlink(object.notes.c_str(), notes.c_str()) != 0 ||
         symlink(object.counters.c_str(), counters.c_str()) != 0)
-        end_with_error("cannot create links in %s: %s", directory_.c_str(), std::strerror(errno));
+        end_with_error("cannot create links in %s: %s; TMPDIR names another place", directory_.c_str(),
+                       std::strerror(errno));
     return counters;
 }

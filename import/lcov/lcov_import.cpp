@@ -38,11 +38,13 @@ static void print_warnings(const trace_oddities& oddities, const trace_profile& 
         print_warning("%llu counts were negative or too large and were set to 0 or to the largest count",
                       number(oddities.clamped));
     if (made.unreadable != 0)
-        print_warning("%llu source files cannot be read; their figures are kept", number(made.unreadable));
+        print_warning("%llu source files cannot be read; their figures are kept "
+                      "(run where relative names lead to them)",
+                      number(made.unreadable));
     if (made.misplaced != 0)
         print_warning(
             "%llu blocks lie beyond the end of their file; the sources have changed since the trace was "
-            "written",
+            "written (make it again)",
             number(made.misplaced));
 }
 
@@ -61,7 +63,8 @@ void run_lcov_import(const import_options& options) {
     trace_profile made = build_trace_profile(&store, names);
     if (made.profile.routines.empty()) {
         left_out.check_root();
-        end_with_error("the input holds no lines and no functions");
+        end_with_error("%s: no lines and no functions were found; give the trace of a run that executed some",
+                       shown_inputs(options).c_str());
     }
     if (pgt_IsIncomplete()) // a source that could not be read would have changed the blocks
         pgt_Exit(1);

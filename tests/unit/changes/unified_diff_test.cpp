@@ -160,7 +160,7 @@ TEST(UnifiedDiff, Damaged) {
     const std::string merge = ": this is a diff of a merge against several parents, which cannot be used; "
                               "name the two commits to compare";
     check({
-        {"no diff", "fatal: bad revision 'main'\n", " is no unified diff"},
+        {"no diff", "fatal: bad revision 'main'\n", " is no unified diff (made with: git diff, diff -u)"},
         {"cut in a hunk", head + "@@ -1 +1,3 @@\n a\n+b\n",
          ", line 7: the diff ends in the middle of a hunk"},
         {"cut in front of the hunks", head, ", line 4: the changes of a file are missing"},

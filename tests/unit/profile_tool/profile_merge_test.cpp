@@ -383,5 +383,5 @@ TEST_F(merging, NamesThatLieInEachOther) {
     put("a.dpi", text);
     for (const char* command : {"merge -o m a.dpi a.dpi", "show a.dpi"})
         EXPECT_EQ(run("vexcov-profile " + std::string(command)).standard_error,
-                  "ERROR: a.dpi has far more names than bytes, as they lie in each other\n");
+                  "vexcov-profile: error: a.dpi has far more names than bytes, as they lie in each other\n");
 }

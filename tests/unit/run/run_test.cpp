@@ -190,7 +190,7 @@ TEST_P(Run, AddsUpAllProcessesAndLeavesOnlyTheReport) {
         << third.standard_output;
     EXPECT_EQ(third.standard_error.find("Version"),
               std::string::npos); // of vexcov's messages only the others
-    EXPECT_NE(third.standard_error.find("WARNING: option -ref overrides option -nopartial.\n"),
+    EXPECT_NE(third.standard_error.find("vexcov-run: warning: option -ref overrides option -nopartial.\n"),
               std::string::npos);
     EXPECT_TRUE(read_file(project / "f.xml").starts_with("<PROJECT name = \"demo\">\n"));
     EXPECT_TRUE(fs::exists(project / "third.dpi") && fs::exists(project / "third/pgopti.spi"));
@@ -203,25 +203,26 @@ TEST_P(Run, EndsWithTheStatusOfTheCommandOrOfTheReport) {
     EXPECT_TRUE(fs::exists(project / "CodeCoverage/SRC_MAIN_CPP_SRC.HTML"));
     const program_result died = run("-- sh -c 'build/app; build/app die; kill -SEGV $$'");
     EXPECT_EQ(died.status, 139);
-    EXPECT_NE(died.standard_error.find("WARNING: sh was ended by signal 11 (Segmentation fault)\n"),
-              std::string::npos);
+    EXPECT_NE(
+        died.standard_error.find("vexcov-run: warning: sh was ended by signal 11 (Segmentation fault)\n"),
+        std::string::npos);
     EXPECT_TRUE(died.standard_output.ends_with("Report: CODE_COVERAGE.HTML\n"));
 
     const program_result busy = run("-o deep/er -- sh -c 'build/app; sleep 2 &'");
     EXPECT_EQ(busy.status, 0);
-    EXPECT_NE(busy.standard_error.find("WARNING: processes that the command started still run"),
+    EXPECT_NE(busy.standard_error.find("vexcov-run: warning: processes that the command started still run"),
               std::string::npos);
     write_file(project / "file", "");
     const program_result no_folder = run("-o file/x -- build/app");
     EXPECT_EQ(no_folder.status, 1);
-    EXPECT_TRUE(
-        no_folder.standard_error.ends_with("ERROR: cannot make the directory file/x: Not a directory\n"));
+    EXPECT_TRUE(no_folder.standard_error.ends_with(
+        "vexcov-run: error: cannot make the directory file/x: Not a directory\n"));
     const program_result full = run("-txtbcvrgfull /dev/full -- build/app");
     EXPECT_EQ(full.status, 1);
-    EXPECT_NE(full.standard_error.find("ERROR: cannot write /dev/full\n"), std::string::npos);
+    EXPECT_NE(full.standard_error.find("vexcov-run: error: cannot write /dev/full\n"), std::string::npos);
     const program_result silent = run("-- build/app >/dev/full");
     EXPECT_EQ(silent.status, 1);
-    EXPECT_TRUE(silent.standard_error.ends_with("ERROR: cannot write standard output\n"));
+    EXPECT_TRUE(silent.standard_error.ends_with("vexcov-run: error: cannot write standard output\n"));
     EXPECT_EQ(run("-- build/app fail >/dev/full").status, 1);
 }
 
