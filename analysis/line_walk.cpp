@@ -2,6 +2,7 @@
 
 #include "analysis/code_lines.h"
 #include "analysis/scope_counts.h"
+#include "common/code_lexer.h"
 
 #include <algorithm>
 #include <cstring>
@@ -140,6 +141,19 @@ void line_walk::count_blocks(std::size_t first, bool continued) {
         blocks_ = {blocks_.total + 1, 1};
 }
 
+/// True when a lambda may begin on the line: at a "[" that neither an index nor an attribute has.
+static bool may_begin_lambda(std::string_view line) {
+    for (std::size_t at = line.find('['); at != std::string_view::npos; at = line.find('[', at + 1)) {
+        const std::size_t before = line.substr(0, at).find_last_not_of(" \t");
+        const char c = before == std::string_view::npos ? '\0' : line[before];
+        const bool indexes = is_word_character(c) || c == ')' || c == ']';
+        const bool attribute = c == '[' || line.substr(at + 1).starts_with('[');
+        if (!attribute && (!indexes || line.substr(0, before + 1).ends_with("return")))
+            return true;
+    }
+    return false;
+}
+
 void line_walk::examine_code() {
     if (examined_ == line_.number)
         return;
@@ -164,9 +178,10 @@ void line_walk::examine_code() {
         const block_list_node& position = all_[counted_];
         pass_position(position);
         largest = std::max(largest, in_force_);
-        // The mark of an inner function that was never called stands at the start of its line, in front of
-        // the code of the one around it.
-        const bool mark_of_inner = code.inside_called && position.count == NEVER_ENTERED;
+        // The mark of a lambda that was never called stands at the start of its line, in front of the code of
+        // the function around it. Other functions have the line for themselves.
+        const bool mark_of_inner =
+            code.inside_called && position.count == NEVER_ENTERED && may_begin_lambda(line_.text);
         if (position.column <= code.column && !mark_of_inner)
             at_code = in_force_;
     }

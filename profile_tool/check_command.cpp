@@ -13,7 +13,9 @@
 #include "profile_tool/tool_message.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <set>
 #include <sys/stat.h>
@@ -131,10 +133,19 @@ void record_check::examine(const DPI_CURSOR& cursor) {
     examine_positions(cursor);
 }
 
+/// Whether a source file is there and a report could read it. A disk that cannot tell ends the run.
+static bool is_there(const std::string& file, struct stat* status) {
+    if (stat(file.c_str(), status) == 0)
+        return S_ISREG(status->st_mode);
+    if (errno != ENOENT && errno != ENOTDIR && errno != EACCES && errno != ELOOP && errno != ENAMETOOLONG)
+        tool_error("cannot examine " + printable(file) + ": " + std::strerror(errno));
+    return false;
+}
+
 static void check_sources(const std::set<std::string>& files, std::int64_t profile_time, findings* found) {
     for (const std::string& file : files) {
         struct stat status;
-        if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        if (!is_there(file, &status))
             found->add(FINDING_MISSING, [&] { return printable(file); });
         else if (modification_time(status) > profile_time)
             found->add(FINDING_NEWER, [&] { return printable(file); });

@@ -200,6 +200,22 @@ TEST_F(LineWalk, LambdasThatWereNeverCalled) {
     EXPECT_EQ(counts(), "1:5 2:5 3:0 4:0 5:5 6:0 7:0 ");
 }
 
+TEST_F(LineWalk, FunctionsInsideHaveTheirLinesForThemselves) {
+    set_text("void f() {\n"                        // 1
+             "    sort(all, [&](int a, int b) {\n" // 2
+             "        return x[a] < x[b];\n"       // 3: where an import marks the lambda
+             "    });\n"                           // 4
+             "    struct S {\n"                    // 5
+             "        int g() { return 1; }\n"     // 6
+             "        int h() { return 2; }\n"     // 7
+             "    };\n"                            // 8
+             "}\n");                               // 9
+    add_function(1, {{1, 10, 5}, {5, 5, 5}, {9, 1, 0}});
+    for (const int line : {3, 6, 7})
+        add_function(line, {});
+    EXPECT_EQ(counts(), "1:5 2:5 3:0 4:5 5:5 6:0 7:0 8:5 9:5 ");
+}
+
 TEST_F(LineWalk, BodiesAreFoundThroughConditionalText) {
     set_text("#define TWO 2 /* a comment {\n"  // 1
              "   that goes on */\n"            // 2
