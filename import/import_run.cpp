@@ -110,14 +110,15 @@ static void print_warnings(const collected& all, const profile_data& data) {
     if (all.empty != 0)
         print_warning("%llu functions without code were left out",
                       static_cast<unsigned long long>(all.empty));
-    if (data.different != 0)
-        print_warning("%llu functions came again with different blocks; the one with more blocks was kept",
-                      static_cast<unsigned long long>(data.different));
-    if (data.misplaced != 0)
+    if (data.different.number != 0)
+        print_warning("%llu functions came again with different blocks, the first in %s; the one with more "
+                      "blocks was kept",
+                      data.different.shown(), printable(data.different.first).c_str());
+    if (data.misplaced.number != 0)
         print_warning(
-            "%llu blocks lie beyond the end of their line or file; the sources have changed since the "
-            "program was built (build it again, and run the tests)",
-            static_cast<unsigned long long>(data.misplaced));
+            "%llu blocks lie beyond the end of their line or file, the first of %s; the sources have changed "
+            "since the program was built (build it again, and run the tests)",
+            data.misplaced.shown(), printable(data.misplaced.first).c_str());
 }
 
 static void run_clang_import(const import_options& options) {

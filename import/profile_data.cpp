@@ -165,7 +165,7 @@ void file_builder::merge(candidate* best, candidate other) {
             best->blocks[i].count = add_counts(best->blocks[i].count, other.blocks[i].count);
         return;
     }
-    ++profile_.different;
+    profile_.different.add(profile_.profile.files.back());
     if (is_preferred(other.blocks, best->blocks))
         *best = std::move(other);
 }
@@ -174,7 +174,8 @@ void file_builder::add_routine(const std::string& name, candidate function) {
     count_last_block(&function.blocks, function.count);
     if (source_.readable()) {
         for (const profile_block& block : function.blocks)
-            profile_.misplaced += source_.contains(block.position) ? 0 : 1;
+            if (!source_.contains(block.position))
+                profile_.misplaced.add(profile_.profile.files.back());
     }
     const std::size_t index = extent_index(function.extent);
     const std::optional<source_position>& mark = extents_.marks[index];

@@ -1,16 +1,15 @@
 // The content of the two profiles, made from the functions of the inputs.
 #pragma once
 
+#include "import/named_count.h"
 #include "import/record_store.h"
 #include "import/source_names.h"
 #include "profile/profile_content.h"
 
-#include <cstdint>
-
 struct profile_data {
-    PGOPTI_PROFILE profile;      ///< without its number of runs
-    std::uint64_t different = 0; ///< functions dropped for a larger one of the same name
-    std::uint64_t misplaced = 0; ///< blocks where the source file has no character
+    PGOPTI_PROFILE profile; ///< without its number of runs
+    named_count different;  ///< functions dropped for a larger one of the same name, with their source file
+    named_count misplaced;  ///< blocks where the source file has no character, with its name
 };
 
 /// Lays out every function of `store`, one source file after the other, and empties the store.

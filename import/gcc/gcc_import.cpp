@@ -62,15 +62,15 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             "%llu counts were negative or too large and were set to 0 or to the largest count; threads that "
             "count at the same time do that (build with -fprofile-update=atomic)",
             number(clamped));
-    if (made.unreadable != 0)
-        print_warning("%llu source files cannot be read; their figures are kept "
+    if (made.unreadable.number != 0)
+        print_warning("%llu source files cannot be read, the first is %s; their figures are kept "
                       "(run where relative names lead to them)",
-                      number(made.unreadable));
-    if (made.misplaced != 0)
-        print_warning(
-            "%llu blocks lie beyond the end of their file; the sources have changed since the program was "
-            "built (build it again, and run the tests)",
-            number(made.misplaced));
+                      made.unreadable.shown(), printable(made.unreadable.first).c_str());
+    if (made.misplaced.number != 0)
+        print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
+                      "changed since the "
+                      "program was built (build it again, and run the tests)",
+                      made.misplaced.shown(), printable(made.misplaced.first).c_str());
 }
 
 /// Takes note of the sources that gcov is told to pass over, those not below `prefix`. Most objects name the

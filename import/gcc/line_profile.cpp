@@ -133,14 +133,13 @@ std::vector<placed_function> file_placer::place(const source_text& text) {
 } // namespace
 
 /// Blocks on lines that the file does not have.
-static std::uint64_t count_misplaced(const std::vector<placed_function>& functions,
-                                     const source_lines& source) {
-    std::uint64_t misplaced = 0;
+static void count_misplaced(const std::vector<placed_function>& functions, const source_lines& source,
+                            const std::string& file, named_count* misplaced) {
     for (const placed_function& function : functions) {
         for (const profile_block& block : function.blocks)
-            misplaced += source.beyond_end(block.position.line) ? 1 : 0;
+            if (source.beyond_end(block.position.line))
+                misplaced->add(file);
     }
-    return misplaced;
 }
 
 /// Indices of the store's files in the order of their names: that of their appearance may differ from run to
@@ -164,9 +163,10 @@ line_profile build_line_profile(line_store* store, const source_names& names) {
         const std::string& name = store->files()[file];
         const source_text text(names.path_of(name));
         const source_lines source(text);
-        result.unreadable += source.readable() ? 0 : 1;
+        if (!source.readable())
+            result.unreadable.add(name);
         std::vector<placed_function> placed = file_placer(&functions, std::move(by_file[file])).place(text);
-        result.misplaced += count_misplaced(placed, source);
+        count_misplaced(placed, source, name, &result.misplaced);
         result.profile.files.push_back(name);
         add_file_records(static_cast<std::uint32_t>(result.profile.files.size() - 1), std::move(placed),
                          &result.profile);

@@ -37,15 +37,15 @@ static void print_warnings(const trace_oddities& oddities, const trace_profile& 
     if (oddities.clamped != 0)
         print_warning("%llu counts were negative or too large and were set to 0 or to the largest count",
                       number(oddities.clamped));
-    if (made.unreadable != 0)
-        print_warning("%llu source files cannot be read; their figures are kept "
+    if (made.unreadable.number != 0)
+        print_warning("%llu source files cannot be read, the first is %s; their figures are kept "
                       "(run where relative names lead to them)",
-                      number(made.unreadable));
-    if (made.misplaced != 0)
-        print_warning(
-            "%llu blocks lie beyond the end of their file; the sources have changed since the trace was "
-            "written (make it again)",
-            number(made.misplaced));
+                      made.unreadable.shown(), printable(made.unreadable.first).c_str());
+    if (made.misplaced.number != 0)
+        print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
+                      "changed since the "
+                      "trace was written (make it again)",
+                      made.misplaced.shown(), printable(made.misplaced.first).c_str());
 }
 
 void run_lcov_import(const import_options& options) {

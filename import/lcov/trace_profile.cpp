@@ -185,10 +185,12 @@ trace_profile build_trace_profile(trace_store* store, const source_names& names)
         file = {};
         if (functions.empty())
             continue;
-        result.unreadable += source.readable() ? 0 : 1;
+        if (!source.readable())
+            result.unreadable.add(name);
         for (const placed_function& function : functions) {
             for (const profile_block& block : function.blocks)
-                result.misplaced += source.beyond_end(block.position.line) ? 1 : 0;
+                if (source.beyond_end(block.position.line))
+                    result.misplaced.add(name);
         }
         profile.files.push_back(name);
         add_file_records(static_cast<std::uint32_t>(profile.files.size() - 1), std::move(functions),
