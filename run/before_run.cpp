@@ -1,13 +1,11 @@
 #include "run/before_run.h"
 
-#include "common/file_ptr.h"
 #include "common/message.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <string_view>
+#include <string>
 #include <system_error>
 #include <unistd.h>
 
@@ -21,10 +19,11 @@ void check_objects(const run_options& options) {
     }
 }
 
+/// It may be a pipe, of which nothing must be taken yet.
 static void check_input(const std::string& path) {
-    errno = 0;
-    const file_ptr stream(std::fopen(path.c_str(), "rb"));
-    if (!stream || (std::fgetc(stream.get()) == EOF && std::ferror(stream.get())))
+    std::error_code error;
+    errno = EISDIR;
+    if (fs::is_directory(path, error) || access(path.c_str(), R_OK) != 0)
         end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
 }
 
@@ -35,9 +34,11 @@ static void check_folder(const std::string& folder) {
     while (!fs::exists(nearest, error) && nearest.has_relative_path())
         nearest = nearest.parent_path();
     errno = ENOTDIR;
-    if (!fs::is_directory(nearest, error) || access(nearest.c_str(), W_OK | X_OK) != 0)
-        end_with_error("cannot %s the directory %s: %s", fs::exists(folder, error) ? "write to" : "make",
-                       printable(folder).c_str(), std::strerror(errno));
+    if (fs::is_directory(nearest, error) && access(nearest.c_str(), W_OK | X_OK) == 0)
+        return;
+    const std::string reason = std::strerror(errno);
+    end_with_error("cannot %s the directory %s: %s", fs::exists(folder, error) ? "write to" : "make",
+                   printable(folder).c_str(), reason.c_str());
 }
 
 void check_before_run(const run_options& options) {
