@@ -9,7 +9,7 @@ import time
 
 import fault_run
 
-SEVERAL = ("html", "exports", "import", "clang", "gcov", "traces")
+SEVERAL = ("html", "exports", "import", "clang", "gcov", "traces", "site")
 
 
 def small_disks(quick):
@@ -45,7 +45,8 @@ FULL_OUTPUTS = (
     ("import", "clang", "-dpi", "/dev/full", "flow.json"),
     ("import", "clang", "-spi", "/dev/full", "flow.json"),
 )
-TALKING = (("html",), ("exports",), ("check",), ("exports", "-help"), ("import", "-help"), ("import", "-version"))
+TALKING = (("html",), ("exports",), ("check",), ("exports", "-help"), ("import", "-help"), ("import", "-version"),
+           ("site", "-help"))
 
 
 def full_exports(quick):
@@ -66,7 +67,7 @@ def lost_streams(quick):
                 box = fault_run.sandbox(scenario)
                 outcome = box.run(box.command(*arguments), **{stream: taker})
                 has_told = stream == "errors" or b"cannot write standard output" in outcome.errors
-                says_nothing = stream == "errors" and scenario in ("import", "check")
+                says_nothing = stream == "errors" and scenario in ("import", "check", "site")
                 yield f"{scenario} {' '.join(arguments)} with {what}", outcome, (
                     outcome.problem(0 if says_nothing else 1) or (None if has_told else "no message"))
     os.close(unread)
@@ -133,7 +134,7 @@ def few_descriptors(quick):
 
 def kill(quick):
     chance = random.Random(1)
-    for box in (many_sources(300), *map(fault_run.sandbox, ("import", "clang", "gcov"))):
+    for box in (many_sources(300), *map(fault_run.sandbox, ("import", "clang", "gcov", "site"))):
         length = min(box.run().seconds for _ in range(5))
         for i in range(6 if quick else 25):
             status = 0
@@ -152,6 +153,10 @@ def kill(quick):
                 for name in os.listdir(box.cwd):
                     if name.endswith((".tmp", "~")):
                         os.unlink(os.path.join(box.cwd, name))
+            elif box.scenario.tool == "vexcov-site":
+                found = {name: left for name, left in fault_run.read_tree(box.root).items() if ".tmp" not in name}
+                if not box.is_told_from_whole(found, box.digests):
+                    problem = "a part of a site has a start page"
             else:  # whatever is left of a page is replaced
                 for name in box.expected.keys() - box.inputs.keys():
                     fault_run.write(os.path.join(box.root, name), b"<html>")
