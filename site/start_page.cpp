@@ -181,6 +181,7 @@ static void draw_start_page(const site_settings& settings, const site_model& mod
     values.set("histogram", [&] { put_histogram(out, model); });
     values.set("top_page", [&] { out.put(directory_page_name(model.directories[model.top].path)); });
     values.choice("has_directories", !model.directories[model.top].directories.empty());
+    values.choice("one_directory", model.directories[model.top].directories.empty());
     values.set("directories", [&] { put_directories(out, model); });
     values.set("worst", [&] { put_worst_functions(out, model); });
     values.choice("has_care", needs_care(model));
