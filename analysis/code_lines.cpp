@@ -3,30 +3,32 @@
 #include "common/code_lexer.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <utility>
 
 constexpr std::uint32_t kOpen = 0xfffffffe; ///< a body that no brace closes
 
-/// Characters at which the reading of a line of code has to stop.
-static constexpr std::array<bool, 256> kStops = [] {
-    std::array<bool, 256> stops = {};
-    for (const char c : {'\n', '"', '\'', '/', '{', '}', '(', ')', ';'})
-        stops[static_cast<unsigned char>(c)] = true;
-    return stops;
-}();
+namespace {
 
-static bool is_one_of(std::string_view characters, char c) {
-    return characters.find(c) != std::string_view::npos;
-}
+/// A set of characters.
+struct character_set {
+    bool has[256] = {};
+    explicit constexpr character_set(std::string_view characters) {
+        for (const char c : characters)
+            has[static_cast<unsigned char>(c)] = true;
+    }
+    bool contains(char c) const { return has[static_cast<unsigned char>(c)]; }
+};
+
+} // namespace
+
+constexpr character_set kMarks("{}();");
+constexpr character_set kStops("\n\"'/{}();"); ///< at which the reading of a line of code has to stop
+constexpr character_set kBehindBrace("})];,"); ///< what a line that closes may hold behind its brace
 
 code_lines::code_lines(const source_analysis& analysis) : analysis_(analysis) {
-    first_code_.reserve(analysis.positions.lines());
-    closes_.reserve(analysis.positions.lines());
+    starts_.resize(analysis.positions.lines());
     read_text();
-    first_code_.resize(line_, 0);
-    closes_.resize(line_, false);
     match_marks();
     find_bodies();
     find_extents();
@@ -39,14 +41,13 @@ source_position code_lines::position_of(std::size_t offset) const {
 /// Notes that a piece of code begins at `offset` of the line at hand.
 void code_lines::note_code(std::size_t offset) {
     const char c = analysis_.text[offset];
-    if (first_code_.size() < line_) {
-        first_code_.resize(line_, 0);
-        closes_.resize(line_, false);
-        first_code_[line_ - 1] = position_of(offset).column;
-        closes_[line_ - 1] = c == '}';
-    } else if (!is_one_of("})];,", c)) {
-        closes_[line_ - 1] = false;
-    }
+    if (starts_.size() < line_)
+        starts_.resize(line_);
+    line_start& start = starts_[line_ - 1];
+    if (start.first_code == 0)
+        start = {position_of(offset).column, c == '}'};
+    else if (!kBehindBrace.contains(c))
+        start.closes = false;
     if (mark_waits_ && other_branches_ == 0)
         finish_mark(offset);
 }
@@ -81,7 +82,8 @@ static code_word word_at(std::string_view text, std::size_t offset) {
 
 /// True when the last character in front of `offset` other than blanks is a colon.
 static bool is_behind_colon(std::string_view text, std::size_t offset) {
-    while (offset > 0 && is_one_of(" \t\r\n", text[offset - 1]))
+    while (offset > 0 && (text[offset - 1] == ' ' || text[offset - 1] == '\t' || text[offset - 1] == '\r' ||
+                          text[offset - 1] == '\n'))
         --offset;
     return offset > 0 && text[offset - 1] == ':';
 }
@@ -103,13 +105,29 @@ void code_lines::note_mark(std::size_t offset) {
 
 /// Counts the lines that end in text[from, to).
 void code_lines::pass_lines(std::size_t from, std::size_t to) {
+    const std::string_view text = analysis_.text.substr(0, to);
+    for (from = text.find('\n', from); from != std::string_view::npos; from = text.find('\n', from + 1)) {
+        ++line_;
+        line_start_ = from + 1;
+    }
+}
+
+/// Passes over blanks, newlines and comments. `*line_begin`: whether only such lie in front of `offset` on
+/// its line; kept up to date.
+std::size_t code_lines::pass_blank(std::size_t offset, bool* line_begin) {
     const char* const text = analysis_.text.data();
-    for (; from < to; ++from) {
-        if (text[from] == '\n') {
+    const std::size_t size = analysis_.text.size();
+    for (; offset < size; ++offset) {
+        const char c = text[offset];
+        if (c == '\n') {
+            *line_begin = true;
             ++line_;
-            line_start_ = from + 1;
+            line_start_ = offset + 1;
+        } else if (c != ' ' && c != '\t' && c != '\r' && c != '\f' && c != '\v') {
+            return offset;
         }
     }
+    return offset;
 }
 
 /// The braces of both branches of a condition would not match: those of the first one count.
@@ -138,22 +156,27 @@ std::size_t code_lines::read_code(std::size_t offset) {
         return end;
     }
     note_code(offset);
-    if (is_one_of("{}();", c) && other_branches_ == 0)
+    if (kMarks.contains(c) && other_branches_ == 0)
         note_mark(offset);
     ++offset;
-    if (mark_waits_ || closes_[line_ - 1]) // what follows is to be looked at
+    if (mark_waits_ || starts_[line_ - 1].closes) // what follows is to be looked at
         return offset;
-    while (offset < text.size() && !kStops[static_cast<unsigned char>(text[offset])])
-        ++offset;
-    return offset;
+    const char* at = text.data() + offset;
+    while (at != text.data() + text.size() && !kStops.contains(*at))
+        ++at;
+    return static_cast<std::size_t>(at - text.data());
 }
 
 void code_lines::read_text() {
     const std::string_view text = analysis_.text;
     bool line_begin = true;
     for (std::size_t at = text.starts_with("\xef\xbb\xbf") ? 3 : 0; at < text.size();) {
-        const std::size_t code = behind_blank(text, at, &line_begin);
-        pass_lines(at, code);
+        std::size_t code = pass_blank(at, &line_begin);
+        if (code < text.size() && text[code] == '/') { // mostly a comment
+            at = code;
+            code = behind_blank(text, at, &line_begin);
+            pass_lines(at, code);
+        }
         if (code == text.size())
             return;
         if (text[code] == '#' && line_begin) {
@@ -277,8 +300,8 @@ void code_lines::find_extents() {
 }
 
 code_line code_lines::examine(std::uint32_t line) {
-    const bool read = line <= first_code_.size();
-    code_line result = {false, false, false, read && closes_[line - 1], read ? first_code_[line - 1] : 0};
+    const line_start start = line <= starts_.size() ? starts_[line - 1] : line_start{0, false};
+    code_line result = {false, false, false, start.closes, start.first_code};
     const source_position code = {line, result.column};
     result.in_function = functions_.reaches(line, code, &result.inside) && result.column != 0;
     called_.reaches(line, code, &result.inside_called);

@@ -51,6 +51,7 @@ class code_lines {
   private:
     void read_text();
     std::size_t read_code(std::size_t offset);
+    std::size_t pass_blank(std::size_t offset, bool* line_begin);
     void pass_lines(std::size_t from, std::size_t to);
     void note_directive(std::size_t offset);
     void note_code(std::size_t offset);
@@ -65,10 +66,14 @@ class code_lines {
     source_extent uncalled_extent(std::uint32_t line, std::uint32_t next_line) const;
 
     const source_analysis& analysis_;
-    std::vector<std::uint32_t> first_code_; ///< column of the first code of each line, from line 1; 0: none
-    std::vector<bool> closes_;              ///< for each of them: see code_line
-    std::uint32_t line_ = 1;                ///< while reading: that of the text at hand
-    std::size_t line_start_ = 0;            ///< offset at which it begins
+    /// What is known of a line.
+    struct line_start {
+        std::uint32_t first_code; ///< column of its first code; 0: none
+        bool closes;              ///< see code_line
+    };
+    std::vector<line_start> starts_; ///< of each line, from line 1
+    std::uint32_t line_ = 1;         ///< while reading: that of the text at hand
+    std::size_t line_start_ = 0;     ///< offset at which it begins
     std::vector<bool> branches_;     ///< while reading, for each open #if: text behind an #else or #elif
     std::size_t other_branches_ = 0; ///< how many of them are
     std::vector<code_mark> marks_;

@@ -6,7 +6,7 @@
 #include <string_view>
 
 /// Letters, digits and the underscore.
-inline bool is_word_character(char c) {
+constexpr bool is_word_character(char c) {
     return c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 

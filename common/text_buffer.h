@@ -55,6 +55,15 @@ class text_buffer {
     /// Appends text with '<' as "&lt;" and '>' as "&gt;"; every other byte, '&' included, stays as it is.
     void put_escaped(std::string_view text);
 
+    /// Room for `size` bytes, far less than the buffer holds, to be written in place; taken() tells how far
+    /// they reach.
+    char* room(std::size_t size) {
+        if (size > kCapacity - used_)
+            flush();
+        return bytes_ + used_;
+    }
+    void taken(const char* end) { used_ = static_cast<std::size_t>(end - bytes_); }
+
     /// Hands what was collected to the stream.
     void flush();
 

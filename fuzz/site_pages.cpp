@@ -110,6 +110,7 @@ static void write_site(const scenario& all, const std::string& other_name) {
     }
     require(model.files[0].page != model.files[1].page || model.files[0].name.empty(),
             "pages have names of their own");
+    model.warnings = {{all.analysis.path, other_name}, model.files.size()};
     model.find_directories();
     write_directory_pages(settings, model);
     write_list_pages(settings, model);

@@ -4,9 +4,10 @@
 #include "site/figure_rows.h"
 #include "site/html_text.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include <cstdio>
 #include <memory>
+#include <new>
+#include <utility>
 
 site_changes::site_changes(const site_options& options, coverage_walk& walk) {
     if (options.diff.empty())
@@ -15,10 +16,15 @@ site_changes::site_changes(const site_options& options, coverage_walk& walk) {
     change_tracker tracker(files, !options.root.empty());
     walk.run([&](const file_coverage& file) { tracker.take(file, walk.names()); });
     changed_ = tracker.finish();
-    for (const changed_file_coverage& file : changed_.files)
-        for (const changed_file& in_diff : files)
-            if (in_diff.name == file.name && in_diff.change != file_change::deleted)
-                lines_[file.source] = in_diff.lines;
+    std::unordered_map<std::string_view, const changed_file*> in_diff;
+    for (const changed_file& file : files)
+        if (file.change != file_change::deleted)
+            in_diff[file.name] = &file;
+    for (const changed_file_coverage& file : changed_.files) {
+        by_source_.emplace(file.source, &file);
+        if (const auto found = in_diff.find(file.name); found != in_diff.end())
+            lines_[file.source] = found->second->lines;
+    }
 }
 
 const changed_lines& site_changes::lines_of(const std::string& name) const {
@@ -27,32 +33,52 @@ const changed_lines& site_changes::lines_of(const std::string& name) const {
     return found == lines_.end() ? none : found->second;
 }
 
+namespace {
+
+/// What is written to a stream, as text. (A stream of open_memstream may lose what there is no memory for.)
+struct collected_text {
+    std::string text;
+    bool complete = true;
+
+    static ssize_t take(void* self, const char* bytes, std::size_t size) {
+        auto* const all = static_cast<collected_text*>(self);
+        try {
+            all->text.append(bytes, size);
+        } catch (const std::bad_alloc&) {
+            all->complete = false;
+        }
+        return static_cast<ssize_t>(size);
+    }
+};
+
+} // namespace
+
 /// What `write` writes, as text.
 template <typename Write> static std::string written(Write write) {
-    char* bytes = nullptr;
-    std::size_t size = 0;
-    std::FILE* const stream = open_memstream(&bytes, &size);
+    collected_text all;
+    cookie_io_functions_t functions = {};
+    functions.write = collected_text::take;
+    std::FILE* const stream = fopencookie(&all, "w", functions);
     if (!stream)
-        throw std::bad_alloc(); // infeasible
+        throw std::bad_alloc();
+    std::setvbuf(stream, nullptr, _IONBF, 0);
     {
+        const std::unique_ptr<std::FILE, decltype(&std::fclose)> owned(stream, std::fclose);
         const auto out = std::make_unique<text_buffer>(stream);
         write(*out);
     }
-    std::fclose(stream);
-    std::string text(bytes, size);
-    std::free(bytes);
-    return text;
+    if (!all.complete)
+        throw std::bad_alloc();
+    return std::move(all.text);
 }
 
 void site_changes::add_excerpts(const file_coverage& file, const std::string& page) {
-    const auto found =
-        std::find_if(changed_.files.begin(), changed_.files.end(),
-                     [&](const changed_file_coverage& each) { return each.source == file.name; });
-    if (found == changed_.files.end())
+    const auto found = by_source_.find(file.name);
+    if (found == by_source_.end())
         return;
     const code_survey survey = survey_code(file.analysis);
     sections_.push_back(
-        {&*found, page, written([&](text_buffer& out) {
+        {found->second, page, written([&](text_buffer& out) {
              code_writer(out, file.analysis, survey, lines_of(file.name)).write_excerpts(page);
          })});
 }

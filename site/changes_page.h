@@ -40,6 +40,7 @@ class site_changes {
     };
 
     changed_coverage changed_;
+    std::unordered_map<std::string_view, const changed_file_coverage*> by_source_;
     std::unordered_map<std::string, changed_lines> lines_;
     std::vector<section> sections_;
 };

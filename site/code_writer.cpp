@@ -4,13 +4,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 constexpr std::uint32_t kChunk = 100;     ///< lines; site.css knows their height
 constexpr std::uint32_t kLinesAround = 3; ///< that an excerpt shows with a changed one
-constexpr std::size_t kMostTitles = 20;   ///< positions of a line that are listed one by one
 constexpr std::size_t kSyntaxShare =
     5; ///< of the source's bytes, colours of the language may add one in so many
 constexpr std::size_t kFreeSyntaxBytes = 200; ///< before that counts
+constexpr std::size_t kNoOffset = SIZE_MAX;
 
 static void add_run(std::vector<code_survey::run>& runs, std::uint32_t line, mark kind) {
     if (!runs.empty() && runs.back().kind == kind && runs.back().last + 1 == line)
@@ -39,23 +40,6 @@ code_survey survey_code(const source_analysis& analysis) {
         line_begin += line.text.size() + 1;
     }
     return survey;
-}
-
-void put_short_count(text_buffer& out, std::uint64_t count) {
-    static const char units[] = {'k', 'M', 'G', 'T', 'P', 'E'};
-    if (count < 1000)
-        return out.put_number(count);
-    std::size_t unit = 0;
-    std::uint64_t rest = count;
-    for (; rest >= 1000000; rest /= 1000)
-        ++unit;
-    const std::uint64_t whole = rest / 1000;
-    out.put_number(whole);
-    if (whole < 10 && rest % 1000 >= 100) {
-        out.put('.');
-        out.put_number(rest % 1000 / 100);
-    }
-    out.put(units[unit]);
 }
 
 code_writer::code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey,
@@ -142,50 +126,49 @@ void code_writer::change_mark(const mark_change& change) {
     in_force_ = change.kind;
 }
 
+/// Writes a whole keyword.
+void code_writer::write_keyword(std::string_view word) {
+    set_syntax(syntax_kind::none);
+    if (!may_colour())
+        return out_.put(word);
+    out_.put("<b>");
+    out_.put(word); // nothing but letters
+    out_.put("</b>");
+    syntax_bytes_ += 7;
+}
+
+/// Writes a part of the token at hand, which ends at `end`.
+void code_writer::write_token(std::size_t from, std::size_t end) {
+    const std::string_view piece = analysis_.text.substr(from, end - from);
+    if (token_.kind == syntax_kind::keyword && piece.size() == token_.end - token_.begin)
+        return write_keyword(piece);
+    if (token_.kind == syntax_kind::sign) {
+        set_syntax(syntax_kind::none);
+        return put_code(out_, piece);
+    }
+    if (open_syntax_ != token_.kind && may_colour())
+        set_syntax(token_.kind);
+    put_code(out_, piece);
+    if (end == token_.end)
+        set_syntax(syntax_kind::none);
+}
+
 /// Writes the text between two offsets of the file, with the colours of the language.
 void code_writer::write_piece(std::size_t from, std::size_t to) {
     const std::string_view text = analysis_.text;
-    while (has_syntax_ && from < to) {
+    if (!has_syntax_)
+        return put_code(out_, text.substr(from, to - from));
+    while (from < to) {
         while (token_.kind != syntax_kind::none && token_.end <= from)
             token_ = syntax_.next();
         const std::size_t begin = std::clamp(token_.begin, from, to);
         if (begin > from) {
             set_syntax(syntax_kind::none);
-            put_code(out_, text.substr(from, begin - from));
+            out_.put(text.substr(from, begin - from));
         }
-        const std::size_t end = std::clamp(token_.end, begin, to);
-        if (end > begin) {
-            if (open_syntax_ != token_.kind && may_colour())
-                set_syntax(token_.kind);
-            const std::string_view piece = text.substr(begin, end - begin);
-            if (token_.kind == syntax_kind::keyword)
-                out_.put(piece); // nothing but letters
-            else
-                put_code(out_, piece);
-            if (end == token_.end)
-                set_syntax(syntax_kind::none);
-        }
-        from = end;
-    }
-    put_code(out_, text.substr(from, to - from));
-}
-
-/// What a position says of its blocks.
-static void put_title(text_buffer& out, const block_list_node& position) {
-    out.put("column ");
-    out.put_number(position.column);
-    out.put(": ");
-    if (position.count == NEVER_ENTERED) {
-        out.put("function never called");
-        return;
-    }
-    put_grouped(out, position.count);
-    if (position.numBlocks > 1) {
-        out.put(" (");
-        put_grouped(out, position.numExecuted);
-        out.put(" of ");
-        put_grouped(out, position.numBlocks);
-        out.put(" blocks ran)");
+        from = std::clamp(token_.end, begin, to);
+        if (from > begin)
+            write_token(begin, from);
     }
 }
 
@@ -200,38 +183,6 @@ std::span<const block_list_node> code_writer::counted_positions() {
     while (last < all.size() && all[last].line == line_ && all[last].column <= columns)
         ++last;
     return {all.data() + first, last - first};
-}
-
-/// The counts of the blocks that begin on the line: the largest to be shown, each to be read on demand. What
-/// closes a function is no block.
-void code_writer::put_counts() {
-    std::uint64_t largest = 0;
-    std::size_t counted = 0;
-    const std::span<const block_list_node> positions = counted_positions();
-    for (const block_list_node& position : positions) {
-        counted += position.bAdjusted() ? 0 : 1;
-        if (!position.bAdjusted() && position.count != NEVER_ENTERED)
-            largest = std::max(largest, position.count);
-    }
-    if (counted == 0)
-        return;
-    out_.put(" data-c=");
-    put_short_count(out_, largest);
-    out_.put(" title=\"");
-    std::size_t listed = 0;
-    for (auto position = positions.begin(); position != positions.end() && listed < kMostTitles; ++position) {
-        if (position->bAdjusted())
-            continue;
-        if (listed++ != 0)
-            out_.put('\n');
-        put_title(out_, *position);
-    }
-    if (counted > listed) {
-        out_.put("\nand ");
-        put_grouped(out_, counted - listed);
-        out_.put(" more");
-    }
-    out_.put('"');
 }
 
 /// The gravest mark of the line.
@@ -249,56 +200,84 @@ bool code_writer::is_changed() {
     return next_changed_ < changed_.size() && changed_[next_changed_].first <= line_;
 }
 
-void code_writer::write_anchor() {
+constexpr std::size_t kAnchorRoom = 100; ///< bytes, more than the fixed parts of a line's number take
+
+namespace {
+
+/// A number in decimal.
+struct decimal {
     char digits[16];
-    const char* const end = std::to_chars(digits, digits + sizeof digits, line_).ptr;
-    const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+    std::size_t length;
+};
+
+/// Puts what every line has into a buffer's room, in moves of fixed length.
+class fixed_moves {
+  public:
+    explicit fixed_moves(char* at) : at_(at) {}
+    template <std::size_t Size> fixed_moves& put(const char (&text)[Size]) {
+        std::memcpy(at_, text, Size - 1);
+        at_ += Size - 1;
+        return *this;
+    }
+    fixed_moves& put(const decimal& number) {
+        std::memcpy(at_, number.digits, sizeof number.digits);
+        at_ += number.length;
+        return *this;
+    }
+    char* end() const { return at_; }
+
+  private:
+    char* at_;
+};
+
+} // namespace
+
+void code_writer::write_anchor() {
+    decimal number;
+    number.length = static_cast<std::size_t>(
+        std::to_chars(number.digits, number.digits + sizeof number.digits, line_).ptr - number.digits);
     const mark gravest = line_mark();
     const bool changed = is_changed();
     if (whole_.empty()) {
-        out_.put("<a id=");
-        out_.put(number);
-        out_.put(" href=#");
-        out_.put(number);
+        fixed_moves to(out_.room(kAnchorRoom));
+        out_.taken(to.put("<a id=").put(number).put(" href=#").put(number).put(" tabindex=-1").end());
     } else {
         out_.put("<a href=\"");
         out_.put(whole_);
         out_.put("#");
-        out_.put(number);
-        out_.put('"');
+        out_.put({number.digits, number.length});
+        out_.put("\" tabindex=-1");
     }
-    out_.put(" tabindex=-1");
     out_.put(line_class(gravest, changed));
     if (gravest != mark::infeasible)
-        put_counts();
+        put_line_counts(out_, counted_positions());
     out_.put(changed ? ">+" : ">");
-    out_.put(number);
-    out_.put("</a>");
+    out_.taken(fixed_moves(out_.room(kAnchorRoom)).put(number).put("</a>").end());
+}
+
+/// Offset of the next change of marks; none lies behind the text.
+std::size_t code_writer::next_offset() const {
+    return next_change_ < survey_.changes.size() ? survey_.changes[next_change_].offset : kNoOffset;
 }
 
 void code_writer::write_line() {
-    const std::vector<mark_change>& changes = survey_.changes;
-    const auto changes_before = [&](std::size_t offset) {
-        return next_change_ < changes.size() && changes[next_change_].offset < offset;
-    };
-    const bool has_newline = line_end_ < analysis_.text.size();
+    std::size_t next = next_offset();
     // The number of the line belongs to no mark that ends or begins with it.
-    if (changes_before(line_begin_ + 1))
+    if (next <= line_begin_)
         close_mark();
     write_anchor();
-    for (std::size_t at = line_begin_;;) {
-        while (changes_before(at + 1))
-            change_mark(changes[next_change_++]);
-        const std::size_t end = changes_before(line_end_ + 1) ? changes[next_change_].offset : line_end_;
+    for (std::size_t at = line_begin_;; at = next) {
+        for (; next <= at; next = next_offset())
+            change_mark(survey_.changes[next_change_++]);
+        const std::size_t end = std::min(next, line_end_);
         if (end > at) {
             open_mark();
             write_piece(at, end);
         }
-        at = end;
-        if (!changes_before(line_end_ + 1))
+        if (next > line_end_)
             break;
     }
-    if (has_newline)
+    if (line_end_ < analysis_.text.size())
         out_.put('\n');
 }
 

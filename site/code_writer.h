@@ -12,6 +12,7 @@
 
 #include "changes/unified_diff.h"
 #include "common/text_buffer.h"
+#include "site/line_counts.h"
 #include "site/marked_lines.h"
 #include "site/syntax.h"
 
@@ -45,9 +46,6 @@ struct code_survey {
 
 code_survey survey_code(const source_analysis& analysis);
 
-/// The number of executions in at most four characters: 999, 1.2k, 34M.
-void put_short_count(text_buffer& out, std::uint64_t count);
-
 /// Lines of a source that a change is about.
 using changed_lines = std::vector<line_range>;
 
@@ -67,14 +65,16 @@ class code_writer {
   private:
     bool next_line();
     void skip_line();
+    std::size_t next_offset() const;
     bool is_changed();
     bool is_near_change() const;
     void write_line();
     void write_anchor();
     mark line_mark();
-    void put_counts();
     std::span<const block_list_node> counted_positions();
     void write_piece(std::size_t from, std::size_t to);
+    void write_token(std::size_t from, std::size_t end);
+    void write_keyword(std::string_view word);
     void change_mark(const mark_change& change);
     void write_place_links();
     void set_syntax(syntax_kind kind);

@@ -1,7 +1,5 @@
 #include "site/html_text.h"
 
-#include "common/number_format.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -53,9 +51,8 @@ struct byte_kinds {
     std::array<byte_kind, 256> of = {};
     constexpr byte_kinds() {
         for (unsigned int i = 0; i < 256; ++i)
-            of[i] = i >= 0x80 ? beyond_ascii : i < 0x20 || i == 0x7f ? control : as_it_is;
+            of[i] = is_plain_on_page(static_cast<char>(i)) ? as_it_is : i >= 0x80 ? beyond_ascii : control;
         of['&'] = of['<'] = of['>'] = markup;
-        of['\t'] = of['\n'] = of['\f'] = as_it_is;
     }
 };
 
@@ -112,17 +109,25 @@ static std::size_t put_beyond_ascii(text_buffer& out, std::string_view text, std
     return character.length;
 }
 
+static std::size_t behind_plain(std::string_view text, std::size_t from) {
+    const char* at = text.data() + from;
+    const char* const end = text.data() + text.size();
+    while (at != end && kind_of(*at) == as_it_is)
+        ++at;
+    return static_cast<std::size_t>(at - text.data());
+}
+
 void put_code(text_buffer& out, std::string_view text) {
     std::size_t written = 0;
     std::size_t at = 0;
     for (;;) {
-        while (at < text.size() && kind_of(text[at]) == as_it_is)
-            ++at;
+        at = behind_plain(text, at);
         if (at == text.size())
             break;
         const char c = text[at];
         const byte_kind kind = kind_of(c);
-        out.put(text.substr(written, at - written));
+        if (at > written)
+            out.put(text.substr(written, at - written));
         if (kind == beyond_ascii) {
             at += put_beyond_ascii(out, text, at);
         } else {
@@ -134,7 +139,8 @@ void put_code(text_buffer& out, std::string_view text) {
         }
         written = at;
     }
-    out.put(text.substr(written));
+    if (at > written)
+        out.put(text.substr(written));
 }
 
 /// Appends what a character of a name is shown as.
@@ -153,6 +159,12 @@ static void append_shown(std::string& shown, std::string_view name, std::size_t 
     } else {
         shown += name.substr(offset, character.length);
     }
+}
+
+/// True for names that are shown as they are.
+static bool is_plain_name(std::string_view name) {
+    return std::all_of(name.begin(), name.end(),
+                       [](char c) { return is_plain_on_page(c) && c >= ' ' && c != '"'; });
 }
 
 /// `ends`, if it is given, receives the size behind each character.
@@ -177,6 +189,8 @@ static std::string shown_name(std::string_view name, std::vector<std::size_t>* e
 
 std::string html_name(std::string_view name, std::size_t limit, name_cut cut) {
     if (name.size() <= limit) {
+        if (is_plain_name(name))
+            return std::string(name);
         std::string shown = shown_name(name, nullptr);
         if (shown.size() <= limit)
             return shown;
@@ -197,9 +211,12 @@ std::string html_name(std::string_view name, std::size_t limit, name_cut cut) {
 }
 
 void put_grouped(text_buffer& out, std::uint64_t value) {
-    if (value < 1000)
-        return out.put_number(value);
-    char number[kNumberTextSize];
-    u64_to_ascii(number, value);
-    out.put(number);
+    if (value >= 1000) {
+        put_grouped(out, value / 1000);
+        const auto rest = static_cast<unsigned int>(value % 1000);
+        const char digits[] = {',', static_cast<char>('0' + rest / 100),
+                               static_cast<char>('0' + rest / 10 % 10), static_cast<char>('0' + rest % 10)};
+        return out.put({digits, sizeof digits});
+    }
+    out.put_number(value);
 }

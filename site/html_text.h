@@ -18,6 +18,12 @@ struct utf8_character {
 /// The character at `offset`, which lies in the text.
 utf8_character read_utf8(std::string_view text, std::size_t offset);
 
+/// True for characters that a page may hold as they stand, also as part of a longer text.
+constexpr bool is_plain_on_page(char c) {
+    const bool printable = c >= ' ' && c < 0x7f && c != '&' && c != '<' && c != '>';
+    return printable || c == '\t' || c == '\n' || c == '\f';
+}
+
 /// Writes source text: markup is escaped, so that a copy of the page's text is the source. What no page may
 /// hold is replaced by a sign for it: control characters, bytes that are no UTF-8. Characters that would turn
 /// the reading direction stay, each isolated in an element that shows its number.

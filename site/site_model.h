@@ -3,6 +3,7 @@
 #pragma once
 
 #include "inputs/coverage_walk.h"
+#include "site/kept_messages.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -59,6 +60,7 @@ struct site_model {
     std::vector<site_directory> directories; ///< by path
     std::uint32_t top = 0;                   ///< index of the directory that holds all
     coverage_totals totals;
+    run_warnings warnings;                 ///< what the run said meanwhile
     std::unordered_set<std::string> pages; ///< names that are taken
 
     /// Appends a file with its functions; its page gets a name. The rest is filled by the caller.

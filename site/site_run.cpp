@@ -6,6 +6,7 @@
 #include "site/changes_page.h"
 #include "site/directory_page.h"
 #include "site/html_text.h"
+#include "site/kept_messages.h"
 #include "site/list_pages.h"
 #include "site/site_files.h"
 #include "site/site_options.h"
@@ -54,30 +55,39 @@ static std::unique_ptr<older_figures> read_older(const site_options& options) {
     return std::make_unique<older_figures>(older_figures{before.totals});
 }
 
+/// The user's own style sheet; empty without one.
+static std::string read_own_style(const site_options& options) {
+    if (options.style_sheet.empty())
+        return {};
+    std::string_view text;
+    if (!load_source(options.style_sheet.c_str(), &text))
+        end_with_error("cannot read %s", printable(options.style_sheet).c_str());
+    std::string style(text);
+    release_source();
+    return style;
+}
+
 /// The files of the site that are the same for every program.
-static void write_fixed_files(const site_settings& settings, const site_options& options) {
+static void write_fixed_files(const site_settings& settings, const std::string& own_style) {
     make_directories(settings.directory);
+    remove_start_page(settings);
     make_directory(settings.directory + "/s");
     make_directory(settings.directory + "/d");
     for (const char* name : {"icon.svg", "site.css", "site.js"})
         write_site_file(settings, name, site_file(name));
-    if (!settings.has_own_style)
-        return;
-    std::string_view text;
-    if (!load_source(options.style_sheet.c_str(), &text))
-        end_with_error("cannot read the style sheet %s", printable(options.style_sheet).c_str());
-    write_site_file(settings, "own.css", text);
-    release_source();
+    if (settings.has_own_style)
+        write_site_file(settings, "own.css", own_style);
 }
 
 void run_site(int argc, char** argv) {
     site_options options;
     parse_site_options(argc, argv, &options);
+    const kept_messages messages;
     const std::unique_ptr<older_figures> older = read_older(options);
     coverage_walk walk(options);
     site_changes changes(options, walk);
     const site_settings settings = settings_of(options);
-    write_fixed_files(settings, options);
+    write_fixed_files(settings, read_own_style(options));
 
     site_model model;
     const source_page_writer source_pages(settings);
@@ -86,6 +96,7 @@ void run_site(int argc, char** argv) {
         source_pages.write(file, model, changes.lines_of(file.name), entry);
         changes.add_excerpts(file, entry.page);
     });
+    model.warnings = messages.warnings();
     model.find_directories();
     write_directory_pages(settings, model);
     write_list_pages(settings, model);

@@ -1,5 +1,6 @@
 #include "site/start_page.h"
 
+#include "common/message.h"
 #include "site/html_text.h"
 #include "site/list_rows.h"
 #include "site/page_names.h"
@@ -7,7 +8,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <numeric>
+#include <unistd.h>
 
 constexpr std::size_t kMostDirectories = 200; ///< of the table; with more, only those of the top
 constexpr std::size_t kWorstFunctions = 20;
@@ -101,21 +106,32 @@ static void put_worst_functions(text_buffer& out, const site_model& model) {
     }
 }
 
-/// The list of what a reader of the figures should know.
-static void put_care(text_buffer& out, const site_model& model) {
-    std::size_t listed = 0;
-    for (const std::string& missing : model.totals.missing) {
-        if (++listed > kMostCareFiles)
-            break;
+static void put_warnings(text_buffer& out, const run_warnings& warnings) {
+    for (const std::string& warning : warnings.first) {
+        out.put("<li>");
+        out.put(html_name(warning));
+    }
+    if (warnings.more != 0) {
+        out.put("<li>");
+        put_grouped(out, warnings.more);
+        out.put(" more warnings stood on standard error.");
+    }
+}
+
+static void put_missing(text_buffer& out, const std::vector<std::string>& missing) {
+    for (std::size_t i = 0; i < std::min(missing.size(), kMostCareFiles); ++i) {
         out.put("<li>The source of ");
-        out.put(html_name(missing, kLongestName, name_cut::front));
+        out.put(html_name(missing[i], kLongestName, name_cut::front));
         out.put(" is not there: it is in no figure.");
     }
-    if (model.totals.missing.size() > kMostCareFiles) {
+    if (missing.size() > kMostCareFiles) {
         out.put("<li>The sources of ");
-        put_grouped(out, model.totals.missing.size() - kMostCareFiles);
+        put_grouped(out, missing.size() - kMostCareFiles);
         out.put(" more files are not there.");
     }
+}
+
+static void put_infeasible(text_buffer& out, const site_model& model) {
     std::vector<const site_file_entry*> infeasible;
     for (const site_file_entry& file : model.files)
         if (file.infeasible_lines != 0)
@@ -138,15 +154,26 @@ static void put_care(text_buffer& out, const site_model& model) {
     }
 }
 
+/// The list of what a reader of the figures should know.
+static void put_care(text_buffer& out, const site_model& model) {
+    put_warnings(out, model.warnings);
+    put_missing(out, model.totals.missing);
+    put_infeasible(out, model);
+}
+
 static bool needs_care(const site_model& model) {
-    return !model.totals.missing.empty() ||
+    return !model.totals.missing.empty() || !model.warnings.first.empty() ||
            std::any_of(model.files.begin(), model.files.end(),
                        [](const site_file_entry& file) { return file.infeasible_lines != 0; });
 }
 
-void write_start_page(const site_settings& settings, const site_model& model, const older_figures* older) {
+constexpr const char* kStartPage = "index.html";
+constexpr const char* kUnfinished = "index.html.tmp"; ///< its name while it is written
+
+static void draw_start_page(const site_settings& settings, const site_model& model,
+                            const older_figures* older) {
     const page_template form("start");
-    site_page page(settings, "index.html", "Start");
+    site_page page(settings, kUnfinished, "Start");
     text_buffer& out = page.out();
     page_values& values = page.values();
     set_all_figure_rows(page, model.totals.files, model.totals.figures, older);
@@ -154,11 +181,40 @@ void write_start_page(const site_settings& settings, const site_model& model, co
     values.set("histogram", [&] { put_histogram(out, model); });
     values.set("top_page", [&] { out.put(directory_page_name(model.directories[model.top].path)); });
     values.choice("has_directories", !model.directories[model.top].directories.empty());
+    values.choice("one_directory", model.directories[model.top].directories.empty());
     values.set("directories", [&] { put_directories(out, model); });
     values.set("worst", [&] { put_worst_functions(out, model); });
     values.choice("has_care", needs_care(model));
     values.set("care", [&] { put_care(out, model); });
     page.write(form);
+}
+
+void remove_start_page(const site_settings& settings) {
+    const std::string path = settings.directory + "/" + kStartPage;
+    if (unlink(path.c_str()) != 0 && errno != ENOENT)
+        end_with_error("cannot remove %s: %s", printable(path).c_str(), std::strerror(errno));
+}
+
+namespace {
+
+/// A start page that is not finished, which must not stay when the run ends early.
+struct unfinished_page {
+    std::string path;
+    ~unfinished_page() {
+        if (!path.empty())
+            unlink(path.c_str());
+    }
+};
+
+} // namespace
+
+void write_start_page(const site_settings& settings, const site_model& model, const older_figures* older) {
+    unfinished_page unfinished{settings.directory + "/" + kUnfinished};
+    draw_start_page(settings, model, older);
+    const std::string path = settings.directory + "/" + kStartPage;
+    if (std::rename(unfinished.path.c_str(), path.c_str()) != 0)
+        end_with_error("cannot write %s: %s", printable(path).c_str(), std::strerror(errno));
+    unfinished.path.clear();
 }
 
 void write_help_page(const site_settings& settings) {

@@ -1,10 +1,11 @@
 #include "site/syntax.h"
 
 #include "common/code_lexer.h"
+#include "site/html_text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
+#include <iterator>
 
 static constexpr std::string_view c_endings[] = {"c",   "h", "cc", "hh",  "cpp", "hpp", "cxx", "hxx", "c++",
                                                  "h++", "C", "H",  "inl", "ipp", "tcc", "tpp", "ixx", "cppm"};
@@ -106,27 +107,35 @@ static constexpr std::size_t letter_of(std::string_view word) {
 
 namespace {
 
-enum class byte_class : unsigned char { dull, word, lower, slash, quote };
+/// What may begin at a byte. Of `markup` are those that no page may hold as they stand.
+enum class byte_class : unsigned char { dull, word, lower, slash, quote, markup, beyond_word };
 
 /// Keywords are few: most words are told apart by their first letter and length.
 struct lexer_tables {
-    std::array<byte_class, 256> classes = {};
-    std::array<bool, 256> words = {};
-    std::array<std::uint32_t, 26> lengths = {}; ///< by first letter: a bit for each length
-    std::array<std::uint8_t, 27> first = {};    ///< by first letter: index of its first keyword
+    byte_class classes[256] = {};
+    bool words[256] = {};
+    std::uint32_t lengths[26] = {}; ///< by first letter: a bit for each length
+    std::uint32_t second[26] =
+        {}; ///< by first letter: a bit for each second letter, which may be of others, too
+    std::uint8_t first[27] = {}; ///< by first letter: index of its first keyword
 
     constexpr lexer_tables() {
         for (unsigned int c = 0; c < 256; ++c) {
+            const char byte = static_cast<char>(c);
             const bool lower = c >= 'a' && c <= 'z';
-            const bool other = (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c >= 0x80;
-            words[c] = lower || other;
-            classes[c] = lower ? byte_class::lower : other ? byte_class::word : byte_class::dull;
+            words[c] = is_word_character(byte);
+            classes[c] = c >= 0x80                ? byte_class::beyond_word
+                         : lower                  ? byte_class::lower
+                         : words[c]               ? byte_class::word
+                         : is_plain_on_page(byte) ? byte_class::dull
+                                                  : byte_class::markup;
         }
         classes['/'] = byte_class::slash;
         classes['"'] = classes['\''] = byte_class::quote;
         for (const std::string_view word : keywords) {
             lengths[letter_of(word)] |= 1U << word.size();
-            for (std::size_t i = letter_of(word) + 1; i < first.size(); ++i)
+            second[letter_of(word)] |= 1U << (word[1] & 31);
+            for (std::size_t i = letter_of(word) + 1; i < std::size(first); ++i)
                 ++first[i];
         }
     }
@@ -140,6 +149,10 @@ static byte_class class_of(char c) {
     return tables.classes[static_cast<unsigned char>(c)];
 }
 
+static bool is_in_word(char c) {
+    return tables.words[static_cast<unsigned char>(c)];
+}
+
 static bool is_keyword(std::string_view word) {
     const std::size_t letter = letter_of(word);
     if (word.size() > kLongestKeyword || (tables.lengths[letter] >> word.size() & 1) == 0)
@@ -148,38 +161,93 @@ static bool is_keyword(std::string_view word) {
     return std::find(keywords + tables.first[letter], end, word) != end;
 }
 
-static std::size_t behind_word(std::string_view text, std::size_t at) {
-    while (at < text.size() && tables.words[static_cast<unsigned char>(text[at])])
+/// True when a keyword begins with the letter at `at` and the one behind it.
+static bool begins_keyword(const char* at, const char* end) {
+    return end - at > 1 && (tables.second[*at - 'a'] >> (static_cast<unsigned char>(at[1]) & 31) & 1) != 0;
+}
+
+/// Behind a word with characters beyond ASCII.
+static std::size_t behind_foreign_word(std::string_view text, std::size_t at) {
+    while (at < text.size() && (is_in_word(text[at]) || class_of(text[at]) == byte_class::beyond_word))
         ++at;
     return at;
 }
 
-syntax_token syntax_reader::next() {
-    for (;;) {
-        while (at_ < text_.size() && class_of(text_[at_]) == byte_class::dull)
-            ++at_;
-        if (at_ >= text_.size())
-            return {text_.size(), text_.size(), syntax_kind::none};
-        const byte_class kind = class_of(text_[at_]);
-        const std::size_t begin = at_;
-        if (kind == byte_class::word) {
-            at_ = behind_word(text_, at_);
-        } else if (kind == byte_class::lower) {
-            at_ = behind_word(text_, at_);
-            if (is_keyword(text_.substr(begin, at_ - begin)))
-                return {begin, at_, syntax_kind::keyword};
-        } else if (kind == byte_class::slash) {
-            const char after = at_ + 1 < text_.size() ? text_[at_ + 1] : '\0';
-            if (after == '*' || after == '/') {
-                at_ = after == '*' ? behind_comment(text_, at_) : behind_line(text_, at_);
-                return {begin, after == '/' && text_[at_ - 1] == '\n' ? at_ - 1 : at_, syntax_kind::comment};
-            }
-            ++at_;
-        } else if (kind == byte_class::quote && begins_literal(text_, at_)) {
-            at_ = behind_literal(text_, at_);
-            return {begin, at_, syntax_kind::string};
-        } else {
-            ++at_;
-        }
+static std::size_t behind_markup(std::string_view text, std::size_t at) {
+    while (at < text.size() && class_of(text[at]) == byte_class::markup)
+        ++at;
+    return at;
+}
+
+/// The comment that begins at the slash; of kind none for a slash alone.
+static syntax_token comment_at(std::string_view text, std::size_t begin) {
+    const char after = begin + 1 < text.size() ? text[begin + 1] : '\0';
+    if (after == '*')
+        return {begin, behind_comment(text, begin), syntax_kind::comment};
+    if (after != '/')
+        return {begin, begin + 1, syntax_kind::none};
+    const std::size_t end = behind_line(text, begin);
+    return {begin, text[end - 1] == '\n' ? end - 1 : end, syntax_kind::comment};
+}
+
+/// What begins at a byte that is neither dull nor of a word; of kind none when nothing does.
+static syntax_token piece_at(std::string_view text, std::size_t begin) {
+    switch (class_of(text[begin])) {
+    case byte_class::slash:
+        return comment_at(text, begin);
+    case byte_class::quote:
+        if (begins_literal(text, begin))
+            return {begin, behind_literal(text, begin), syntax_kind::string};
+        return {begin, begin + 1, syntax_kind::none};
+    case byte_class::beyond_word:
+        return {begin, behind_foreign_word(text, begin), syntax_kind::sign};
+    default:
+        return {begin, behind_markup(text, begin), syntax_kind::sign};
     }
+}
+
+/// The word at `begin`; of kind none when it is no keyword.
+static syntax_token word_at(std::string_view text, std::size_t begin) {
+    const char* const end = text.data() + text.size();
+    const char* behind = text.data() + begin + 1;
+    while (behind != end && is_in_word(*behind))
+        ++behind;
+    const std::size_t length = static_cast<std::size_t>(behind - text.data()) - begin;
+    const bool goes_on = behind != end && class_of(*behind) == byte_class::beyond_word;
+    const bool found = !goes_on && is_keyword(text.substr(begin, length));
+    return {begin, begin + length, found ? syntax_kind::keyword : syntax_kind::none};
+}
+
+/// The first place from `at` on where something other than words and dull bytes stands, or where a word
+/// begins that may be a keyword. `at` is not within a word. Most of a text is passed over here: in one loop,
+/// in which little depends on what a byte is.
+static const char* behind_dull(const char* at, const char* end) {
+    constexpr unsigned int begins_word = static_cast<unsigned int>(byte_class::lower);
+    unsigned int before = static_cast<unsigned int>(byte_class::dull);
+    for (; at != end; ++at) {
+        const unsigned int kind = static_cast<unsigned int>(class_of(*at));
+        if (kind > begins_word || (kind - before == begins_word && begins_keyword(at, end)))
+            break;
+        before = kind;
+    }
+    return at;
+}
+
+syntax_token syntax_reader::next() {
+    const char* const end = text_.data() + text_.size();
+    while (at_ < text_.size()) {
+        const char* const at = behind_dull(text_.data() + at_, end);
+        at_ = static_cast<std::size_t>(at - text_.data());
+        if (at == end)
+            break;
+        syntax_token found = {at_, at_ + 1, syntax_kind::none};
+        if (class_of(*at) == byte_class::lower)
+            found = word_at(text_, at_);
+        else
+            found = piece_at(text_, at_);
+        at_ = found.end;
+        if (found.kind != syntax_kind::none)
+            return found;
+    }
+    return {text_.size(), text_.size(), syntax_kind::none};
 }

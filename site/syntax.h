@@ -4,7 +4,13 @@
 #include <cstddef>
 #include <string_view>
 
-enum class syntax_kind : unsigned char { none, comment, string, keyword };
+enum class syntax_kind : unsigned char {
+    none,
+    comment,
+    string,
+    keyword,
+    sign ///< no colour, but no page may hold all of it as it stands
+};
 
 /// A piece of the text.
 struct syntax_token {
@@ -16,7 +22,7 @@ struct syntax_token {
 /// True for names of C and C++ sources and headers.
 bool is_c_source(std::string_view name);
 
-/// Finds the pieces of a text one after the other.
+/// Finds the pieces of a text one after the other. What lies between them is put on a page as it stands.
 class syntax_reader {
   public:
     explicit syntax_reader(std::string_view text) : text_(text) {}

@@ -14,11 +14,13 @@
 constexpr double kWidth = 1000;
 constexpr double kHeight = 420;
 constexpr double kLabelHeight = 17;
+constexpr double kLeastLabelWidth = 40;
 constexpr double kCharacterWidth = 6.6;
 constexpr double kLeastArea = 60; ///< of what is shown by itself
 constexpr std::size_t kMostLinkedFiles = 200;
 constexpr std::size_t kMostLinks = 400; ///< of directories
 constexpr int kSteps = 8;
+constexpr int kLightSteps = 3; ///< the first of them have dark colours
 
 int coverage_step(const covered_count& count) {
     if (count.total == 0)
@@ -68,6 +70,8 @@ class treemap_writer {
     void add_cell(const covered_count& blocks, const rectangle& area);
     void add_link(const std::string& page, std::string_view name, const covered_count& blocks,
                   const rectangle& area, bool with_label);
+
+    void add_label(std::string_view name, const rectangle& area, const char* element);
 
     text_buffer& out_;
     const site_model& model_;
@@ -144,7 +148,7 @@ void treemap_writer::add_cell(const covered_count& blocks, const rectangle& area
     path += 'z';
 }
 
-/// A link over an area: the label of a directory, or a whole cell.
+/// A link over an area: the label of a directory, or a whole cell with the name of its file where that fits.
 void treemap_writer::add_link(const std::string& page, std::string_view name, const covered_count& blocks,
                               const rectangle& area, bool with_label) {
     const std::string shown = html_name(name);
@@ -161,15 +165,21 @@ void treemap_writer::add_link(const std::string& page, std::string_view name, co
     links_ += "\" height=\"";
     append_number(links_, std::max(with_label ? kLabelHeight - 1 : area.height - 1, 0.0));
     links_ += "\"/>";
-    if (with_label) {
-        links_ += "<text x=\"";
-        append_number(links_, area.x + 4);
-        links_ += "\" y=\"";
-        append_number(links_, area.y + 12);
-        const auto fitting = static_cast<std::size_t>((area.width - 8) / kCharacterWidth);
-        links_ += "\">" + html_name(name, fitting, name_cut::back) + "</text>";
-    }
+    if (with_label)
+        add_label(name, area, "<text x=\"");
+    else if (area.width > kLeastLabelWidth && area.height > kLabelHeight)
+        add_label(name, area,
+                  coverage_step(blocks) < kLightSteps ? "<text class=w x=\"" : "<text class=b x=\"");
     links_ += "</a>";
+}
+
+void treemap_writer::add_label(std::string_view name, const rectangle& area, const char* element) {
+    links_ += element;
+    append_number(links_, area.x + 4);
+    links_ += "\" y=\"";
+    append_number(links_, area.y + 12);
+    const auto fitting = static_cast<std::size_t>((area.width - 14) / kCharacterWidth);
+    links_ += "\">" + html_name(name, fitting, name_cut::back) + "</text>";
 }
 
 void treemap_writer::place_directory(std::uint32_t index, rectangle area) {
@@ -177,7 +187,7 @@ void treemap_writer::place_directory(std::uint32_t index, rectangle area) {
     if (area.area() < kLeastArea)
         return add_cell(directory.figures.blocks, area);
     const bool with_label =
-        area.width > 40 && area.height > 2 * kLabelHeight && directory_links_ < kMostLinks;
+        area.width > kLeastLabelWidth && area.height > 2 * kLabelHeight && directory_links_ < kMostLinks;
     if (with_label) {
         ++directory_links_;
         add_link(directory_page_name(directory.path),

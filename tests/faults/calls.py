@@ -9,8 +9,7 @@ import fault_run
 SHIM = os.path.join(fault_run.SCRATCH, "fail_allocation.so")
 # The k-th failing alone is overcome where memory is only wanted, not needed; a report must be whole then.
 ALLOCATING = ("html", "components", "markers", "reference", "exports", "check", "formats", "export", "floors",
-              "show", "findings", "import", "clang", "gcov",
-              "documents", "traces", "merge")
+              "show", "findings", "import", "clang", "gcov", "documents", "traces", "merge", "site")
 
 # System call and the errors it is made to fail with.
 READING = (
@@ -24,6 +23,7 @@ READING = (
 )
 REPORT = READING + (("mkdir", ("ENOSPC", "EACCES")),)
 IMPORT = READING + tuple((call, ("EIO",)) for call in ("fsync", "rename", "link", "unlink"))
+SITE = REPORT + tuple((call, ("EIO",)) for call in ("rename", "unlink"))
 BINARY = tuple((call, ("EIO",)) for call in ("pread64", "fstat"))
 CHILDREN = (("pipe2", ("EMFILE", "ENFILE")), ("getdents64", ("EIO",)), ("poll", ("EINTR", "ENOMEM")),
             ("clone3", ("EAGAIN", "ENOMEM")), ("wait4", ("EINTR",)))
@@ -32,7 +32,7 @@ GCOV = tuple(call for call in IMPORT + CHILDREN if call[0] != "close")
 WRITING = (("write", ("ENOSPC",)),)
 CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("large", WRITING),
            ("components", REPORT), ("reference", REPORT), ("clang", IMPORT + BINARY), ("gcov", GCOV),
-           ("traces", IMPORT), ("check", READING), ("formats", IMPORT + BINARY), ("merge", IMPORT),
+           ("traces", IMPORT), ("check", READING), ("formats", IMPORT + BINARY), ("merge", IMPORT), ("site", SITE),
            ("export", READING + BINARY), ("floors", READING), ("show", READING), ("findings", READING))
 
 

@@ -9,7 +9,8 @@ import time
 
 import fault_run
 
-SEVERAL = ("html", "exports", "import", "clang", "gcov", "traces", "check", "formats", "export", "merge", "show", "findings")
+SEVERAL = ("html", "exports", "import", "clang", "gcov", "traces", "check", "formats", "export", "merge", "show", "findings",
+           "site")
 
 
 COMPANIONS = ("vexcov-check", "vexcov-export", "vexcov-profile")
@@ -59,8 +60,8 @@ FULL_OUTPUTS = (
 TALKING = (("html",), ("exports",), ("check",), ("export",), ("formats", "text"), ("formats", "markdown"),
            ("formats", "github"), ("formats", "cobertura"), ("formats", "lcov"), ("formats", "sonar"), ("floors",),
            ("show",), ("show", "show", "all.dpi"), ("findings",), ("exports", "-help"), ("import", "-help"),
-           ("import", "-version"), ("export", "-help"), ("check", "-help"), ("show", "-version"))
-SILENT = ("import", "check", "floors", "show", "findings")  # on standard error
+           ("import", "-version"), ("export", "-help"), ("check", "-help"), ("show", "-version"), ("site", "-help"))
+SILENT = ("import", "check", "floors", "show", "findings", "site")  # on standard error
 
 
 def full_exports(quick):
@@ -150,7 +151,7 @@ def few_descriptors(quick):
 
 def kill(quick):
     chance = random.Random(1)
-    for box in (many_sources(300), *map(fault_run.sandbox, ("import", "clang", "gcov", "formats", "merge"))):
+    for box in (many_sources(300), *map(fault_run.sandbox, ("import", "clang", "gcov", "formats", "merge", "site"))):
         length = min(box.run().seconds for _ in range(5))
         for i in range(6 if quick else 25):
             status = 0
@@ -169,6 +170,10 @@ def kill(quick):
                 for name in os.listdir(box.cwd):
                     if name.endswith((".tmp", "~")):
                         os.unlink(os.path.join(box.cwd, name))
+            elif box.scenario.tool == "vexcov-site":
+                found = {name: left for name, left in fault_run.read_tree(box.root).items() if ".tmp" not in name}
+                if not box.is_told_from_whole(found, box.digests):
+                    problem = "a part of a site has a start page"
             else:  # whatever is left of a page is replaced
                 for name in box.expected.keys() - box.inputs.keys():
                     fault_run.write(os.path.join(box.root, name), b"<html>")

@@ -1,10 +1,12 @@
 // Names of pages, names and numbers on pages, and the division of a rectangle.
 #include "site/code_writer.h"
 #include "site/html_text.h"
+#include "site/kept_messages.h"
 #include "site/page_names.h"
 #include "site/rectangle.h"
 #include "site/site_page.h"
 #include "site/syntax.h"
+#include "tests/tools/product.h"
 #include "tests/tools/scratch.h"
 
 #include <gtest/gtest.h>
@@ -103,6 +105,34 @@ TEST(SiteText, PiecesOfC) {
     for (syntax_token token = reader.next(); token.kind != syntax_kind::none; token = reader.next())
         shown.append(text.substr(token.begin, token.end - token.begin)).append("|");
     EXPECT_EQ(shown, "int|// for|\"(if)\"|'x'|/* */|");
+    // A keyword is a whole word, beyond ASCII, too; what a page cannot hold as it stands comes as a sign.
+    const std::string_view words = "if\xc3\xa9 \xc3\xa9if _if if1 do&&r->for\x01 else";
+    std::string found;
+    syntax_reader second(words);
+    for (syntax_token token = second.next(); token.kind != syntax_kind::none; token = second.next())
+        found.append(words.substr(token.begin, token.end - token.begin))
+            .append(token.kind == syntax_kind::sign ? "~" : "|");
+    EXPECT_EQ(found, "\xc3\xa9~\xc3\xa9if~do|&&~>~for|\x01~else|");
     EXPECT_TRUE(is_c_source("a/b.cpp"));
     EXPECT_FALSE(is_c_source("a.c/b.py"));
+}
+
+TEST(SiteText, WarningsAreKept) {
+    run_warnings kept;
+    const outcome end = run_product([&] {
+        const kept_messages messages;
+        std::fputs("Warning - File a.c not found!\n", stderr);
+        for (int again = 0; again < 2; ++again)
+            for (int i = 0; i < 25; ++i) {
+                std::fputs("WARNING: ", stderr);
+                std::fprintf(stderr, "<%d>\nof two lines\n", i);
+                std::fputs("...and a third\n", stderr);
+            }
+        std::fprintf(stderr, "%s\n", std::string(100000, 'x').c_str());
+        kept = messages.warnings();
+    });
+    ASSERT_EQ(kept.first.size(), 20U);
+    EXPECT_EQ(kept.first[3], "WARNING: <3> of two lines ...and a third");
+    EXPECT_EQ(kept.more, 6U);
+    EXPECT_EQ(end.errors.size(), 30U + 2 * (10 * 41 + 15 * 42) + 100001);
 }
