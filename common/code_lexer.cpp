@@ -102,17 +102,18 @@ std::size_t behind_literal(std::string_view text, std::size_t offset) {
 
 std::size_t behind_blank(std::string_view text, std::size_t offset, bool* line_begin) {
     while (offset < text.size()) {
-        const std::string_view two = text.substr(offset, 2);
-        const char c = two[0];
+        const char c = text[offset];
         if (c == '\n') {
             *line_begin = true;
             ++offset;
         } else if (c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v') {
             ++offset;
-        } else if (two == "//") {
+        } else if (c != '/' || offset + 1 == text.size()) {
+            break;
+        } else if (text[offset + 1] == '/') {
             *line_begin = true;
             offset = behind_line(text, offset);
-        } else if (two == "/*") {
+        } else if (text[offset + 1] == '*') {
             offset = behind_comment(text, offset);
         } else {
             break;

@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 constexpr std::size_t kPieceSize = std::size_t{1} << 16;
-constexpr int kPipeSize = 1 << 20; ///< what a pipe is to hold
+[[maybe_unused]] constexpr int kPipeSize = 1 << 20; ///< what a pipe is to hold, where that can be told
 
 namespace {
 
@@ -71,8 +71,9 @@ int child_process::start(const std::string& program, const std::vector<std::stri
     for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-    fcntl(ends[1], F_SETPIPE_SZ,
-          kPipeSize); // so that the program need not wait; it may be too much to ask for
+#ifdef F_SETPIPE_SZ
+    fcntl(ends[1], F_SETPIPE_SZ, kPipeSize); // the program need not wait then; it may be too much to ask for
+#endif
     const spawn_settings settings(ends[1]);
     std::vector<char*> environment = environment_of_child();
     const int error = posix_spawnp(&process_, program.c_str(), &settings.actions, &settings.attributes,
