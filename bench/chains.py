@@ -119,7 +119,7 @@ def gcc_chains(folder, rounds):
 
     def lcov(module):
         return Chain(f"`lcov --capture` with {module}, `genhtml`",
-                     (["env", "PERL_JSON_BACKEND=" + module, "lcov", "--quiet", "--capture", "--no-external",
+                     (["lcov", "--rc", "lcov_json_module=" + module, "--quiet", "--capture", "--no-external",
                        "--base-directory", source, "--directory", made, "--output-file", "ninja.info"],
                       folder, ["ninja.info"]),
                      (["genhtml", "--quiet", "--output-directory", "genhtml", "ninja.info"], folder, ["genhtml/"]))
