@@ -107,7 +107,8 @@ def clang_chains(folder, rounds):
 
 
 def gcc_chains(folder, rounds):
-    """On ninja: ours and lcov's with one process, ours and gcovr's with two."""
+    """On ninja: ours and lcov's with one process, ours and gcovr's with two. lcov reads JSON with one of two modules:
+    that of Perl, which is all that its package asks for, or one in C, where that is installed, too."""
     source, made = os.path.join(NINJA, "source"), os.path.join(NINJA, "build")
     pair = [word for name in PAIR for word in ("-" + name[-3:], os.path.join(folder, name))]
 
@@ -116,13 +117,15 @@ def gcc_chains(folder, rounds):
                      ([measure.IMPORT, "gcc", "-jobs", str(jobs), "-root", source, made], folder, PAIR),
                      ([measure.VEXCOV, "-nopmeter"] + pair, source, REPORT))
 
+    def lcov(module):
+        return Chain(f"`lcov --capture` with {module}, `genhtml`",
+                     (["lcov", "--rc", "lcov_json_module=" + module, "--quiet", "--capture", "--no-external",
+                       "--base-directory", source, "--directory", made, "--output-file", "ninja.info"],
+                      folder, ["ninja.info"]),
+                     (["genhtml", "--quiet", "--output-directory", "genhtml", "ninja.info"], folder, ["genhtml/"]))
+
     return in_turn(
-        rounds, ours(1),
-        Chain("`lcov --capture`, `genhtml`",
-              (["lcov", "--quiet", "--capture", "--no-external", "--base-directory", source, "--directory", made,
-                "--output-file", "ninja.info"], folder, ["ninja.info"]),
-              (["genhtml", "--quiet", "--output-directory", "genhtml", "ninja.info"], folder, ["genhtml/"])),
-        ours(2),
+        rounds, ours(1), lcov("JSON::PP"), lcov("Cpanel::JSON::XS"), ours(2),
         Chain("`gcovr -j 2 --html-details`",
               (["gcovr", "-j", "2", "--root", source, "--object-directory", made, "--html-details",
                 "gcovr/index.html", made], folder, ["gcovr/"])))
@@ -137,7 +140,7 @@ def compare(limits, rounds):
     """Prints the table of chains and adds their limits."""
     fmt, ninja = measure.scratch("fmt-chain"), measure.scratch("ninja-chain")
     pages, shown, imported, exported = clang_chains(fmt, rounds)
-    one, lcov, two, gcovr = gcc_chains(ninja, rounds)
+    one, lcov, fast_lcov, two, gcovr = gcc_chains(ninja, rounds)
     objects = len(glob.glob(os.path.join(NINJA, "build", "**", "*.gcno"), recursive=True))
     instances = measure.must(["llvm-cov", "export", "-format=lcov", "-skip-expansions"] + shown.tasks[1].command[5:],
                              cwd=fmt).count("\nFN:")
@@ -147,11 +150,12 @@ def compare(limits, rounds):
               f"{count_lines(os.path.join(fmt, 'pgopti.spi')):,} places in the sources. "
               f"GCC: ninja 1.11 with its tests, {objects} objects.\n")
         measure.table(["", "elapsed s", "processor s", "MiB"],
-                      [chain.row() for chain in (pages, shown, imported, exported, one, lcov, two, gcovr)])
+                      [chain.row() for chain in (pages, shown, imported, exported, one, lcov, fast_lcov, two, gcovr)])
     for name, title, ours, others in (
             ("chain: llvm-cov show", "clang, to the pages: llvm-cov's time, in ours", pages, shown),
             ("chain: llvm-cov export", "clang, the import alone: llvm-cov's time, in ours", imported, exported),
             ("chain: lcov", "GCC, one process: time of lcov and genhtml, in ours", one, lcov),
+            (None, "the same, lcov with Cpanel::JSON::XS", one, fast_lcov),
             ("chain: gcovr", "GCC, two processes: time of gcovr, in ours", two, gcovr)):
         limits.at_least(name, title, others.median().processor / ours.median().processor,
                         others.median().elapsed / ours.median().elapsed)

@@ -108,10 +108,12 @@ std::size_t behind_blank(std::string_view text, std::size_t offset, bool* line_b
             ++offset;
         } else if (c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v') {
             ++offset;
-        } else if (c == '/' && text.substr(offset, 2) == "//") {
+        } else if (c != '/' || offset + 1 == text.size()) {
+            break;
+        } else if (text[offset + 1] == '/') {
             *line_begin = true;
             offset = behind_line(text, offset);
-        } else if (c == '/' && text.substr(offset, 2) == "/*") {
+        } else if (text[offset + 1] == '*') {
             offset = behind_comment(text, offset);
         } else {
             break;

@@ -4,11 +4,13 @@
 
 /// Whether the name can be one of those that change: most are not, which shows without reading them.
 static bool may_change(std::string_view name) {
+    if (name.find('I', 2) != name.npos) // in most names that may
+        return true;
     constexpr std::string_view templates = "siod"; // "Ss" and the like stand for instances
     constexpr std::string_view variants = "01345I";
     for (std::size_t i = 2; i < name.size(); ++i) {
         const char next = i + 1 < name.size() ? name[i + 1] : '\0';
-        if (name[i] == 'I' || (name[i] == 'S' && templates.find(next) != templates.npos) ||
+        if ((name[i] == 'S' && templates.find(next) != templates.npos) ||
             ((name[i] == 'C' || name[i] == 'D') && variants.find(next) != variants.npos))
             return true;
     }

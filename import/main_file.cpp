@@ -90,7 +90,11 @@ namespace {
 /// The regions of one function's main file.
 class main_file_regions {
   public:
-    main_file_regions(const export_function& function, std::int64_t file) : function_(function), file_(file) {
+    /// `gap_ends` is used as memory.
+    main_file_regions(const export_function& function, std::int64_t file,
+                      std::vector<std::uint64_t>* gap_ends)
+        : function_(function), file_(file), gap_ends_(*gap_ends) {
+        gap_ends_.clear();
         for (const export_region& region : function.regions) {
             if (region[kFileID] == file && region[kKind] == kGap)
                 gap_ends_.push_back(one_number(region[kLineEnd], region[kColumnEnd]));
@@ -142,7 +146,7 @@ class main_file_regions {
 
     const export_function& function_;
     std::int64_t file_;
-    std::vector<std::uint64_t> gap_ends_; ///< ascending
+    std::vector<std::uint64_t>& gap_ends_; ///< ascending
 };
 
 } // namespace
@@ -193,7 +197,7 @@ bool extract_main_file(const export_function& function, const std::string& input
     result->file = function.filenames.at(static_cast<std::size_t>(file));
     result->count = static_cast<std::uint64_t>(function.count);
     result->regions.clear();
-    if (!main_file_regions(function, file).collect(&result->regions))
+    if (!main_file_regions(function, file, &result->gap_ends).collect(&result->regions))
         return false;
     sort_and_join(&result->regions);
     result->extent = function_extent(result->regions);

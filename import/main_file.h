@@ -5,6 +5,7 @@
 #include "import/clang_export.h"
 #include "import/source_region.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@ struct main_file_function {
     std::uint64_t count;                ///< entries of the function
     std::vector<source_region> regions; ///< ascending by start; at one start the longer comes first
     source_extent extent;               ///< from the start of the first counted region to the end of the last
+    std::vector<std::uint64_t> gap_ends; ///< for extract_main_file only; kept for its memory
 };
 
 /// Checks every number of `function` and extracts its main file's regions. Regions with the same extent

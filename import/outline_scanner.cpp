@@ -63,6 +63,8 @@ void outline_scanner::pass_directive(std::uint32_t offset) {
 
 /// Settles what the last piece left open, now that the next one is known.
 void outline_scanner::begin_code(std::uint32_t offset, bool line_begin) {
+    if (else_ == kNowhere && !closed_ && now().suspended == kNowhere && now().begin != kNowhere)
+        return; // nothing is open, as mostly
     const char c = text_[offset];
     const bool opens = c == '{';
     if (else_ != kNowhere) {
@@ -95,6 +97,8 @@ std::size_t outline_scanner::pass_word(std::uint32_t offset) {
     const piece before = last_;
     now().word_behind = now().word_behind || (before == piece::closing && now().depth == 0);
     last_ = before == piece::access ? piece::behind_access : piece::word;
+    if (word.size() < 3 || word.size() > 9)
+        return end; // none of those below
     if (word == "else") {
         else_ = offset;
     } else if (word == "operator" ||

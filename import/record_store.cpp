@@ -115,7 +115,7 @@ static std::size_t hash_of_place(std::uint32_t file, std::string_view name, sour
 std::uint32_t record_store::file_index(const std::string& file) {
     if (last_file_ < files_.size() && files_[last_file_] == file)
         return last_file_;
-    const auto [entry, added] = file_indices_.emplace(file, static_cast<std::uint32_t>(files_.size()));
+    const auto [entry, added] = file_indices_.try_emplace(file, static_cast<std::uint32_t>(files_.size()));
     if (added)
         files_.push_back(file);
     last_file_ = entry->second;
@@ -124,7 +124,7 @@ std::uint32_t record_store::file_index(const std::string& file) {
 
 void record_store::add(const std::string& file, std::string_view name, const main_file_function& function) {
     const std::uint32_t index = file_index(file);
-    const auto head = heads_.emplace(hash_of(index, name, function.regions), kNone).first;
+    const auto head = heads_.try_emplace(hash_of(index, name, function.regions), kNone).first;
     for (std::uint32_t i = head->second; i != kNone; i = functions_[i].next) {
         stored_function& entry = functions_[i];
         if (entry.file != index || entry.is_template || entry.name != name ||
@@ -148,7 +148,7 @@ void record_store::add_instance(const std::string& file, std::string_view name,
                                 const main_file_function& function) {
     const std::uint32_t index = file_index(file);
     const source_position start = function.extent.start;
-    const auto head = heads_.emplace(hash_of_place(index, name, start), kNone).first;
+    const auto head = heads_.try_emplace(hash_of_place(index, name, start), kNone).first;
     instance_ = function.regions;
     mark_longest(&instance_);
     for (std::uint32_t i = head->second; i != kNone; i = functions_[i].next) {

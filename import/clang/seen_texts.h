@@ -9,18 +9,19 @@
 #include <string_view>
 #include <vector>
 
-/// A hash that is much faster than those of the profiles.
+/// A hash that is much faster than those of the profiles: two rows of parts are mixed side by side.
 inline std::uint64_t quick_hash(std::string_view text) {
-    std::uint64_t hash = text.size();
-    std::uint64_t part = 0;
-    for (; text.size() >= sizeof part; text.remove_prefix(sizeof part)) {
-        std::memcpy(&part, text.data(), sizeof part);
-        hash = mix_hash(hash, part);
+    std::uint64_t hashes[2] = {text.size(), 0};
+    std::uint64_t parts[2] = {};
+    for (; text.size() >= sizeof parts; text.remove_prefix(sizeof parts)) {
+        std::memcpy(parts, text.data(), sizeof parts);
+        hashes[0] = mix_hash(hashes[0], parts[0]);
+        hashes[1] = mix_hash(hashes[1], parts[1]);
     }
-    part = 0;
+    parts[0] = parts[1] = 0;
     if (!text.empty())
-        std::memcpy(&part, text.data(), text.size());
-    return mix_hash(mix_hash(hash, part), 0);
+        std::memcpy(parts, text.data(), text.size());
+    return mix_hash(mix_hash(hashes[0], parts[0]), mix_hash(hashes[1], parts[1]));
 }
 
 /// Remembers hashes, as many as there is room for: what was seen may be forgotten. A hash stands for its

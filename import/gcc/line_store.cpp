@@ -14,7 +14,7 @@ constexpr std::uint32_t kNone = 0xffffffff;
 constexpr std::string_view kIncluded = "(included)";
 
 std::uint32_t line_store::file_index(const std::string& name) {
-    const auto [entry, added] = file_indices_.emplace(name, static_cast<std::uint32_t>(files_.size()));
+    const auto [entry, added] = file_indices_.try_emplace(name, static_cast<std::uint32_t>(files_.size()));
     if (added)
         files_.push_back(name);
     return entry->second;
@@ -26,7 +26,7 @@ std::uint32_t line_store::function_index(std::uint32_t file, std::string_view de
     std::size_t hash = std::hash<std::string_view>()(demangled);
     for (const std::uint32_t part : {file, start.line, start.column})
         hash = (hash ^ part) * 0x9e3779b97f4a7c15U + (hash >> 29);
-    const auto head = heads_.emplace(hash, kNone).first;
+    const auto head = heads_.try_emplace(hash, kNone).first;
     for (std::uint32_t i = head->second; i != kNone; i = functions_[i].next) {
         const counted_function& function = functions_[i];
         if (function.file == file && function.extent.start == start && function.demangled == demangled)
