@@ -8,9 +8,6 @@
 #include <algorithm>
 #include <iterator>
 
-/// Names that are hashed before it is looked whether more are needed.
-constexpr std::size_t kHashedTogether = 64;
-
 /// Bytes of the names of one function's files. A function of thousands of macros has some hundred thousand.
 constexpr std::size_t kMostFileNames = std::size_t{1} << 28;
 
@@ -49,18 +46,9 @@ void clang_join::read_names(std::string_view section) {
     }
 }
 
-/// Hashes the names that wait for it. Returns false when no more are needed.
-bool clang_join::take_names() {
-    hash_names(&waiting_, &hashes_);
-    for (std::size_t i = 0; i < waiting_.size(); ++i)
-        records_.set_name(hashes_[i], waiting_[i]);
-    waiting_.clear();
-    return lacks_names();
-}
-
-/// Returns false when it ended early, as no more names are needed.
+/// Returns false when no more names are needed.
 bool clang_join::read_block(const name_blocks& blocks, name_choice choice) {
-    const bool complete = for_each_name(blocks.text(), [&](std::string_view name) {
+    return for_each_name(blocks.text(), [&](std::string_view name) {
         if (choice != name_choice::rest) {
             if (is_of_library(name) != (choice == name_choice::of_library))
                 return true;
@@ -69,11 +57,9 @@ bool clang_join::read_block(const name_blocks& blocks, name_choice choice) {
                 return true;
             seen_names_.add(quick);
         }
-        waiting_.push_back(name);
-        return waiting_.size() < kHashedTogether || take_names();
+        records_.set_name(name_hash(name), name);
+        return lacks_names();
     });
-    take_names();
-    return complete;
 }
 
 void clang_join::add_profile(std::string_view file) {

@@ -60,7 +60,6 @@ class clang_join {
 
     void read_names(std::string_view section);
     bool read_block(const name_blocks& blocks, name_choice choice);
-    bool take_names();
     bool is_wanted(const function_record& record) const;
     void name_files(const function_record& record, export_function* function) const;
     bool was_handed_out(const function_record& record) const;
@@ -72,10 +71,8 @@ class clang_join {
     source_files files_;
     function_records records_;
     counter_store counters_;
-    seen_texts seen_names_;                 ///< names that were hashed, and blocks of names
-    byte_buffer unpacked_;                  ///< names being read; kept for its memory, as are the next two
-    std::vector<std::string_view> waiting_; ///< names that are to be hashed
-    std::vector<std::uint64_t> hashes_;
+    seen_texts seen_names_; ///< names that were hashed, and blocks of names
+    byte_buffer unpacked_;  ///< names being read; kept for its memory
     std::vector<input> inputs_;
     std::set<std::string> profiled_ids_;
     mapping_decoder decoder_;

@@ -3,45 +3,68 @@
 #include "import/clang/input_error.h"
 
 #include <algorithm>
-#include <libdeflate.h>
-#include <memory>
+#include <limits>
 #include <new>
+#include <zlib.h>
 
 /// No stream of n bytes unpacks to more than 1032 n.
 constexpr std::uint64_t kLargestRatio = 1032;
 constexpr std::uint64_t kSlack = 64;
 
-/// Names unpack to about five times their size. More memory is taken only where a stream has more.
+/// Names unpack to about five times their size. More memory is taken only while a stream goes on.
 constexpr std::uint64_t kUsualRatio = 8;
 
 namespace {
 
-struct freed_by_library {
-    void operator()(libdeflate_decompressor* decompressor) const {
-        libdeflate_free_decompressor(decompressor);
+/// A zlib stream that is being unpacked.
+class stream {
+  public:
+    explicit stream(std::string_view packed) {
+        state_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data())); // zlib only reads it
+        state_.avail_in = static_cast<uInt>(packed.size());
+        if (inflateInit(&state_) != Z_OK)
+            throw std::bad_alloc();
     }
+    ~stream() { inflateEnd(&state_); }
+    stream(const stream&) = delete;
+    stream& operator=(const stream&) = delete;
+
+    /// Unpacks up to `size` bytes and returns how many came. `*ended`: the stream is whole and at its end.
+    std::size_t unpack(char* to, std::size_t size, bool* ended) {
+        state_.next_out = reinterpret_cast<Bytef*>(to);
+        state_.avail_out = static_cast<uInt>(size);
+        const int status = inflate(&state_, Z_NO_FLUSH);
+        if (status == Z_MEM_ERROR)
+            throw std::bad_alloc();
+        *ended = status == Z_STREAM_END;
+        return size - state_.avail_out;
+    }
+
+  private:
+    z_stream state_ = {};
 };
 
 } // namespace
 
 void inflate_exactly(std::string_view packed, std::uint64_t size, byte_buffer* to) {
-    if (size / kLargestRatio > packed.size() + kSlack)
+    constexpr std::uint64_t largest = std::numeric_limits<uInt>::max();
+    if (packed.size() > largest || size > largest || size > packed.size() * kLargestRatio + kSlack)
         throw input_error("holds compressed data of an impossible size");
-    const std::unique_ptr<libdeflate_decompressor, freed_by_library> decompressor(
-        libdeflate_alloc_decompressor());
-    if (!decompressor)
-        throw std::bad_alloc();
-    libdeflate_result result = LIBDEFLATE_INSUFFICIENT_SPACE;
-    std::size_t used = 0;
+    stream source(packed);
+    to->clear();
     std::size_t done = 0;
-    for (std::uint64_t room = 0; result == LIBDEFLATE_INSUFFICIENT_SPACE && (room == 0 || room < size);) {
-        room = std::min(std::max<std::uint64_t>(packed.size() * kUsualRatio + kSlack, room * 2), size);
-        to->clear();
-        char* const bytes = to->extend(static_cast<std::size_t>(std::max<std::uint64_t>(room, 1)));
-        result = libdeflate_zlib_decompress_ex(decompressor.get(), packed.data(), packed.size(), bytes,
-                                               static_cast<std::size_t>(room), &used, &done);
+    bool ended = false;
+    while (!ended) {
+        const std::uint64_t room = std::max<std::uint64_t>(packed.size() * kUsualRatio, done * 2) + kSlack;
+        // One byte more than there should be shows a stream that goes on.
+        to->shorten(done);
+        const std::size_t free = static_cast<std::size_t>(std::min(room, size + 1)) - done;
+        const std::size_t got = source.unpack(to->extend(free), free, &ended);
+        done += got;
+        if (!ended && (got == 0 || done > size))
+            break;
     }
-    if (result != LIBDEFLATE_SUCCESS || done != size)
+    if (!ended || done != size)
         throw input_error("holds damaged compressed data");
     to->shorten(done);
 }
