@@ -3,8 +3,32 @@
 #include "common/fatal.h"
 #include "common/progress_line.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <vector>
+
+/// Of the whole run, set by hide_in_messages; as messages show them.
+static std::vector<std::string> hidden_folders;
+
+void hide_in_messages(const std::string& folder) {
+    hidden_folders.push_back(printable(folder));
+}
+
+/// The text of a message without the hidden folders.
+__attribute__((format(printf, 1, 0))) static std::string text_of(const char* format, std::va_list arguments) {
+    std::va_list again;
+    va_copy(again, arguments);
+    const int size = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    std::string text(static_cast<std::size_t>(std::max(size, 0)) + 1, '\0');
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    text.pop_back();
+    for (const std::string& folder : hidden_folders)
+        for (std::size_t at = 0; (at = text.find(folder, at)) != std::string::npos;)
+            text.erase(at, folder.size());
+    return text;
+}
 
 static const char* program_name = nullptr;
 
@@ -25,7 +49,10 @@ void print_message(message_kind kind, const char* format, std::va_list arguments
         std::fprintf(stderr, "%s: %s: ", program_name, named[number]);
     else
         std::fputs(unnamed[number], stderr);
-    std::vfprintf(stderr, format, arguments);
+    if (hidden_folders.empty())
+        std::vfprintf(stderr, format, arguments);
+    else
+        std::fputs(text_of(format, arguments).c_str(), stderr);
     std::fputs("\n", stderr);
 }
 

@@ -4,6 +4,7 @@
 #include "common/printable.h"
 
 #include <cstdarg>
+#include <string>
 
 enum class message_kind { error, warning, note };
 
@@ -27,6 +28,11 @@ void print_warning(const char* format, ...) __attribute__((format(printf, 1, 2))
 /// Writes a note: nothing is wrong.
 void print_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Writes how a message of the kind begins, the text and a newline, without asking for memory.
+/// Leaves `folder` out of the names in all messages from now on: one that the program has made for itself,
+/// which will be gone.
+void hide_in_messages(const std::string& folder);
+
+/// Writes how a message of the kind begins, the text and a newline, without asking for memory unless a folder
+/// is hidden.
 void print_message(message_kind kind, const char* format, std::va_list arguments)
     __attribute__((format(printf, 2, 0)));

@@ -7,7 +7,9 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -26,6 +28,20 @@ static std::string temporary_name(const std::string& target) {
     return target + "." + std::to_string(getpid()) + "-" + std::to_string(now) + ".tmp";
 }
 
+/// Where the links lead that a name may be. What is there need not exist; a circle of links stays as it is.
+static std::string end_of_links(const std::string& name) {
+    constexpr int kMostLinks = 40; // as many as the system follows
+    std::filesystem::path path = name;
+    for (int links = 0; links < kMostLinks; ++links) {
+        std::error_code error;
+        const std::filesystem::path next = std::filesystem::read_symlink(path, error);
+        if (error)
+            return path.string();
+        path = path.parent_path() / next;
+    }
+    return name;
+}
+
 file_replacement::file_replacement(const std::vector<std::string>& targets) {
     static const int watching = std::atexit(remove_leftovers);
     static_cast<void>(watching);
@@ -35,8 +51,9 @@ file_replacement::file_replacement(const std::vector<std::string>& targets) {
 }
 
 std::size_t file_replacement::add(const std::string& target) {
-    const std::string name = temporary_name(target);
-    files_.push_back({target, name, name + "~"});
+    const std::string place = end_of_links(target);
+    const std::string name = temporary_name(place);
+    files_.push_back({target, place, name, name + "~"});
     return files_.size() - 1;
 }
 
@@ -110,8 +127,8 @@ bool file_replacement::close(std::FILE* stream) {
 bool file_replacement::rename_new(std::size_t i) {
     file& renamed = files_[i];
     if (i + 1 < files_.size())
-        renamed.has_backup = link(renamed.target.c_str(), renamed.backup.c_str()) == 0;
-    if (std::rename(renamed.new_name.c_str(), renamed.target.c_str()) != 0)
+        renamed.has_backup = link(renamed.place.c_str(), renamed.backup.c_str()) == 0;
+    if (std::rename(renamed.new_name.c_str(), renamed.place.c_str()) != 0)
         return false;
     renamed.has_new = false;
     return true;
@@ -122,9 +139,9 @@ void file_replacement::take_back(std::size_t count) {
     for (std::size_t i = count; i-- > 0;) {
         file& renamed = files_[i];
         if (std::exchange(renamed.has_backup, false))
-            std::rename(renamed.backup.c_str(), renamed.target.c_str());
+            std::rename(renamed.backup.c_str(), renamed.place.c_str());
         else
-            unlink(renamed.target.c_str());
+            unlink(renamed.place.c_str());
     }
 }
 

@@ -1,8 +1,9 @@
 // Replacing files, together or not at all.
 //
-// Each new file is written under a temporary name beside the one that it will replace; when all are complete,
-// they are renamed. Whatever goes wrong before leaves what was there. Temporary files go away at the end of
-// the object's life, and when the process exits without getting there; only a killed process leaves them.
+// Each new file is written under a temporary name beside the one that it will replace, which is that at the
+// end of symbolic links; when all are complete, they are renamed. Whatever goes wrong before leaves what was
+// there. Temporary files go away at the end of the object's life, and when the process exits without getting
+// there; only a killed process leaves them.
 #pragma once
 
 #include <cstddef>
@@ -44,7 +45,8 @@ class file_replacement {
 
   private:
     struct file {
-        std::string target;
+        std::string target;   ///< as it was given, for messages
+        std::string place;    ///< where symbolic links lead
         std::string new_name; ///< of the new content
         std::string backup;   ///< second name of the old content
         bool has_new = false;

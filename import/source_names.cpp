@@ -95,6 +95,7 @@ void left_out_sources::check_root() const {
 
 void left_out_sources::print() const {
     if (!names_.empty())
-        print_note("%zu source files outside of %s were left out (-all keeps them)", names_.size(),
-                   printable(root_).c_str());
+        print_note(names_.size() == 1 ? "%zu source file outside of %s was left out (-all keeps it)"
+                                      : "%zu source files outside of %s were left out (-all keeps them)",
+                   names_.size(), printable(root_).c_str());
 }

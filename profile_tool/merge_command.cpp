@@ -89,6 +89,10 @@ void merge_profiles(const tool_options& options) {
     };
     if (!PGOPTI_Replace_Profiles(names, lock, {write_dpi, write_spi}, &error))
         tool_error(error);
+    struct stat status;
+    if (routines.is_empty() && stat(names_of(options.output).spi.c_str(), &status) == 0)
+        tool_warning(printable(names_of(options.output).spi) +
+                     " stays as it was: none of the profiles has a static profile beside it");
     // Routines that never ran are in a static profile only.
     if (!routines.is_empty() && !missing.empty())
         tool_warning("profiles without a static profile beside them: " + std::to_string(missing.size()) +

@@ -80,6 +80,8 @@ static void set_json(parsed_options* parsed, const char*) {
 }
 
 static void set_output(parsed_options* parsed, const char* value) {
+    if (parsed->merge_option && !parsed->options->output.empty())
+        tool_error("option -o is given twice");
     parsed->options->output = value;
     parsed->merge_option = "-o";
 }

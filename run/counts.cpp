@@ -6,6 +6,7 @@
 #include "import/clang/file_bytes.h"
 #include "import/clang/file_kind.h"
 #include "import/clang/input_error.h"
+#include "run/before_run.h"
 
 #include <filesystem>
 #include <string_view>
@@ -94,12 +95,7 @@ static std::vector<std::string> all_files(const std::vector<std::string>& object
 }
 
 compiler find_counts(const run_options& options, const scratch_folder& scratch) {
-    for (const std::string& path : options.objects) {
-        std::error_code error;
-        if (!fs::exists(path, error))
-            end_with_error("there is no %s to look for objects in; -objects needs directories or files",
-                           printable(path).c_str());
-    }
+    check_objects(options);
     const bool of_clang = options.compiled_by != compiler::gcc && has_counts(scratch, compiler::clang);
     const bool of_gcc = options.compiled_by != compiler::clang && has_counts(scratch, compiler::gcc);
     if (of_clang && of_gcc)

@@ -6,6 +6,7 @@
 #include "driver/banner.h"
 #include "driver/run.h"
 #include "import/import_run.h"
+#include "run/before_run.h"
 #include "run/counts.h"
 #include "run/figures.h"
 #include "run/run_options.h"
@@ -105,6 +106,11 @@ static void make_folder(const std::string& folder) {
 static void import_counts(const test_run& run) {
     const run_options& options = run.options;
     const compiler compiled_by = find_counts(options, run.scratch);
+    // The counts of GCC's programs lie there under the whole names that they would have.
+    for (const std::string& hidden :
+         {counts_folder(run.scratch, compiler::gcc), counts_folder(run.scratch, compiler::clang) + "/",
+          run.scratch.path_of("")})
+        hide_in_messages(hidden);
     setenv("TMPDIR", run.scratch.path_of(".").c_str(), 1); // an import that is ended leaves nothing elsewhere
     import_options settings;
     settings.format = compiled_by == compiler::clang ? import_format::clang : import_format::gcc;
@@ -176,6 +182,7 @@ static bool make_report(test_run* run) {
 void run_tests(int argc, char** argv) {
     run_options options;
     parse_run_options(argc, argv, &options);
+    check_before_run(options);
     test_run run = {options, {}, {}, share_results(), {}, {}};
     run.spi_file = options.keep ? absolute_path(options.spi_file) : run.scratch.path_of("pgopti.spi");
     run.dpi_file = options.keep ? absolute_path(options.dpi_file) : run.scratch.path_of("pgopti.dpi");

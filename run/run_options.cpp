@@ -115,6 +115,10 @@ static void pass_on(run_options* options, const char* name, const char* value) {
 static void pass_file(run_options* options, const char* name, const char* value) {
     add_option(&options->for_report, name, absolute_file(value).c_str());
 }
+static void pass_input(run_options* options, const char* name, const char* value) {
+    pass_file(options, name, value);
+    options->inputs.push_back(options->for_report.back());
+}
 static void pass_to_both(run_options* options, const char* name, const char* value) {
     add_option(&options->for_report, name, value);
     add_option(&options->for_functions, name, value);
@@ -140,8 +144,8 @@ static const option_row<run_options*, const char*> option_table[] = {
     {"-demang", pass_to_both, false, nullptr},
     {"-counts", pass_on, false, nullptr},
     {"-nopartial", pass_on, false, nullptr},
-    {"-comp", pass_file, true, "a file name"},
-    {"-ref", pass_file, true, "a file name"},
+    {"-comp", pass_input, true, "a file name"},
+    {"-ref", pass_input, true, "a file name"},
     {"-mname", pass_on, true, "a name"},
     {"-maddr", pass_on, true, "an address"},
     {"-bcolor", pass_on, true, "a color"},

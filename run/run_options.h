@@ -21,6 +21,7 @@ struct run_options {
 
     // Options of vexcov with their values. Names of files are absolute.
     std::vector<std::string> for_report;
+    std::vector<std::string> inputs; ///< files that the report reads besides; all are among for_report
     std::vector<std::string>
         for_functions;             ///< of the function exports, which vexcov makes instead of a report
     bool function_exports = false; ///< some are asked for

@@ -16,7 +16,7 @@ static std::string temporary_folder() {
     if (!chosen || *chosen == '\0')
         return "/tmp";
     std::error_code error;
-    const std::string path = fs::absolute(chosen, error).string();
+    const std::string path = (fs::absolute(chosen, error) / "").lexically_normal().parent_path().string();
     return error || path.find('%') != std::string::npos ? "/tmp" : path;
 }
 

@@ -20,8 +20,8 @@
 
 constexpr std::size_t kNamesShown = 20; ///< of one warning; the rest is counted
 
-/// Warns of objects or files. `format` takes their number.
-static void warn_of(std::vector<std::string> names, const char* what) {
+/// Warns of objects or files, of which there may be one or many.
+static void warn_of(std::vector<std::string> names, const char* one, const char* many) {
     if (names.empty())
         return;
     std::sort(names.begin(), names.end());
@@ -30,7 +30,7 @@ static void warn_of(std::vector<std::string> names, const char* what) {
         list += "\n   " + shown_path(names[i]);
     if (names.size() > kNamesShown)
         list += "\n   and " + std::to_string(names.size() - kNamesShown) + " more";
-    print_warning("%zu %s:%s", names.size(), what, list.c_str());
+    print_warning("%zu %s:%s", names.size(), names.size() == 1 ? one : many, list.c_str());
 }
 
 /// Warns of all that is wrong with single objects. True when gcov could read each of them.
@@ -41,17 +41,24 @@ static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
             !std::binary_search(list.damaged_counters.begin(), list.damaged_counters.end(), counters))
             damaged.push_back(std::move(counters));
     }
-    warn_of(list.closed, "directories could not be read and were passed over");
+    warn_of(list.closed, "directory could not be read and was passed over",
+            "directories could not be read and were passed over");
     warn_of(
         list.rebuilt,
+        "object was compiled again after it ran, so that its counts are lost (run the tests again)",
         "objects were compiled again after they ran, so that their counts are lost (run the tests again)");
     warn_of(
         damaged,
+        "counter file is cut short or damaged; what gcov could not read of it counts as not executed",
         "counter files are cut short or damaged; what gcov could not read of them counts as not executed");
-    warn_of(list.without_notes, "counter files have no notes file (.gcno) and were left out");
-    warn_of(list.damaged_notes, "notes files are damaged and were left out (compile these objects again)");
+    warn_of(list.without_notes, "counter file has no notes file (.gcno) and was left out",
+            "counter files have no notes file (.gcno) and were left out");
+    warn_of(list.damaged_notes,
+            "notes file is cut short or damaged and was left out (compile this object again)",
+            "notes files are cut short or damaged and were left out (compile these objects again)");
     const bool complete = troubles.unreadable.empty();
-    warn_of(std::move(troubles.unreadable), "objects could not be read by gcov and were left out");
+    warn_of(std::move(troubles.unreadable), "object could not be read by gcov and was left out",
+            "objects could not be read by gcov and were left out");
     return complete;
 }
 
@@ -63,13 +70,15 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             "count at the same time do that (build with -fprofile-update=atomic)",
             number(clamped));
     if (made.unreadable.number != 0)
-        print_warning("%llu source files cannot be read, the first is %s; their figures are kept "
-                      "(run where relative names lead to them)",
+        print_warning(made.unreadable.number == 1
+                          ? "%llu source file cannot be read, %s; its figures are kept "
+                            "(run where relative names lead to it)"
+                          : "%llu source files cannot be read, the first is %s; their figures are kept "
+                            "(run where relative names lead to them)",
                       made.unreadable.shown(), printable(made.unreadable.first).c_str());
     if (made.misplaced.number != 0)
         print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
-                      "changed since the "
-                      "program was built (build it again, and run the tests)",
+                      "changed since the program was built (build it again, and run the tests)",
                       made.misplaced.shown(), printable(made.misplaced.first).c_str());
 }
 

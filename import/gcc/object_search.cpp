@@ -2,6 +2,7 @@
 
 #include "common/message.h"
 #include "import/build_folders.h"
+#include "import/gcc/notes_sources.h"
 #include "import/source_names.h"
 
 #include <algorithm>
@@ -175,7 +176,8 @@ static void sort_paths(std::vector<std::string>* paths) {
 static std::vector<notes_entry> read_notes(const std::vector<std::string>& paths, object_list* list) {
     std::vector<notes_entry> notes;
     for (const std::string& path : paths) {
-        if (const std::optional<object_head> head = read_notes_head(path))
+        const std::optional<object_head> head = read_notes_head(path);
+        if (head && !are_cut_short(path, head->version))
             notes.push_back({path, reversed_stem(path), *head});
         else
             list->damaged_notes.push_back(path);

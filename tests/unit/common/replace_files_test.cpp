@@ -50,6 +50,22 @@ TEST(ReplaceFiles, TogetherOrNotAtAll) {
     EXPECT_EQ(files_in(scratch), names({"a=new", "b=new", "c=new"}));
 }
 
+TEST(ReplaceFiles, LinksStayLinks) {
+    const scratch_directory scratch;
+    const std::filesystem::path folder = scratch.path();
+    scratch.put("real/a", "old");
+    std::filesystem::create_symlink("second", folder / "first");
+    std::filesystem::create_symlink("real/a", folder / "second");
+    std::filesystem::create_symlink("real/b", folder / "nothing-yet");
+    file_replacement files({(folder / "first").string(), (folder / "nothing-yet").string()});
+    EXPECT_TRUE(files.check_targets());
+    write_new(files, 2);
+    EXPECT_TRUE(files.replace());
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "first"));
+    EXPECT_EQ(read_file(folder / "real/a") + read_file(folder / "real/b"), "newnew");
+    EXPECT_EQ(read_file(folder / "nothing-yet"), "new");
+}
+
 TEST(ReplaceFilesDeathTest, ExitRemovesWhatIsThere) {
     const scratch_directory scratch;
     const std::string a = scratch.put("a", "old");

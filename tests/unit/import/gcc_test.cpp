@@ -77,6 +77,28 @@ TEST(GccObjects, SourcesThatNotesName) {
     find_sources("absent.gcno", [](std::string_view) { FAIL(); });
 }
 
+TEST(GccObjects, NotesThatEndWithinARecord) {
+    const scratch_directory scratch;
+    for (const bool words : {false, true}) {
+        const compiler_version version = {words ? 11U : 12U, 2};
+        const auto cut = [&](const std::string& bytes) {
+            return are_cut_short(scratch.put("x.gcno", bytes), version);
+        };
+        const std::string head = (words ? "oncg*31B\1\2\3\4"s : "oncg*22B\1\2\3\4\5\6\7\0"s) +
+                                 noted("/build", words) + "\1\0\0\0"s;
+        const std::string function = "\0\0\0\1"s + noted(std::string(11, 'f'), words);
+        const std::string lines = "\0\0\x45\1"s + noted(std::string(300, 'l'), words);
+        const std::string whole = head + function + lines;
+        for (std::size_t size = 20; size <= whole.size(); ++size) {
+            const bool at_border =
+                size == head.size() || size == head.size() + function.size() || size == whole.size();
+            EXPECT_EQ(cut(whole.substr(0, size)), !at_border) << size;
+        }
+        EXPECT_FALSE(cut(head + "\0\0\0\2"s + lines)) << "a kind of record that is not known";
+        EXPECT_TRUE(cut(head + "\0\0\0\1\xff\xff\xff\xff"s));
+    }
+}
+
 TEST(GccObjects, HeadsOfBothByteOrders) {
     const scratch_directory scratch;
     const auto notes = [&scratch](const std::string& bytes) {

@@ -338,6 +338,17 @@ TEST_F(merging, IntoOneOfItsInputs) {
     EXPECT_EQ(left, (std::set<std::string>{"a.dpi", "b.dpi"})) << "no temporary file stays";
 }
 
+TEST_F(merging, SaysWhatItDoesNotWrite) {
+    put("a.dpi", "header runs 1\nrecord 64\nfile a.c\nfunction f\nblocks 3:1=1\n");
+    scratch_.put("m.spi", "a.c - f 3 1 I\n");
+    const program_result result = run("vexcov-profile merge -o m a.dpi a.dpi");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.standard_error, "vexcov-profile: warning: m.spi stays as it was: none of the profiles "
+                                     "has a static profile beside it\n");
+    EXPECT_EQ(run("vexcov-profile merge -o m -o n a.dpi").standard_error,
+              "vexcov-profile: error: option -o is given twice\n");
+}
+
 TEST_F(merging, LineOfARoutineIsThatWhereItRan) {
     // Importers that know lines only place a function that never ran elsewhere.
     const std::string record = "header runs 1\nrecord 64\nfile a.c\nfunction ";

@@ -15,6 +15,7 @@
 #include <vector>
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 /// A program whose argument says what it does: a static and a shared library, a plugin, C and C++.
 static const std::pair<const char*, const char*> kSources[] = {
@@ -213,10 +214,15 @@ TEST_P(Run, EndsWithTheStatusOfTheCommandOrOfTheReport) {
     EXPECT_NE(busy.standard_error.find("vexcov-run: warning: processes that the command started still run"),
               std::string::npos);
     write_file(project / "file", "");
-    const program_result no_folder = run("-o file/x -- build/app");
-    EXPECT_EQ(no_folder.status, 1);
-    EXPECT_TRUE(no_folder.standard_error.ends_with(
-        "vexcov-run: error: cannot make the directory file/x: Not a directory\n"));
+    for (const std::string& wrong :
+         {"-o file/x"s, "-o file"s, "-ref absent.dpi"s, "-comp build"s, "-objects absent"s}) {
+        const program_result early = run(wrong + " -- touch ran");
+        EXPECT_EQ(early.status, 1);
+        EXPECT_TRUE(early.standard_error.starts_with("vexcov-run: error: ")) << early.standard_error;
+        EXPECT_FALSE(fs::exists(project / "ran")) << "known before the tests run, which may take long";
+    }
+    EXPECT_EQ(run("-o file/x -- build/app").standard_error,
+              "vexcov-run: error: cannot make the directory file/x: Not a directory; -o names another\n");
     const program_result full = run("-txtbcvrgfull /dev/full -- build/app");
     EXPECT_EQ(full.status, 1);
     EXPECT_NE(full.standard_error.find("vexcov-run: error: cannot write /dev/full\n"), std::string::npos);
@@ -238,6 +244,12 @@ TEST_P(Run, SaysWhatIsMissing) {
     const program_result other = run((clang ? "-gcc" : "-clang") + std::string(" -- build/app"));
     EXPECT_EQ(other.status, 1);
     EXPECT_NE(other.standard_error.find(clang ? "leave out -gcc" : "leave out -clang"), std::string::npos);
+    const program_result cut = run("-objects build -- sh -c 'build/app; find \"${GCOV_PREFIX%/*}\" -type f "
+                                   "-exec truncate -s -9 {} +'");
+    EXPECT_NE(cut.standard_error.find(clang ? ".profraw ends in the middle" : " cut short "),
+              std::string::npos)
+        << cut.standard_error;
+    EXPECT_EQ(cut.standard_error.find("vexcov-run-"), std::string::npos) << cut.standard_error;
     const program_result silent = run("-objects build -- true");
     EXPECT_EQ(silent.status, 1);
     EXPECT_NE(silent.standard_error.find(clang ? "built for coverage by clang" : "built for coverage by GCC"),
