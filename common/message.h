@@ -32,7 +32,7 @@ void print_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
 /// which will be gone.
 void hide_in_messages(const std::string& folder);
 
-/// Writes how a message of the kind begins, the text and a newline; asks for memory only where folders are
-/// hidden.
+/// Writes how a message of the kind begins, the text and a newline, without asking for memory unless a folder
+/// is hidden.
 void print_message(message_kind kind, const char* format, std::va_list arguments)
     __attribute__((format(printf, 2, 0)));

@@ -35,11 +35,10 @@ static void check_folder(const std::string& folder) {
     while (!fs::exists(nearest, error) && nearest.has_relative_path())
         nearest = nearest.parent_path();
     errno = ENOTDIR;
-    if (fs::is_directory(nearest, error) && access(nearest.c_str(), W_OK | X_OK) == 0)
-        return;
-    const std::string reason = std::strerror(errno);
-    end_with_error("cannot %s the directory %s: %s", fs::exists(folder, error) ? "write to" : "make",
-                   printable(folder).c_str(), reason.c_str());
+    if (!fs::is_directory(nearest, error) || access(nearest.c_str(), W_OK | X_OK) != 0)
+        end_with_error("cannot %s the directory %s: %s; -o names another",
+                       fs::exists(folder, error) ? "write to" : "make", printable(folder).c_str(),
+                       std::strerror(errno));
 }
 
 void check_before_run(const run_options& options) {

@@ -71,15 +71,14 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             number(clamped));
     if (made.unreadable.number != 0)
         print_warning(made.unreadable.number == 1
-                          ? "%llu source file cannot be read, %s; its figures are kept (run where relative "
-                            "names lead to it)"
+                          ? "%llu source file cannot be read, %s; its figures are kept "
+                            "(run where relative names lead to it)"
                           : "%llu source files cannot be read, the first is %s; their figures are kept "
                             "(run where relative names lead to them)",
                       made.unreadable.shown(), printable(made.unreadable.first).c_str());
     if (made.misplaced.number != 0)
         print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
-                      "changed since the "
-                      "program was built (build it again, and run the tests)",
+                      "changed since the program was built (build it again, and run the tests)",
                       made.misplaced.shown(), printable(made.misplaced.first).c_str());
 }
 

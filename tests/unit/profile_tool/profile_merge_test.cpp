@@ -343,10 +343,10 @@ TEST_F(merging, SaysWhatItDoesNotWrite) {
     scratch_.put("m.spi", "a.c - f 3 1 I\n");
     const program_result result = run("vexcov-profile merge -o m a.dpi a.dpi");
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.standard_error,
-              "WARNING: m.spi stays as it was: none of the profiles has a static profile beside it\n");
+    EXPECT_EQ(result.standard_error, "vexcov-profile: warning: m.spi stays as it was: none of the profiles "
+                                     "has a static profile beside it\n");
     EXPECT_EQ(run("vexcov-profile merge -o m -o n a.dpi").standard_error,
-              "ERROR: option -o is given twice\n");
+              "vexcov-profile: error: option -o is given twice\n");
 }
 
 TEST_F(merging, LineOfARoutineIsThatWhereItRan) {

@@ -222,7 +222,7 @@ TEST_P(Run, EndsWithTheStatusOfTheCommandOrOfTheReport) {
         EXPECT_FALSE(fs::exists(project / "ran")) << "known before the tests run, which may take long";
     }
     EXPECT_EQ(run("-o file/x -- build/app").standard_error,
-              "vexcov-run: error: cannot make the directory file/x: Not a directory\n");
+              "vexcov-run: error: cannot make the directory file/x: Not a directory; -o names another\n");
     const program_result full = run("-txtbcvrgfull /dev/full -- build/app");
     EXPECT_EQ(full.status, 1);
     EXPECT_NE(full.standard_error.find("vexcov-run: error: cannot write /dev/full\n"), std::string::npos);
