@@ -45,7 +45,7 @@ static void put_ancestors(text_buffer& out, const site_model& model, std::uint32
         const site_directory& ancestor = model.directories[path[i]];
         const std::string& above = model.directories[ancestor.parent].path;
         out.put("<a href=\"../");
-        out.put(directory_page_name(ancestor.path));
+        out.put(ancestor.page);
         out.put("\">");
         if (path[i] == model.top)
             out.put(html_name(ancestor.path.empty() ? "all files" : ancestor.path, 60, name_cut::front));

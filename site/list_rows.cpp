@@ -2,7 +2,6 @@
 
 #include "site/function_list.h"
 #include "site/html_text.h"
-#include "site/page_names.h"
 #include "site/site_page.h"
 
 #include <algorithm>
@@ -49,7 +48,7 @@ void put_file_row(text_buffer& out, const site_file_entry& file, std::string_vie
 void put_directory_row(text_buffer& out, const site_directory& directory, std::string_view within,
                        std::string_view up) {
     begin_row(out, directory.complete() ? "" : "u");
-    put_link(out, up, directory_page_name(directory.path),
+    put_link(out, up, directory.page,
              html_name(name_within(directory.path, within), kLongestPath, name_cut::front) + "/");
     put_figures(out, directory.figures);
 }

@@ -127,6 +127,7 @@ void site_model::find_directories() {
     std::unordered_map<std::string_view, std::uint32_t> by_path;
     std::vector<std::uint32_t> deepest_first;
     for (std::uint32_t i = 0; i < directories.size(); ++i) {
+        directories[i].page = directory_page_name(directories[i].path);
         by_path.emplace(directories[i].path, i);
         deepest_first.push_back(i);
     }

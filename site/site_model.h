@@ -44,6 +44,7 @@ struct site_function {
 /// A directory with files in it, or with several directories; chains of directories in between are one step.
 struct site_directory {
     std::string path;                       ///< "" for that of all files
+    std::string page;                       ///< name of its first page
     std::uint32_t parent;                   ///< its index; the top is its own
     coverage_figures figures;               ///< of all files below
     covered_count files;                    ///< all below

@@ -3,7 +3,6 @@
 #include "common/message.h"
 #include "site/html_text.h"
 #include "site/list_rows.h"
-#include "site/page_names.h"
 #include "site/treemap.h"
 
 #include <algorithm>
@@ -179,7 +178,7 @@ static void draw_start_page(const site_settings& settings, const site_model& mod
     set_all_figure_rows(page, model.totals.files, model.totals.figures, older);
     values.set("treemap", [&] { put_treemap(out, model, model.top, ""); });
     values.set("histogram", [&] { put_histogram(out, model); });
-    values.set("top_page", [&] { out.put(directory_page_name(model.directories[model.top].path)); });
+    values.set("top_page", [&] { out.put(model.directories[model.top].page); });
     values.choice("has_directories", !model.directories[model.top].directories.empty());
     values.choice("one_directory", model.directories[model.top].directories.empty());
     values.set("directories", [&] { put_directories(out, model); });

@@ -130,8 +130,8 @@ struct lexer_tables {
                          : is_plain_on_page(byte) ? byte_class::dull
                                                   : byte_class::markup;
         }
-        classes['/'] = byte_class::slash;
-        classes['"'] = classes['\''] = byte_class::quote;
+        classes[int{'/'}] = byte_class::slash;
+        classes[int{'"'}] = classes[int{'\''}] = byte_class::quote;
         for (const std::string_view word : keywords) {
             lengths[letter_of(word)] |= 1U << word.size();
             second[letter_of(word)] |= 1U << (word[1] & 31);

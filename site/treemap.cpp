@@ -1,7 +1,6 @@
 #include "site/treemap.h"
 
 #include "site/html_text.h"
-#include "site/page_names.h"
 #include "site/rectangle.h"
 #include "site/site_page.h"
 
@@ -190,9 +189,8 @@ void treemap_writer::place_directory(std::uint32_t index, rectangle area) {
         area.width > kLeastLabelWidth && area.height > 2 * kLabelHeight && directory_links_ < kMostLinks;
     if (with_label) {
         ++directory_links_;
-        add_link(directory_page_name(directory.path),
-                 name_within(directory.path, model_.directories[within_].path), directory.figures.blocks,
-                 area, true);
+        add_link(directory.page, name_within(directory.path, model_.directories[within_].path),
+                 directory.figures.blocks, area, true);
         area.y += kLabelHeight;
         area.height -= kLabelHeight;
     }
