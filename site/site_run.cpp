@@ -61,7 +61,7 @@ static std::string read_own_style(const site_options& options) {
         return {};
     std::string_view text;
     if (!load_source(options.style_sheet.c_str(), &text))
-        end_with_error("cannot read %s", printable(options.style_sheet).c_str());
+        end_with_error("cannot read the style sheet %s", printable(options.style_sheet).c_str());
     std::string style(text);
     release_source();
     return style;
