@@ -26,6 +26,47 @@
 #include <sys/select.h>
 #endif
 
+#if defined(__GLIBC__) && !defined(VEXCOV_PORTABLE)
+
+static std::FILE* real_errors = nullptr; ///< standard error while it is watched
+static void (*watcher)(void*, const char*, std::size_t) noexcept = nullptr;
+
+/// The end of the run finds what could not be written.
+static ssize_t pass_on(void* context, const char* bytes, std::size_t size) {
+    std::fwrite(bytes, 1, size, real_errors);
+    watcher(context, bytes, size);
+    return static_cast<ssize_t>(size);
+}
+
+bool watch_standard_error(void (*take)(void*, const char*, std::size_t) noexcept, void* context) {
+    if (real_errors) {
+        std::fclose(stderr);
+        stderr = real_errors;
+        real_errors = nullptr;
+    }
+    watcher = take;
+    if (!take)
+        return true;
+    cookie_io_functions_t functions = {};
+    functions.write = pass_on;
+    std::FILE* const watched = fopencookie(context, "w", functions);
+    if (!watched)
+        return false;
+    // Nothing waits in it: messages keep their order, and survive whatever ends the run.
+    std::setvbuf(watched, nullptr, _IONBF, 0);
+    real_errors = stderr;
+    stderr = watched;
+    return true;
+}
+
+#else
+
+bool watch_standard_error(void (*)(void*, const char*, std::size_t) noexcept, void*) {
+    return true;
+}
+
+#endif
+
 std::int64_t modification_time(const struct stat& status) {
 #ifdef __APPLE__
     const struct timespec& changed = status.st_mtimespec;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -17,6 +18,12 @@ int open_pipe(int ends[2]);
 
 /// Has a pipe hold `size` bytes, where the system can and gives that many.
 void enlarge_pipe(int end, int size);
+
+/// Has `take` called with `context` and all that is written to standard error from now on, which is written
+/// there as ever; null ends that. Where the C library cannot, nothing is given to it. False, with errno,
+/// where it could not be begun for want of memory. `take` must not write to standard error.
+bool watch_standard_error(void (*take)(void* context, const char* bytes, std::size_t size) noexcept,
+                          void* context);
 
 /// The number of processors that this process may use, at least 1.
 unsigned usable_processors();

@@ -1,6 +1,7 @@
 #include "site/kept_messages.h"
 
 #include "common/fatal.h"
+#include "common/platform.h"
 
 #include <algorithm>
 #include <functional>
@@ -8,32 +9,27 @@
 
 constexpr std::size_t kLongestMessage = 2000; ///< bytes that are kept
 
-kept_messages::kept_messages() : errors_(stderr) {
-    cookie_io_functions_t functions = {};
-    functions.write = take;
-    replaced_ = fopencookie(this, "w", functions);
-    if (!replaced_)
-        throw std::bad_alloc();
-    // Nothing waits in it: messages keep their order among those of others, and survive whatever ends the
-    // run.
-    std::setvbuf(replaced_, nullptr, _IONBF, 0);
-    stderr = replaced_;
+kept_messages::kept_messages() {
+    lacks_memory_ = !watch_standard_error(take, this);
 }
 
 kept_messages::~kept_messages() {
-    stderr = errors_;
-    std::fclose(replaced_);
+    watch_standard_error(nullptr, nullptr);
 }
 
-ssize_t kept_messages::take(void* self, const char* bytes, std::size_t size) {
+const run_warnings& kept_messages::warnings() const {
+    if (lacks_memory_)
+        pgt_OutOfMemory();
+    return warnings_;
+}
+
+void kept_messages::take(void* self, const char* bytes, std::size_t size) noexcept {
     auto* const messages = static_cast<kept_messages*>(self);
-    std::fwrite(bytes, 1, size, messages->errors_); // the end of the run finds what was lost
     try {
         messages->add({bytes, size});
     } catch (const std::bad_alloc&) {
-        pgt_OutOfMemory();
+        messages->lacks_memory_ = true;
     }
-    return static_cast<ssize_t>(size);
 }
 
 void kept_messages::add(std::string_view bytes) {
@@ -49,7 +45,10 @@ void kept_messages::finish() {
     while (message.ends_with('\n'))
         message.pop_back();
     std::replace(message.begin(), message.end(), '\n', ' ');
-    if (message.starts_with("Warning - File ") && message.ends_with(" not found!"))
+    constexpr std::string_view kBegin = "vexcov-site: warning: ";
+    if (message.starts_with(kBegin))
+        message.erase(0, kBegin.size());
+    if (message.starts_with("there is no source file "))
         return;
     if (message.starts_with("...")) { // goes on with the one before
         if (last_kept_)

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -16,8 +15,8 @@ struct run_warnings {
 
 constexpr std::size_t kMostWarnings = 20;
 
-/// Keeps the messages as long as it lives. One that comes again is kept once; that a source is not there is
-/// left out, as the totals of a walk tell it.
+/// Keeps the messages as long as it lives, where the system lets them be watched (common/platform). One that
+/// comes again is kept once; that a source is not there is left out, as the totals of a walk tell it.
 class kept_messages {
   public:
     kept_messages();
@@ -25,17 +24,17 @@ class kept_messages {
     kept_messages& operator=(const kept_messages&) = delete;
     ~kept_messages();
 
-    const run_warnings& warnings() const { return warnings_; }
+    /// Ends the run when there was no memory for them.
+    const run_warnings& warnings() const;
 
   private:
-    static ssize_t take(void* self, const char* bytes, std::size_t size);
+    static void take(void* self, const char* bytes, std::size_t size) noexcept;
     void add(std::string_view bytes);
     void finish();
 
-    std::FILE* errors_;   ///< standard error
-    std::FILE* replaced_; ///< what stands in its place
     std::string message_; ///< what came of the message at hand, as far as it is kept
     bool last_kept_ = false;
+    bool lacks_memory_ = false;
     std::unordered_set<std::size_t> known_; ///< hashes of those that came
     run_warnings warnings_;
 };

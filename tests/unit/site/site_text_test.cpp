@@ -121,10 +121,10 @@ TEST(SiteText, WarningsAreKept) {
     run_warnings kept;
     const outcome end = run_product([&] {
         const kept_messages messages;
-        std::fputs("Warning - File a.c not found!\n", stderr);
+        std::fputs("vexcov-site: warning: there is no source file a.c (run it elsewhere)\n", stderr);
         for (int again = 0; again < 2; ++again)
             for (int i = 0; i < 25; ++i) {
-                std::fputs("WARNING: ", stderr);
+                std::fputs("vexcov-site: warning: ", stderr);
                 std::fprintf(stderr, "<%d>\nof two lines\n", i);
                 std::fputs("...and a third\n", stderr);
             }
@@ -132,7 +132,7 @@ TEST(SiteText, WarningsAreKept) {
         kept = messages.warnings();
     });
     ASSERT_EQ(kept.first.size(), 20U);
-    EXPECT_EQ(kept.first[3], "WARNING: <3> of two lines ...and a third");
+    EXPECT_EQ(kept.first[3], "<3> of two lines ...and a third");
     EXPECT_EQ(kept.more, 6U);
-    EXPECT_EQ(end.errors.size(), 30U + 2 * (10 * 41 + 15 * 42) + 100001);
+    EXPECT_EQ(end.errors.size(), 69U + 2 * (10 * 54 + 15 * 55) + 100001);
 }
