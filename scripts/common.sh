@@ -63,3 +63,9 @@ run_suite() {
     echo "$((total - failed - skipped)) passed, $failed failed"
     return $((status != 0))
 }
+
+# debian_mirror: where this machine has its Debian packages from; VEXCOV_MIRROR names another place.
+debian_mirror() {
+    echo "${VEXCOV_MIRROR:-$(apt-get indextargets --format '$(SITE)' 2>/dev/null | sort | uniq -c | sort -nr |
+        awk '/\/debian\/?$/ { print $2; exit }')}"
+}
