@@ -99,3 +99,13 @@ void left_out_sources::print() const {
                                       : "%zu source files outside of %s were left out (-all keeps them)",
                    names_.size(), printable(root_).c_str());
 }
+
+void warn_of_unreadable_sources(const named_count& unreadable) {
+    if (unreadable.number != 0)
+        print_warning(unreadable.number == 1
+                          ? "%llu source file cannot be read, %s; its figures are kept "
+                            "(run where relative names lead to it)"
+                          : "%llu source files cannot be read, the first is %s; their figures are kept "
+                            "(run where relative names lead to them)",
+                      unreadable.shown(), printable(unreadable.first).c_str());
+}

@@ -2,6 +2,8 @@
 // that the compiler gives to local ones.
 #pragma once
 
+#include "import/named_count.h"
+
 #include <filesystem>
 #include <functional>
 #include <set>
@@ -63,3 +65,6 @@ class left_out_sources {
     std::string root_;
     std::set<std::string, std::less<>> names_; ///< each once, however many functions it has
 };
+
+/// Warns of source files that cannot be read, if there are any: their blocks stand in column 1.
+void warn_of_unreadable_sources(const named_count& unreadable);

@@ -10,6 +10,7 @@
 #include "import/gcc/notes_sources.h"
 #include "import/gcc/object_search.h"
 #include "import/gcc/source_selection.h"
+#include "import/source_names.h"
 #include "import/write_pair.h"
 
 #include <algorithm>
@@ -69,13 +70,7 @@ static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
             "%llu counts were negative or too large and were set to 0 or to the largest count; threads that "
             "count at the same time do that (build with -fprofile-update=atomic)",
             number(clamped));
-    if (made.unreadable.number != 0)
-        print_warning(made.unreadable.number == 1
-                          ? "%llu source file cannot be read, %s; its figures are kept "
-                            "(run where relative names lead to it)"
-                          : "%llu source files cannot be read, the first is %s; their figures are kept "
-                            "(run where relative names lead to them)",
-                      made.unreadable.shown(), printable(made.unreadable.first).c_str());
+    warn_of_unreadable_sources(made.unreadable);
     if (made.misplaced.number != 0)
         print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
                       "changed since the program was built (build it again, and run the tests)",

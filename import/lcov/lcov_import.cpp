@@ -8,6 +8,7 @@
 #include "import/lcov/trace_profile.h"
 #include "import/lcov/trace_reader.h"
 #include "import/lcov/trace_store.h"
+#include "import/source_names.h"
 #include "import/write_pair.h"
 
 namespace {
@@ -37,13 +38,7 @@ static void print_warnings(const trace_oddities& oddities, const trace_profile& 
     if (oddities.clamped != 0)
         print_warning("%llu counts were negative or too large and were set to 0 or to the largest count",
                       number(oddities.clamped));
-    if (made.unreadable.number != 0)
-        print_warning(made.unreadable.number == 1
-                          ? "%llu source file cannot be read, %s; its figures are kept "
-                            "(run where relative names lead to it)"
-                          : "%llu source files cannot be read, the first is %s; their figures are kept "
-                            "(run where relative names lead to them)",
-                      made.unreadable.shown(), printable(made.unreadable.first).c_str());
+    warn_of_unreadable_sources(made.unreadable);
     if (made.misplaced.number != 0)
         print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
                       "changed since the "
