@@ -2,9 +2,11 @@
 
 #include "common/companion.h"
 #include "common/message.h"
+#include "import/clang/known_versions.h"
 #include "import/gcc/gcov_runs.h"
 
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -72,10 +74,14 @@ static void print_usage() {
 }
 
 void print_compiler_formats() {
-    std::fputs("clang: programs with coverage mapping of versions 4 to 7 (clang 11 to 22); raw profiles of\n",
-               stdout);
-    std::fputs("       versions 5 and 7 to 10, indexed ones of 4 to 13; exports of llvm-cov of 2 and 3\n",
-               stdout);
+    std::printf(
+        "clang: programs with coverage mapping of versions %u to %u (clang 11 to 22); raw profiles of\n",
+        kOldestMapping, kNewestMapping);
+    std::printf(
+        "       versions %ju and %ju to %ju, indexed ones of %ju to %ju; exports of llvm-cov of 2 and 3\n",
+        std::uintmax_t{kOldestRawProfile}, std::uintmax_t{kUnreleasedRawProfile + 1},
+        std::uintmax_t{kNewestRawProfile}, std::uintmax_t{kOldestIndexedProfile},
+        std::uintmax_t{kNewestIndexedProfile});
     std::fputs("gcc: JSON of gcov, formats 1 and 2 (GCC 9 and newer)\n", stdout);
 }
 

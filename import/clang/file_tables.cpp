@@ -2,14 +2,13 @@
 
 #include "import/clang/byte_reader.h"
 #include "import/clang/inflate.h"
+#include "import/clang/known_versions.h"
 #include "import/clang/name_hash.h"
 
 #include <algorithm>
 
-constexpr std::uint32_t kOldestVersion = 4;
 constexpr std::uint32_t kDirectoryVersion = 6; ///< first one with the directory of the compilation
-constexpr std::uint32_t kNewestVersion = 7;
-constexpr std::size_t kLongestName = 4096; ///< of a path that can be opened
+constexpr std::size_t kLongestName = 4096;     ///< of a path that can be opened
 
 std::string normal_source_name(std::string_view directory, std::string_view name) {
     std::string whole;
@@ -40,10 +39,10 @@ std::string normal_source_name(std::string_view directory, std::string_view name
 }
 
 static std::uint32_t checked_version(std::uint32_t stored) {
-    if (stored < kOldestVersion - 1)
+    if (stored < kOldestMapping - 1)
         throw input_error("was made by an older clang (before 11), whose coverage mapping is not supported; "
                           "give the output of that version's llvm-cov export");
-    if (stored > kNewestVersion - 1)
+    if (stored > kNewestMapping - 1)
         throw input_error("was made by a newer clang, whose coverage mapping is not supported; "
                           "give the output of that version's llvm-cov export");
     return stored + 1;

@@ -1,12 +1,11 @@
 #include "import/clang/indexed_profile.h"
 
 #include "import/clang/byte_reader.h"
+#include "import/clang/known_versions.h"
 #include "import/clang/profile_variant.h"
 
-constexpr std::uint64_t kOldest = 4;
-constexpr std::uint64_t kNewest = 13;
 constexpr std::uint64_t kBitmaps = 11; ///< first version with bitmaps
-constexpr std::size_t kHeaderSizes[] = {40, 40, 40, 40, 48, 56, 64, 64, 72, 72}; ///< from version 4 on
+constexpr std::size_t kHeaderSizes[] = {40, 40, 40, 40, 48, 56, 64, 64, 72, 72}; ///< from the oldest on
 
 [[noreturn]] static void damaged(const char* what) {
     throw input_error(std::string("is a damaged profile: ") + what);
@@ -42,13 +41,13 @@ static void read_data(std::string_view data, std::uint64_t name, bool bitmaps, c
 static std::uint64_t read_head(byte_reader* reader, std::uint64_t* buckets_end) {
     reader->u64();
     const std::uint64_t version = checked_profile_version(reader->u64());
-    if (version < kOldest || version > kNewest)
-        unknown_profile_version(version > kNewest, version);
+    if (version < kOldestIndexedProfile || version > kNewestIndexedProfile)
+        unknown_profile_version(version > kNewestIndexedProfile, version);
     reader->u64();
     if (reader->u64() != 0)
         damaged("its kind of hash is unknown");
     *buckets_end = reader->u64();
-    reader->skip(kHeaderSizes[version - kOldest] - reader->offset());
+    reader->skip(kHeaderSizes[version - kOldestIndexedProfile] - reader->offset());
     const std::uint64_t fields = reader->u64();
     const std::uint64_t entries = reader->u64();
     if (fields > reader->left() / 8 || entries > reader->left() / 24)

@@ -1,6 +1,7 @@
 #include "import/clang/raw_profile.h"
 
 #include "import/clang/byte_reader.h"
+#include "import/clang/known_versions.h"
 #include "import/clang/profile_variant.h"
 
 namespace {
@@ -29,11 +30,8 @@ constexpr record_layout kRecord5[2] = {{28, 32, 40}, {40, 44, 48}};
 constexpr record_layout kRecord9[2] = {{32, 36, 48}, {48, 52, 64}};
 constexpr std::size_t kCountersAt = 16; ///< in every record
 
-constexpr std::uint64_t kOldest = 5;
-constexpr std::uint64_t kNeverReleased = 6;
 constexpr std::uint64_t kRelative = 8;    ///< first version with addresses from the record on
 constexpr std::uint64_t kCompleteIds = 8; ///< before, GNU ld let programs go without, but not libraries
-constexpr std::uint64_t kNewest = 10;
 
 /// One profile of a file.
 class profile_reader {
@@ -81,8 +79,8 @@ void profile_reader::read_header() {
     wide_ = magic[1] == 'r';
     const std::uint64_t variant = start.u64();
     version_ = checked_profile_version(variant);
-    if (version_ < kOldest || version_ == kNeverReleased || version_ > kNewest)
-        unknown_profile_version(version_ > kNewest, version_);
+    if (version_ < kOldestRawProfile || version_ == kUnreleasedRawProfile || version_ > kNewestRawProfile)
+        unknown_profile_version(version_ > kNewestRawProfile, version_);
     counter_size_ = has_byte_counters(variant) ? 1 : 8;
     layout_ = version_ < 7 ? &kHeader5 : version_ < 9 ? &kHeader7 : version_ < 10 ? &kHeader9 : &kHeader10;
     record_ = &(version_ < 9 ? kRecord5 : kRecord9)[wide_ ? 1 : 0];
