@@ -1,5 +1,6 @@
 #include "analysis/function_filter.h"
 #include "analysis/source_analysis.h"
+#include "common/message.h"
 #include "profile/dpi_lookup.h"
 #include "profile/dpi_record.h"
 #include "profile/module_list.h"
@@ -69,6 +70,12 @@ static source_position block_position(DPI_RECORD record, std::uint32_t block) {
 }
 
 static void warn_no_line_info(const char* fileName) {
+    if (messages_are_named()) {
+        print_warning(
+            "%s has no line numbers in the profile; its counts are shown at the start of its first line",
+            printable(fileName).c_str());
+        return;
+    }
     std::fprintf(stderr, "No line number info for %s: recompile with -Qprof_genx (instead of -Qprof_gen).\n",
                  fileName);
     std::fputs("...Assigning all exec counts to line 1 column 1.\n", stderr);

@@ -2,6 +2,8 @@
 
 #include "markers/parser.h"
 
+#include "common/message.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -61,6 +63,18 @@ void parser::proceed_last_single_line_mark_as_function_block(unsigned long brace
         comments.emplace_back(std::string(), last, last, comment_t::end_mark);
 }
 
+static void warn_of_lone_end(const std::string& file_name) {
+    if (messages_are_named())
+        print_warning(
+            "%s has an end marker of infeasible code without a begin; all markers behind it are ignored",
+            printable(file_name).c_str());
+    else
+        std::fprintf(stderr,
+                     "A begining marker matching an ending marker in file: %s was not found.\n"
+                     "All the subsequent infeasible markers will be ignored.\n",
+                     file_name.c_str());
+}
+
 void parser::process_comments() {
     std::stable_sort(comments.begin(), comments.end(), comment_t::position_criteria);
     std::vector<unsigned long> open_begins; // start lines of the begin markers not yet closed
@@ -70,10 +84,7 @@ void parser::process_comments() {
         } else if (comment.type == comment_t::begin_mark) {
             open_begins.push_back(comment.start_line);
         } else if (open_begins.empty()) {
-            std::fprintf(stderr,
-                         "A begining marker matching an ending marker in file: %s was not found.\n"
-                         "All the subsequent infeasible markers will be ignored.\n",
-                         file_name.c_str());
+            warn_of_lone_end(file_name);
             return;
         } else {
             disabled_lines.add(open_begins.back(), comment.start_line);

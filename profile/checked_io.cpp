@@ -80,7 +80,18 @@ void checked_fclose(std::FILE* stream) {
         std::fclose(stream);
 }
 
+/// The words of the programs beside vexcov. errno is 0 where the file ends too early, and EINVAL where it
+/// names a place that no file has.
+[[noreturn]] static void fail_named(const char* fileName) {
+    const std::string name = fileName ? printable(fileName) : "a profile";
+    if (errno == 0 || errno == EINVAL)
+        end_with_error("%s is cut short or damaged; import it again", name.c_str());
+    end_with_error("cannot read %s: %s", name.c_str(), std::strerror(errno));
+}
+
 [[noreturn]] static void fail(const char* operation, const char* fileName) {
+    if (messages_are_named())
+        fail_named(fileName);
     if (fileName) {
         std::perror(fileName);
         std::fprintf(stderr, "FATAL ERROR: %s on file %s failed\n", operation, fileName);

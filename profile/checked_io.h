@@ -2,7 +2,7 @@
 //
 // A failed read, seek or position query prints the system's error text for the file and "FATAL ERROR: fread
 // on file %s failed" (or fseek, ftell; without " %s" when `fileName` is null), and the run ends with exit
-// status 1.
+// status 1. Where name_messages (common/message.h) was called, it is one message that says what is wrong.
 #pragma once
 
 #include <cstddef>

@@ -50,16 +50,10 @@ void kept_messages::finish() {
         message.erase(0, kBegin.size());
     if (message.starts_with("there is no source file "))
         return;
-    if (message.starts_with("...")) { // goes on with the one before
-        if (last_kept_)
-            warnings_.first.back().append(" ").append(message);
-        last_kept_ = false;
+    if (!known_.insert(std::hash<std::string>()(message)).second)
         return;
-    }
-    const bool is_new = known_.insert(std::hash<std::string>()(message)).second;
-    last_kept_ = is_new && warnings_.first.size() < kMostWarnings;
-    if (last_kept_)
+    if (warnings_.first.size() < kMostWarnings)
         warnings_.first.push_back(std::move(message));
-    else if (is_new)
+    else
         ++warnings_.more;
 }

@@ -33,7 +33,6 @@ class kept_messages {
     void finish();
 
     std::string message_; ///< what came of the message at hand, as far as it is kept
-    bool last_kept_ = false;
     bool lacks_memory_ = false;
     std::unordered_set<std::size_t> known_; ///< hashes of those that came
     run_warnings warnings_;
