@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -16,21 +17,32 @@ static bool is_profile_name(const fs::path& path) {
     return path.extension() == ".profraw" || path.extension() == ".profdata";
 }
 
+/// What a directory holds. Other programs may work there: what is gone is passed over.
+static void list_directory(const fs::path& directory, std::vector<std::string>* files,
+                           std::vector<fs::path>* directories) {
+    std::error_code error;
+    fs::directory_iterator entry(directory, fs::directory_options::skip_permission_denied, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        std::error_code gone; // what cannot be examined is neither
+        const fs::file_type type = entry->symlink_status(gone).type();
+        if (type == fs::file_type::regular)
+            files->push_back(entry->path().string());
+        else if (type == fs::file_type::directory && !is_compiler_test(entry->path()))
+            directories->push_back(entry->path());
+    }
+    if (error && error != std::errc::no_such_file_or_directory)
+        end_with_error("cannot search %s: %s", printable(directory.string()).c_str(),
+                       error.message().c_str());
+}
+
 std::vector<std::string> files_below(const std::string& directory) {
     std::vector<std::string> files;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(directory, fs::directory_options::skip_permission_denied, error);
-    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        const fs::file_type type = entry->symlink_status(error).type();
-        if (type == fs::file_type::regular)
-            files.push_back(entry->path().string());
-        else if (type == fs::file_type::directory && is_compiler_test(entry->path()))
-            entry.disable_recursion_pending();
-        if (error)
-            break;
+    std::vector<fs::path> open = {directory};
+    while (!open.empty()) {
+        const fs::path next = std::move(open.back());
+        open.pop_back();
+        list_directory(next, &files, &open);
     }
-    if (error)
-        end_with_error("cannot search %s: %s", printable(directory).c_str(), error.message().c_str());
     std::sort(files.begin(), files.end());
     return files;
 }
