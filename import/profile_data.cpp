@@ -16,8 +16,8 @@ struct file_extents {
     std::vector<source_extent> extents;                ///< ascending by start, the longer first; each once
     std::vector<function_start> starts;                ///< for each extent
     std::vector<std::vector<nested_function>> nested;  ///< for each extent, those directly inside
-    std::vector<std::optional<source_position>> marks; ///< for each nested extent that shares the line of
-                                                       ///< its start, its first code
+    std::vector<std::optional<source_position>> marks; ///< for each extent that shares the line of its start
+                                                       ///< with code of another one, its first code
 };
 
 } // namespace
@@ -75,18 +75,19 @@ static file_extents find_nested(const record_store& store, const std::vector<std
     result.marks.resize(extents.size());
     const std::vector<source_extent> nothing_skipped;
     code_cursor cursor(source, nothing_skipped, {kLargestLine, kLargestColumn});
-    std::vector<std::size_t> open; // extents around the current one, the innermost last
+    std::vector<std::size_t> open;   // extents around the current one, the innermost last
+    source_position behind = {0, 0}; // where the last of the functions that have ended does
     for (std::size_t i = 0; i < extents.size(); ++i) {
-        while (!open.empty() && extents[open.back()].end <= extents[i].start)
-            open.pop_back();
-        if (!open.empty() && extents[open.back()].start < extents[i].start &&
-            extents[i].end < extents[open.back()].end) {
-            const function_start& start = result.starts[i];
-            if (!start.starts_line)
-                result.marks[i] = first_code_inside(extents[i], &cursor);
+        for (; !open.empty() && extents[open.back()].end <= extents[i].start; open.pop_back())
+            behind = std::max(behind, extents[open.back()].end);
+        const function_start& start = result.starts[i];
+        const bool is_nested = !open.empty() && extents[open.back()].start < extents[i].start &&
+                               extents[i].end < extents[open.back()].end;
+        if (!start.starts_line && (is_nested || behind.line == start.position.line))
+            result.marks[i] = first_code_inside(extents[i], &cursor);
+        if (is_nested)
             result.nested[open.back()].push_back(
                 {{start.position, extents[i].end}, result.marks[i] ? result.marks[i]->line : start.line});
-        }
         open.push_back(i);
     }
     return result;

@@ -39,8 +39,8 @@ class block_builder {
     /// The blocks in ascending order of their positions, at least two: the first is the function's entry and
     /// stands at `start`, which is not behind its regions; the last stands at its closing brace and has no
     /// count yet. `regions` and `extent` as main_file_function has them, with at least one counted region.
-    /// `nested`: what is defined directly inside, ascending. `own_mark`: for a function that lies inside
-    /// another one itself, its first code, where vexcov marks it when it was never called.
+    /// `nested`: what is defined directly inside, ascending. `own_mark`: for a function that shares
+    /// its first line with another one, its first code, where vexcov marks it when it was never called.
     std::vector<profile_block> build(const std::vector<source_region>& regions, const source_extent& extent,
                                      source_position start, const std::vector<nested_function>& nested,
                                      const std::optional<source_position>& own_mark);

@@ -1,36 +1,56 @@
 #include "import/clang/clang_inputs.h"
 
+#include "common/little_endian.h"
 #include "common/message.h"
 #include "common/progress_line.h"
 #include "import/build_folders.h"
 #include "import/clang/file_kind.h"
+#include "import/clang/indexed_profile.h"
+#include "import/clang/input_error.h"
 #include "import/clang/join_reader.h"
+#include "import/clang/profile_variant.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace fs = std::filesystem;
+
+constexpr std::size_t kProfileStart = 16; ///< magic number and version
 
 static bool is_profile_name(const fs::path& path) {
     return path.extension() == ".profraw" || path.extension() == ".profdata";
 }
 
+/// What a directory holds. Other programs may work there: what is gone is passed over.
+static void list_directory(const fs::path& directory, std::vector<std::string>* files,
+                           std::vector<fs::path>* directories) {
+    std::error_code error;
+    fs::directory_iterator entry(directory, fs::directory_options::skip_permission_denied, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        std::error_code gone; // what cannot be examined is neither
+        const fs::file_type type = entry->symlink_status(gone).type();
+        if (type == fs::file_type::regular)
+            files->push_back(entry->path().string());
+        else if (type == fs::file_type::directory && !is_compiler_test(entry->path()))
+            directories->push_back(entry->path());
+    }
+    if (error && error != std::errc::no_such_file_or_directory)
+        end_with_error("cannot search %s: %s", printable(directory.string()).c_str(),
+                       error.message().c_str());
+}
+
 std::vector<std::string> files_below(const std::string& directory) {
     std::vector<std::string> files;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(directory, fs::directory_options::skip_permission_denied, error);
-    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        const fs::file_type type = entry->symlink_status(error).type();
-        if (type == fs::file_type::regular)
-            files.push_back(entry->path().string());
-        else if (type == fs::file_type::directory && is_compiler_test(entry->path()))
-            entry.disable_recursion_pending();
-        if (error)
-            break;
+    std::vector<fs::path> open = {directory};
+    while (!open.empty()) {
+        const fs::path next = std::move(open.back());
+        open.pop_back();
+        list_directory(next, &files, &open);
     }
-    if (error)
-        end_with_error("cannot search %s: %s", printable(directory).c_str(), error.message().c_str());
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -58,9 +78,27 @@ void clang_inputs::search_programs(const std::string& directory) {
     }
 }
 
+/// What is wrong with a profile that was found and steers optimisation, as a source tree may hold, too; empty
+/// for those that may hold counters of source coverage.
+static std::string other_purpose(const std::string& path) {
+    try {
+        file_bytes file(path);
+        if (file.size() < kProfileStart)
+            return {};
+        const std::string_view start = file.at(0, kProfileStart);
+        if (start[0] == '\x81' || is_indexed_profile(start)) // else another order of bytes
+            checked_profile_version(little_endian_at<std::uint64_t>(start, 8));
+    } catch (const file_failure&) { // the reader of profiles has the words
+    } catch (const input_error& kind) {
+        return printable(path) + " " + kind.what();
+    }
+    return {};
+}
+
 void clang_inputs::search(const std::string& directory) {
     const std::size_t programs = programs_.size();
     const std::size_t profiles = profiles_.size();
+    std::vector<std::string> others;
     bool raw = false;
     bool merged = false;
     for (const std::string& path : files_below(directory)) {
@@ -69,9 +107,17 @@ void clang_inputs::search(const std::string& directory) {
             programs_.push_back({path, false});
         if (!is_profile_name(path) || (kind != file_kind::profile && kind != file_kind::empty))
             continue;
+        if (std::string purpose = other_purpose(path); !purpose.empty()) {
+            others.push_back(std::move(purpose));
+            continue;
+        }
         profiles_.push_back(path);
         (fs::path(path).extension() == ".profraw" ? raw : merged) = true;
     }
+    if (programs_.size() == programs && profiles_.size() == profiles && !others.empty())
+        end_with_error("%s", others.front().c_str());
+    for (const std::string& other : others)
+        print_warning("%s; it is passed over", other.c_str());
     if (programs_.size() == programs && profiles_.size() == profiles)
         end_with_error("%s holds no programs and no profiles; name a directory that does, or the files",
                        printable(directory).c_str());

@@ -44,6 +44,6 @@ class clang_inputs {
 };
 
 /// The regular files below a directory in the order of their names. Links are not followed: what they lead to
-/// would come twice, nor is CMake's own test of the compiler (build_folders.h). A directory that cannot be
-/// read ends the run with a message.
+/// would come twice, nor is CMake's own test of the compiler (build_folders.h). What goes away meanwhile is
+/// passed over; a directory that cannot be read ends the run with a message.
 std::vector<std::string> files_below(const std::string& directory);

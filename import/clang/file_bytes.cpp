@@ -14,7 +14,7 @@ constexpr std::uint64_t kLargestWindow = std::uint64_t{1} << 18;
 
 [[noreturn]] static void cannot_open() {
     const std::string text = std::string("cannot be opened: ") + std::strerror(errno);
-    if (errno == EACCES || errno == EPERM)
+    if (errno == EACCES || errno == EPERM || errno == ENOENT)
         throw not_of_interest(text);
     throw file_failure(text);
 }

@@ -9,8 +9,8 @@ class input_error : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A file that holds nothing for a coverage report, or that may not be read: passed over where many are
-/// searched.
+/// A file that holds nothing for a coverage report, that may not be read, or that is gone since it was found:
+/// passed over where many are searched.
 class not_of_interest : public input_error {
   public:
     using input_error::input_error;

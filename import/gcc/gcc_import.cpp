@@ -3,6 +3,7 @@
 #include "common/fatal.h"
 #include "common/message.h"
 #include "import/gcc/file_records.h"
+#include "import/gcc/gcov_program.h"
 #include "import/gcc/gcov_runs.h"
 #include "import/gcc/json_input.h"
 #include "import/gcc/line_profile.h"
@@ -57,6 +58,8 @@ static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
     warn_of(list.damaged_notes,
             "notes file is cut short or damaged and was left out (compile this object again)",
             "notes files are cut short or damaged and were left out (compile these objects again)");
+    warn_of(list.foreign, "object was compiled by clang, or by a GCC before 9, and was left out",
+            "objects were compiled by clang, or by a GCC before 9, and were left out");
     const bool complete = troubles.unreadable.empty();
     warn_of(std::move(troubles.unreadable), "object could not be read by gcov and was left out",
             "objects could not be read by gcov and were left out");
@@ -92,6 +95,19 @@ static bool note_left_out(const std::vector<gcc_object>& objects, const std::str
     return all_unwanted;
 }
 
+/// Among objects of GCC, those that clang left behind in the same tree are passed over. Alone they stay, and
+/// end the run with a message.
+static void leave_out_foreign(object_list* list) {
+    std::vector<gcc_object>& objects = list->objects;
+    const auto foreign = std::stable_partition(
+        objects.begin(), objects.end(), [](const gcc_object& object) { return has_gcov(object.version); });
+    if (foreign == objects.begin())
+        return;
+    for (auto object = foreign; object != objects.end(); ++object)
+        list->foreign.push_back(object->notes);
+    objects.erase(foreign, objects.end());
+}
+
 /// Reads every input into the store. False when some object could not be read, which has been said.
 static bool read_inputs(const import_options& options, source_selection* sources, line_store* store) {
     const auto add = [store](const gcov_document& document) { store->add(document); };
@@ -109,7 +125,8 @@ static bool read_inputs(const import_options& options, source_selection* sources
     if (!options.objects.empty() && search.without_notes())
         end_with_error(
             "no notes of the compiler (.gcno) were found; name the folder of the objects with -objects");
-    const object_list list = search.pair();
+    object_list list = search.pair();
+    leave_out_foreign(&list);
     gcov_programs programs(options.gcov);
     const unsigned jobs = options.jobs == 0 ? default_jobs() : options.jobs;
     std::string prefix = sources->prefix();

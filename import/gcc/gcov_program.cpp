@@ -13,6 +13,10 @@
 
 constexpr unsigned kOldestGcc = 9; ///< the first whose gcov writes JSON
 
+bool has_gcov(const compiler_version& version) {
+    return version.major >= kOldestGcc;
+}
+
 /// Whether PATH leads to the program.
 static bool is_in_path(const std::string& program) {
     const char* const variable = std::getenv("PATH");
@@ -92,7 +96,7 @@ const std::string& gcov_programs::program_for(const gcc_object& object) {
     const auto found = known_.find(major);
     if (found != known_.end())
         return found->second;
-    if (major < kOldestGcc)
+    if (!has_gcov(object.version))
         end_with_error("%s was compiled by clang, or by %s, whose gcov writes no JSON; for clang, build with "
                        "-fprofile-instr-generate -fcoverage-mapping and see vexcov-import clang",
                        shown_path(object.notes).c_str(), object.version.text().c_str());

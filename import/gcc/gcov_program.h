@@ -7,6 +7,9 @@
 #include <string>
 #include <utility>
 
+/// Whether some gcov can read objects of this compiler: not those of clang, nor of a GCC before JSON.
+bool has_gcov(const compiler_version& version);
+
 class gcov_programs {
   public:
     /// `given`: the program that the command line names; empty for none.

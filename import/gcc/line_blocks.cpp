@@ -30,6 +30,7 @@ class function_placer {
     void add_line(const counted_line& line);
     void add_shared();
     void add_last();
+    std::uint32_t first_line() const;
 
     const counted_function& function_;
     const function_surroundings& surroundings_;
@@ -144,6 +145,24 @@ void function_placer::add_last() {
     blocks_.push_back({position, 0});
 }
 
+/// The line of the static profile: a function that was never called is marked from there. What is executed on
+/// it, such as the code around an inner function or another function of one macro, ends the mark, so that the
+/// mark begins on the next line then.
+std::uint32_t function_placer::first_line() const {
+    const std::uint32_t start = surroundings_.start.line;
+    if (function_.lines.empty() || (called_ && !is_outside()))
+        return start;
+    if (function_.lines.front().line != function_.extent.start.line)
+        return function_.lines.front().line;
+    if (surroundings_.beside_called) {
+        for (const counted_line& line : function_.lines) {
+            if (line.line > start)
+                return line.line;
+        }
+    }
+    return start;
+}
+
 placed_function function_placer::place() {
     called_ = was_called();
     if (!is_outside())
@@ -155,16 +174,10 @@ placed_function function_placer::place() {
     if (blocks_.empty()) // only punctuation
         std::swap(blocks_, trailing_);
     add_last();
-    // The first line of an inner function that was never called belongs to the code around it when that was
-    // executed; the function is marked from the next line on.
-    std::uint32_t line = surroundings_.start.line;
-    const bool may_share = !function_.lines.empty() && (is_outside() || !called_);
-    if (may_share && function_.lines.front().line != function_.extent.start.line)
-        line = function_.lines.front().line;
     const std::size_t last = blocks_.size() - 1;
     blocks_.insert(blocks_.end(), trailing_.begin(), trailing_.end());
     blocks_.insert(blocks_.end(), marks_.begin(), marks_.end());
-    return {function_.name, line, called_, last, std::move(blocks_)};
+    return {function_.name, first_line(), called_, last, std::move(blocks_)};
 }
 
 } // namespace

@@ -19,7 +19,8 @@
 /// What the text and the functions around it make of a function.
 struct function_surroundings {
     function_start start = {};
-    bool code_before = false; ///< code of another function stands before it on its first line
+    bool code_before = false;   ///< code of another function stands before it on its first line
+    bool beside_called = false; ///< a function that was called begins or ends where this one is marked from
     std::vector<counted_line>
         shared; ///< first lines of called functions inside, with the count that is its own
 };

@@ -25,6 +25,7 @@ class file_placer {
     void find_starts(const source_text& text, const source_outline& outline);
     void find_code_before();
     void find_shared_lines();
+    void find_called_beside();
     void place_stretches(counted_function* outside, const source_lines& source, const source_outline& outline,
                          std::vector<placed_function>* placed);
     void share_first_line(const counted_function& inner, std::size_t outer);
@@ -98,6 +99,29 @@ void file_placer::find_shared_lines() {
     }
 }
 
+/// Other instances of one template do not count: they have the same lines.
+void file_placer::find_called_beside() {
+    using border = std::tuple<std::uint32_t, source_position, source_position>; // line and extent
+    std::vector<border> borders; // where called functions begin and end
+    for (std::size_t i = 0; i < indices_.size(); ++i) {
+        const source_extent extent = at(i).extent;
+        if (at(i).entries == 0 || extent.start.line == 0)
+            continue;
+        borders.emplace_back(surroundings_[i].start.position.line, extent.start, extent.end);
+        borders.emplace_back(extent.end.line, extent.start, extent.end);
+    }
+    std::sort(borders.begin(), borders.end());
+    borders.erase(std::unique(borders.begin(), borders.end()), borders.end());
+    for (std::size_t i = 0; i < indices_.size(); ++i) {
+        const source_extent extent = at(i).extent;
+        const std::uint32_t line = surroundings_[i].start.line;
+        auto other = std::lower_bound(borders.begin(), borders.end(), border(line, {0, 0}, {0, 0}));
+        if (other != borders.end() && *other == border(line, extent.start, extent.end))
+            ++other;
+        surroundings_[i].beside_called = other != borders.end() && std::get<0>(*other) == line;
+    }
+}
+
 /// Places code outside every function that was never executed.
 void file_placer::place_stretches(counted_function* outside, const source_lines& source,
                                   const source_outline& outline, std::vector<placed_function>* placed) {
@@ -118,6 +142,7 @@ std::vector<placed_function> file_placer::place(const source_text& text) {
     find_starts(text, outline);
     find_code_before();
     find_shared_lines();
+    find_called_beside();
     std::vector<placed_function> functions;
     for (std::size_t i = 0; i < indices_.size(); ++i) {
         counted_function& function = functions_[indices_[i]];

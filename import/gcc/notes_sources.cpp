@@ -1,7 +1,6 @@
 #include "import/gcc/notes_sources.h"
 
 #include "common/file_ptr.h"
-#include "common/little_endian.h"
 #include "common/message.h"
 
 #include <algorithm>
@@ -62,26 +61,4 @@ void find_sources(const std::string& notes, const std::function<void(std::string
         directory = false;
         at += name.size();
     }
-}
-
-/// Kinds from functions to the last that is known; all have a zero byte in front of their parts' numbers.
-static bool is_record_kind(std::uint32_t kind) {
-    return kind == 0x01000000 || (kind >= 0x01410000 && kind <= 0x01ff0000 && (kind & 0xffff) == 0);
-}
-
-bool are_cut_short(const std::string& notes, const compiler_version& version) {
-    const std::vector<char> bytes = read_file(notes);
-    const std::string_view text(bytes.data(), bytes.size());
-    if (version.major < 9 || !text.starts_with("oncg") || text.size() < kNotesHead + 8)
-        return false;
-    const bool in_bytes = version.major >= 12;
-    const std::uint64_t unit = in_bytes ? 1 : 4;
-    std::uint64_t at = kNotesHead + (in_bytes ? 4 : 0);
-    at += 4 + unit * little_endian_at<std::uint32_t>(text, at) + 4;
-    while (at + 8 <= text.size()) {
-        if (!is_record_kind(little_endian_at<std::uint32_t>(text, at)))
-            return false;
-        at += 8 + unit * little_endian_at<std::uint32_t>(text, at + 4);
-    }
-    return at != text.size();
 }

@@ -6,7 +6,7 @@
 //        4      4  version of the compiler, four characters in the same order, such as "B22*"
 //        8      4  stamp: differs from one compilation to the next
 //
-// A counter file that is complete ends in four zero bytes.
+// A counter file that is complete ends in four zero bytes. object_records.h has what stands between.
 #pragma once
 
 #include <cstdint>
@@ -32,5 +32,5 @@ struct object_head {
 /// The head of a notes file; nothing when it cannot be read, is none, or is of no known version.
 std::optional<object_head> read_notes_head(const std::string& path);
 
-/// The head of a counter file; nothing when it cannot be read, is none, or is not complete.
+/// The head of a counter file; nothing when it cannot be read, is none, or does not end like a complete one.
 std::optional<object_head> read_counters_head(const std::string& path);

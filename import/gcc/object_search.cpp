@@ -2,7 +2,7 @@
 
 #include "common/message.h"
 #include "import/build_folders.h"
-#include "import/gcc/notes_sources.h"
+#include "import/gcc/object_records.h"
 #include "import/source_names.h"
 
 #include <algorithm>
@@ -13,6 +13,7 @@
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -95,7 +96,9 @@ struct notes_entry {
     std::string path;
     std::string reversed; ///< the path without its ending, backwards
     object_head head;
-    bool run = false; ///< some counter file belongs to it
+    std::optional<std::uint32_t> functions; ///< that they tell of
+    bool run = false;                       ///< some counter file belongs to it
+    bool damaged = false;                   ///< functions of such a file are missing
 };
 
 /// Notes in the order of their reversed paths: those with the longest end in common stand side by side.
@@ -177,14 +180,29 @@ static std::vector<notes_entry> read_notes(const std::vector<std::string>& paths
     std::vector<notes_entry> notes;
     for (const std::string& path : paths) {
         const std::optional<object_head> head = read_notes_head(path);
-        if (head && !are_cut_short(path, head->version))
-            notes.push_back({path, reversed_stem(path), *head});
+        const object_records records = head ? read_notes_records(path, head->version) : object_records{};
+        if (head && !records.cut_short)
+            notes.push_back({path, reversed_stem(path), *head, records.functions});
         else
             list->damaged_notes.push_back(path);
     }
     std::sort(notes.begin(), notes.end(),
               [](const notes_entry& a, const notes_entry& b) { return a.reversed < b.reversed; });
     return notes;
+}
+
+/// What a counter file that belongs to the notes tells of both.
+static void judge_counters(const std::string& counters, const std::optional<object_head>& head,
+                           notes_entry* notes, object_list* list) {
+    notes->run = true;
+    const object_records records =
+        head ? read_counters_records(counters, head->version) : object_records{true, std::nullopt};
+    if (records.cut_short)
+        list->damaged_counters.push_back(counters);
+    else if (head->stamp != notes->head.stamp)
+        list->rebuilt.push_back(counters);
+    else if (records.functions > notes->functions) // no value is less than all others
+        notes->damaged = notes->functions.has_value();
 }
 
 object_list object_search::pair() {
@@ -194,6 +212,7 @@ object_list object_search::pair() {
     list.closed = std::move(closed_);
     std::vector<notes_entry> notes = read_notes(notes_, &list);
     notes_index index(&notes);
+    std::vector<std::pair<const notes_entry*, std::string>> objects;
     for (const std::string& counters : counters_) {
         const std::optional<object_head> head = read_counters_head(counters);
         notes_entry* const own = index.find(counters, head);
@@ -201,16 +220,18 @@ object_list object_search::pair() {
             list.without_notes.push_back(counters);
             continue;
         }
-        own->run = true;
-        if (!head)
-            list.damaged_counters.push_back(counters);
-        else if (head->stamp != own->head.stamp)
-            list.rebuilt.push_back(counters);
-        list.objects.push_back({own->path, counters, own->head.version});
+        judge_counters(counters, head, own, &list);
+        objects.emplace_back(own, counters);
     }
     for (const notes_entry& entry : notes) {
         if (!entry.run)
-            list.objects.push_back({entry.path, "", entry.head.version});
+            objects.emplace_back(&entry, "");
+        if (entry.damaged)
+            list.damaged_notes.push_back(entry.path);
+    }
+    for (auto& [own, counters] : objects) {
+        if (!own->damaged)
+            list.objects.push_back({own->path, std::move(counters), own->head.version});
     }
     std::sort(list.objects.begin(), list.objects.end(), [](const gcc_object& a, const gcc_object& b) {
         return a.notes != b.notes ? a.notes < b.notes : a.counters < b.counters;

@@ -21,6 +21,7 @@ struct object_list {
     std::vector<std::string> rebuilt;       ///< counter files of another compilation: their counts are lost
     std::vector<std::string> damaged_counters; ///< counter files that are empty, cut short or none
     std::vector<std::string> closed;           ///< directories that could not be read
+    std::vector<std::string> foreign;          ///< notes files of compilers without gcov; they are left out
 };
 
 /// A path for messages: relative to the working directory when it lies below, control characters made

@@ -42,12 +42,15 @@ class line_distribution {
     };
 
     void find_ends();
+    void find_dead();
+    void order();
     void open(std::size_t index);
     std::size_t innermost(const trace_line& line);
     std::size_t owner(const trace_line& line, std::size_t around) const;
     void add_outside(std::vector<trace_line> outside, std::vector<owned_lines>* result) const;
 
     traced_file& file_;
+    std::vector<bool> dead_; ///< for each function whether lines follow its first and none was executed
     std::vector<std::size_t> order_; ///< of the functions: by line, those inside behind those around them
     std::size_t next_ = 0;           ///< in order_: the next to open
     std::vector<open_function> open_;
@@ -65,6 +68,35 @@ void line_distribution::find_ends() {
         }
         function->end = std::max(function->end == 0 ? behind : function->end, function->line);
     }
+}
+
+void line_distribution::find_dead() {
+    std::vector<std::uint32_t> counted, executed;
+    for (const trace_line& line : file_.lines) {
+        if (line.counted)
+            counted.push_back(line.line);
+        if (line.count != 0)
+            executed.push_back(line.line);
+    }
+    const auto any_in = [](const std::vector<std::uint32_t>& lines, const trace_function& function) {
+        const auto next = std::upper_bound(lines.begin(), lines.end(), function.line);
+        return next != lines.end() && *next <= function.end;
+    };
+    for (const trace_function& function : file_.functions)
+        dead_.push_back(any_in(counted, function) && !any_in(executed, function));
+}
+
+/// Of several at one place, such as the instances of a template or what one macro makes, the last gets the
+/// lines: a called one, unless none of the lines behind the first was executed.
+void line_distribution::order() {
+    const std::vector<trace_function>& functions = file_.functions;
+    const auto key = [this, &functions](std::size_t i) {
+        return std::tuple(functions[i].line, ~functions[i].end, (functions[i].entries != 0) != dead_[i]);
+    };
+    order_.resize(functions.size());
+    std::iota(order_.begin(), order_.end(), std::size_t{0});
+    std::stable_sort(order_.begin(), order_.end(),
+                     [&key](std::size_t a, std::size_t b) { return key(a) < key(b); });
 }
 
 void line_distribution::open(std::size_t index) {
@@ -100,15 +132,9 @@ std::size_t line_distribution::owner(const trace_line& line, std::size_t around)
 
 std::vector<owned_lines> line_distribution::distribute() {
     find_ends();
+    find_dead();
+    order();
     const std::vector<trace_function>& functions = file_.functions;
-    order_.resize(functions.size());
-    std::iota(order_.begin(), order_.end(), std::size_t{0});
-    // Of several at one place, such as the instances of a template, the last gets the lines: a called one.
-    std::stable_sort(order_.begin(), order_.end(), [&functions](std::size_t a, std::size_t b) {
-        const trace_function& x = functions[a];
-        const trace_function& y = functions[b];
-        return std::tuple(x.line, ~x.end, x.entries != 0) < std::tuple(y.line, ~y.end, y.entries != 0);
-    });
     std::vector<owned_lines> result;
     result.reserve(functions.size() + 1);
     for (const trace_function& function : functions)

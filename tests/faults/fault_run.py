@@ -106,7 +106,8 @@ head -n 1 demo.json | head -c "${GCOV_BYTES:-1000000}"
 eval "${GCOV_END:-exit 0}"
 """
 GCC = {**chosen("gcc-recorded", "demo.json", "demo.cpp", "other.cpp", "shape.h", "cases.inc", "squares.inc"),
-       "obj/demo.gcno": b"oncg*22B\1\2\3\4", "obj/demo.gcda": b"adcg*22B\1\2\3\4\0\0\0\0", "gcov": GCOV}
+       "obj/demo.gcno": b"oncg*22B\1\2\3\4sums\2\0\0\0/\0\1\0\0\0",
+       "obj/demo.gcda": b"adcg*22B\1\2\3\4sums\0\0\0\0", "gcov": GCOV}
 
 
 def compiled_objects():

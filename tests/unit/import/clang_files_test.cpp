@@ -1,5 +1,6 @@
 #include "import/clang/archive.h"
 #include "import/clang/byte_reader.h"
+#include "import/clang/clang_inputs.h"
 #include "import/clang/clang_join.h"
 #include "import/clang/file_tables.h"
 #include "import/clang/function_mapping.h"
@@ -8,6 +9,9 @@
 #include "tests/tools/scratch.h"
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
 
 static const std::filesystem::path kCases = std::filesystem::path(VEXCOV_TEST_DATA) / "golden" / "cases";
 
@@ -190,4 +194,33 @@ TEST(ClangFiles, MoreSectionsThanTheHeaderHolds) {
     EXPECT_EQ(joined(scratch, program, raw), "5");
     program.replace(first + 32, 8, std::string(8, '\xff'));
     EXPECT_EQ(joined(scratch, program, raw), "is a damaged ELF file: its sections do not fit into it");
+}
+
+/// A build or a test may go on while its directory is searched.
+TEST(ClangFiles, WhatGoesAwayIsPassedOver) {
+    const scratch_directory scratch;
+    scratch.put("app", "1");
+    std::atomic<bool> done = false;
+    std::thread other([&] {
+        while (!done) {
+            for (const char* const folder : {"a", "b", "c", "d", "e", "f"})
+                write_file(scratch.path() / folder / "deeper" / "file", "");
+            for (const char* const folder : {"a", "b", "c", "d", "e", "f"})
+                std::filesystem::remove_all(scratch.path() / folder);
+        }
+    });
+    std::size_t found = 0;
+    constexpr std::size_t kSearches = 1000;
+    for (std::size_t i = 0; i < kSearches; ++i) {
+        for (const std::string& file : files_below(scratch.path().string())) {
+            try {
+                file_bytes opened(file);
+                found += opened.size();
+            } catch (const not_of_interest&) { // and nothing else
+            }
+        }
+    }
+    done = true;
+    other.join();
+    EXPECT_EQ(found, kSearches);
 }

@@ -2,6 +2,7 @@
 #include "import/gcc/gcov_runs.h"
 #include "import/gcc/notes_sources.h"
 #include "import/gcc/object_files.h"
+#include "import/gcc/object_records.h"
 #include "tests/tools/product.h"
 #include "tests/tools/scratch.h"
 
@@ -78,25 +79,43 @@ TEST(GccObjects, SourcesThatNotesName) {
     find_sources("absent.gcno", [](std::string_view) { FAIL(); });
 }
 
-TEST(GccObjects, NotesThatEndWithinARecord) {
+/// gcov reads what is there and says nothing.
+TEST(GccObjects, NotesThatAreCutShort) {
     const scratch_directory scratch;
     for (const bool words : {false, true}) {
         const compiler_version version = {words ? 11U : 12U, 2};
         const auto cut = [&](const std::string& bytes) {
-            return are_cut_short(scratch.put("x.gcno", bytes), version);
+            return read_notes_records(scratch.put("x.gcno", bytes), version).cut_short;
         };
         const std::string head = (words ? "oncg*31B\1\2\3\4"s : "oncg*22B\1\2\3\4\5\6\7\0"s) +
                                  noted("/build", words) + "\1\0\0\0"s;
-        const std::string function = "\0\0\0\1"s + noted(std::string(11, 'f'), words);
+        const std::string arcs = "\0\0\0\1"s + noted(std::string(11, 'f'), words) + "\0\0\x43\1"s +
+                                 noted(std::string(11, 'a'), words);
         const std::string lines = "\0\0\x45\1"s + noted(std::string(300, 'l'), words);
-        const std::string whole = head + function + lines;
-        for (std::size_t size = 20; size <= whole.size(); ++size) {
-            const bool at_border =
-                size == head.size() || size == head.size() + function.size() || size == whole.size();
-            EXPECT_EQ(cut(whole.substr(0, size)), !at_border) << size;
-        }
+        const std::string whole = head + arcs + lines;
+        for (std::size_t size = 12; size <= whole.size(); ++size)
+            EXPECT_EQ(cut(whole.substr(0, size)), size != head.size() && size != whole.size()) << size;
         EXPECT_FALSE(cut(head + "\0\0\0\2"s + lines)) << "a kind of record that is not known";
-        EXPECT_TRUE(cut(head + "\0\0\0\1\xff\xff\xff\xff"s));
+        EXPECT_TRUE(cut(head + "\0\0\0\1\xff\xff\xff\x7f"s));
+    }
+}
+
+TEST(GccObjects, CountersThatAreCutShort) {
+    const scratch_directory scratch;
+    for (const bool words : {false, true}) {
+        const compiler_version version = {words ? 11U : 12U, 2};
+        const auto records = [&](const std::string& bytes) {
+            return read_counters_records(scratch.put("x.gcda", bytes), version);
+        };
+        const std::string zeros = "\0\0\xa1\1\xf0\xff\xff\xff"s; // counters that are not stored
+        const std::string whole = (words ? "adcg*31B\1\2\3\4"s : "adcg*22B\1\2\3\4\5\6\7\0"s) + "\0\0\0\1"s +
+                                  noted(std::string(8, '\0'), words) + zeros + "\0\0\0\1"s +
+                                  noted(std::string(8, '\0'), words) + "\0\0\xa1\1"s +
+                                  noted(std::string(16, '\0'), words) + "\0\0\0\0"s;
+        for (std::size_t size = 12; size < whole.size(); ++size)
+            EXPECT_TRUE(records(whole.substr(0, size)).cut_short) << size;
+        EXPECT_FALSE(records(whole).cut_short);
+        EXPECT_EQ(records(whole).functions, 2U);
     }
 }
 
