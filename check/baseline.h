@@ -9,6 +9,7 @@
 /// The figures of an older run.
 struct baseline {
     coverage_figures totals;
+    covered_count files_counted; ///< number of files; zero where the JSON does not tell
     std::vector<checked_file> files;
     bool differential = false; ///< they are those of a comparison with a reference
 };

@@ -1,7 +1,7 @@
 // The outline, as far as it is read; everything else is passed over:
 //
 //   {"differential":bool,"files":[{"name":"..","totals":{"blocks":{"covered":n,"total":n},..}},..],"format":1,
-//    "totals":{"blocks":{"covered":n,"total":n},"functions":{..},"lines":{..}}}
+//    "totals":{"blocks":{"covered":n,"total":n},"files":{..},"functions":{..},"lines":{..}}}
 #include "check/baseline.h"
 
 #include "common/file_ptr.h"
@@ -140,14 +140,16 @@ std::int64_t* baseline_handler::place_of_number() {
     const bool of_file = path.starts_with("/files/*/totals/");
     if (!of_file && !path.starts_with("/totals/"))
         return nullptr;
+    const auto member_of = [this](covered_count& count) {
+        return key_ == "covered" ? &count.covered : key_ == "total" ? &count.total : nullptr;
+    };
+    if (path == "/totals/files")
+        return member_of(result.files_counted);
     coverage_figures& figures = of_file ? result.files.back().figures : result.totals;
     const std::optional<metric> what = metric_of(path.substr(path.rfind('/') + 1));
-    const bool covered = key_ == "covered";
-    if (!what || (!covered && key_ != "total"))
-        return nullptr;
-    totals_seen += of_file ? 0 : 1;
-    covered_count& count = count_of(figures, *what);
-    return covered ? &count.covered : &count.total;
+    std::int64_t* const place = what ? member_of(count_of(figures, *what)) : nullptr;
+    totals_seen += place && !of_file ? 1 : 0;
+    return place;
 }
 
 bool baseline_handler::number(std::int64_t value) {

@@ -51,8 +51,9 @@ void set_all_figure_rows(site_page& page, const covered_count& files, const cove
                          const older_figures* older) {
     page.values().choice("with_change", older != nullptr);
     page.values().set("figures", [&page, files, figures, older] {
-        put_row(page.out(), "Files", files, nullptr);
-        if (older)
+        const bool known = older && older->files.total != 0;
+        put_row(page.out(), "Files", files, known ? &older->files : nullptr);
+        if (older && !known)
             page.out().put("<td><td>");
         put_rows(page.out(), figures, older ? &older->figures : nullptr);
     });

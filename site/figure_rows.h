@@ -6,6 +6,7 @@
 
 /// Figures of an older run.
 struct older_figures {
+    covered_count files; ///< zero where they are not known
     coverage_figures figures;
 };
 

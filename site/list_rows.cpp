@@ -6,9 +6,11 @@
 
 #include <algorithm>
 
-constexpr std::size_t kLongestPath = 90; ///< bytes of HTML
+constexpr std::size_t kNamesOfRow = 140; ///< bytes of HTML that the link of a row and its names take together
+constexpr std::size_t kLongestPath = 90;
 constexpr std::size_t kLongestFunctionName = 80;
 constexpr std::size_t kLongestFileName = 30;
+constexpr std::size_t kShortestName = 28; ///< so much of it is always shown
 
 static void put_link(text_buffer& out, std::string_view up, std::string_view page, std::string_view shown) {
     out.put("<a href=\"");
@@ -17,6 +19,11 @@ static void put_link(text_buffer& out, std::string_view up, std::string_view pag
     out.put("\">");
     out.put(shown);
     out.put("</a>");
+}
+
+/// What a name may take beside `others` bytes of the row, and at most `longest`.
+static std::size_t room_for_name(std::size_t others, std::size_t longest) {
+    return std::clamp(kNamesOfRow - std::min(others, kNamesOfRow), kShortestName, longest);
 }
 
 static void begin_row(text_buffer& out, std::string_view kind) {
@@ -41,7 +48,9 @@ void put_file_row(text_buffer& out, const site_file_entry& file, std::string_vie
     begin_row(out, file.figures.functions.covered == 0 && file.figures.functions.total != 0 ? "f"
                    : file.complete()                                                        ? ""
                                                                                             : "u");
-    put_link(out, up, file.page, html_name(name_within(file.name, within), kLongestPath, name_cut::front));
+    put_link(out, up, file.page,
+             html_name(name_within(file.name, within), room_for_name(file.page.size(), kLongestPath),
+                       name_cut::front));
     put_figures(out, file.figures);
 }
 
@@ -49,7 +58,9 @@ void put_directory_row(text_buffer& out, const site_directory& directory, std::s
                        std::string_view up) {
     begin_row(out, directory.complete() ? "" : "u");
     put_link(out, up, directory.page,
-             html_name(name_within(directory.path, within), kLongestPath, name_cut::front) + "/");
+             html_name(name_within(directory.path, within),
+                       room_for_name(directory.page.size(), kLongestPath), name_cut::front) +
+                 "/");
     put_figures(out, directory.figures);
 }
 
@@ -61,10 +72,12 @@ void put_function_row(text_buffer& out, const site_function& function, const sit
     out.put(file.page);
     put_fragment(out, function, file.lines);
     out.put("\">");
-    out.put(html_name(function.name, kLongestFunctionName));
+    const std::string file_name = html_name(file.name, kLongestFileName, name_cut::front);
+    out.put(
+        html_name(function.name, room_for_name(file.page.size() + file_name.size(), kLongestFunctionName)));
     out.put("</a>");
     out.put("<td>");
-    out.put(html_name(file.name, kLongestFileName, name_cut::front));
+    out.put(file_name);
     out.put("<td>");
     put_grouped(out, static_cast<std::uint64_t>(function.uncovered()));
     put_count_cells(out, function.blocks, true);

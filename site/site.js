@@ -27,7 +27,7 @@
   // Rows of lists: a filter, and sorting by a column.
   const value = (row, column) => {
     const text = row.cells[column].textContent;
-    const number = parseFloat(text.replace(/,/g, ""));
+    const number = text === "–" ? -1 : Number(text.replace(/,/g, ""));
     return Number.isNaN(number) || !column ? text : number;
   };
   const filters = find(".list").map((table) => {

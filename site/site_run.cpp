@@ -52,7 +52,7 @@ static std::unique_ptr<older_figures> read_older(const site_options& options) {
     if (before.differential != options.with_reference)
         end_with_error("%s was made %s -ref, unlike these figures; make it like them",
                        printable(options.baseline).c_str(), before.differential ? "with" : "without");
-    return std::make_unique<older_figures>(older_figures{before.totals});
+    return std::make_unique<older_figures>(older_figures{before.files_counted, before.totals});
 }
 
 /// The user's own style sheet; empty without one.

@@ -144,7 +144,8 @@ static void put_infeasible(text_buffer& out, const site_model& model) {
         out.put(html_name(infeasible[i]->name, 120, name_cut::front));
         out.put("</a>: ");
         put_grouped(out, infeasible[i]->infeasible_lines);
-        out.put(" lines are marked infeasible and in no figure.");
+        out.put(infeasible[i]->infeasible_lines == 1 ? " line is" : " lines are");
+        out.put(" marked infeasible and in no figure.");
     }
     if (infeasible.size() > kMostCareFiles) {
         out.put("<li>");
