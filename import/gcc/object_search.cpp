@@ -191,6 +191,12 @@ static std::vector<notes_entry> read_notes(const std::vector<std::string>& paths
     return notes;
 }
 
+/// Whether the notes beside a counter file are among the damaged ones, which are in order.
+static bool has_damaged_notes(const object_list& list, const std::string& counters) {
+    const std::string notes = counters.substr(0, counters.size() - kCounters.size()) + std::string(kNotes);
+    return std::binary_search(list.damaged_notes.begin(), list.damaged_notes.end(), notes);
+}
+
 /// What a counter file that belongs to the notes tells of both.
 static void judge_counters(const std::string& counters, const std::optional<object_head>& head,
                            notes_entry* notes, object_list* list) {
@@ -217,7 +223,8 @@ object_list object_search::pair() {
         const std::optional<object_head> head = read_counters_head(counters);
         notes_entry* const own = index.find(counters, head);
         if (!own) {
-            list.without_notes.push_back(counters);
+            if (!has_damaged_notes(list, counters)) // of which it is said
+                list.without_notes.push_back(counters);
             continue;
         }
         judge_counters(counters, head, own, &list);
