@@ -28,11 +28,11 @@ inline std::uint64_t quick_hash(std::string_view text) {
 /// text, so whoever asks must come to the same result, if more slowly, when two texts have one.
 class seen_texts {
   public:
-    bool contains(std::uint64_t hash) const { return !slots_.empty() && slots_[slot_of(hash)] == hash; }
+    bool contains(std::uint64_t hash) const { return !slots_.empty() && slots_[slot_of(hash)] == mark_of(hash); }
 
     void add(std::uint64_t hash) {
         slots_.resize(kSlots);
-        slots_[slot_of(hash)] = hash;
+        slots_[slot_of(hash)] = mark_of(hash);
     }
 
   private:
@@ -40,5 +40,10 @@ class seen_texts {
 
     static std::size_t slot_of(std::uint64_t hash) { return static_cast<std::size_t>(hash >> 24) % kSlots; }
 
-    std::vector<std::uint64_t> slots_; ///< 0: none was seen
+    /// A part of the hash that the slot does not tell; never 0.
+    static std::uint32_t mark_of(std::uint64_t hash) {
+        return static_cast<std::uint32_t>(hash >> 40) << 8 | (hash & 0xff) | 1;
+    }
+
+    std::vector<std::uint32_t> slots_; ///< 0: none was seen
 };
