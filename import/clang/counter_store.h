@@ -15,6 +15,9 @@ class counter_store {
     /// it is known with another number of counters: it is left out then, and counted.
     std::uint64_t* counters_of(std::uint64_t name, std::uint64_t structure, std::size_t number);
 
+    /// Tells of a function whose counters are asked for soon.
+    void prepare(std::uint64_t name) const { names_.prepare(name); }
+
     /// Whether any function has the name.
     bool knows(std::uint64_t name) const { return first_of(name) != hash_index::kNone; }
 

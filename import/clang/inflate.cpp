@@ -11,8 +11,8 @@
 constexpr std::uint64_t kLargestRatio = 1032;
 constexpr std::uint64_t kSlack = 64;
 
-/// Names unpack to about five times their size. More memory is taken only while a stream goes on.
-constexpr std::uint64_t kUsualRatio = 8;
+/// Names unpack to five to twenty times their size. More memory is taken only while a stream goes on.
+constexpr std::uint64_t kUsualRatio = 32;
 
 namespace {
 

@@ -4,7 +4,6 @@
 
 #include "import/clang/hash_index.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -51,10 +50,13 @@ class name_groups {
     }
 
     static std::uint64_t hash_of(std::string_view name) {
-        std::uint64_t parts[2] = {};
-        if (!name.empty())
-            std::memcpy(parts, name.data(), std::min(name.size(), kStart));
-        return mix_hash(mix_hash(0, parts[0]), parts[1]);
+        if (name.size() < kStart)
+            return name.size();
+        std::uint64_t start = 0;
+        std::uint32_t rest = 0;
+        std::memcpy(&start, name.data(), sizeof start);
+        std::memcpy(&rest, name.data() + kStart - sizeof rest, sizeof rest);
+        return mix_hash(mix_hash(0, start), rest);
     }
 
     std::array<group, kGroups> groups_ = {};

@@ -13,14 +13,18 @@
 inline std::uint64_t quick_hash(std::string_view text) {
     std::uint64_t hashes[2] = {text.size(), 0};
     std::uint64_t parts[2] = {};
-    for (; text.size() >= sizeof parts; text.remove_prefix(sizeof parts)) {
-        std::memcpy(parts, text.data(), sizeof parts);
+    if (text.size() < sizeof parts) {
+        if (!text.empty())
+            std::memcpy(parts, text.data(), text.size());
+        return mix_hash(mix_hash(hashes[0], parts[0]), parts[1]);
+    }
+    const char* const last = text.data() + text.size() - sizeof parts; // may have bytes that were mixed in
+    for (const char* at = text.data(); at < last; at += sizeof parts) {
+        std::memcpy(parts, at, sizeof parts);
         hashes[0] = mix_hash(hashes[0], parts[0]);
         hashes[1] = mix_hash(hashes[1], parts[1]);
     }
-    parts[0] = parts[1] = 0;
-    if (!text.empty())
-        std::memcpy(parts, text.data(), text.size());
+    std::memcpy(parts, last, sizeof parts);
     return mix_hash(mix_hash(hashes[0], parts[0]), mix_hash(hashes[1], parts[1]));
 }
 
