@@ -188,7 +188,7 @@ PieceId MangledNameReader::unqualified_name() {
     return abi_tags(plain_unqualified_name());
 }
 
-PieceId MangledNameReader::abi_tags(Id id) {
+PieceId MangledNameReader::some_abi_tags(Id id) {
     ++hidden_;
     while (take('B'))
         id = join(8, id, source_name());

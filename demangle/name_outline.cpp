@@ -51,7 +51,7 @@ void MangledNameReader::show_operator(const char* code) {
         return;
     show("operator");
     for (const auto& [known, text] : kOperatorTexts) {
-        if (std::strncmp(known, code, 2) == 0)
+        if (known[0] == code[0] && known[1] == code[1])
             return show(text);
     }
     fail(); // of expressions only

@@ -59,16 +59,17 @@ static bool is_sound(const export_region& region, std::size_t files) {
            ends_behind_start;
 }
 
-/// Checks the regions and returns the lowest file number that no expansion leads to.
-static std::int64_t main_file_number(const message_place& place) {
-    bool alone = true;
+/// Checks the regions and returns the lowest file number that no expansion leads to. `*alone`: there are no
+/// expansions.
+static std::int64_t main_file_number(const message_place& place, bool* alone) {
+    *alone = true;
     const std::size_t files = place.function.filenames.size();
     for (const export_region& region : place.function.regions) {
         if (!is_sound(region, files))
             check_region(place, region);
-        alone = alone && region[kKind] != kExpansion;
+        *alone = *alone && region[kKind] != kExpansion;
     }
-    if (alone && files != 0) // mostly
+    if (*alone && files != 0) // mostly
         return 0;
     std::vector<bool> expanded(files);
     for (const export_region& region : place.function.regions) {
@@ -107,11 +108,13 @@ namespace {
 /// The regions of one function's main file.
 class main_file_regions {
   public:
-    /// `gap_ends` is used as memory.
-    main_file_regions(const export_function& function, std::int64_t file,
+    /// `alone`: the function has no expansions. `gap_ends` is used as memory.
+    main_file_regions(const export_function& function, std::int64_t file, bool alone,
                       std::vector<std::uint64_t>* gap_ends)
         : function_(function), file_(file), gap_ends_(*gap_ends) {
         gap_ends_.clear();
+        if (alone) // gaps are of interest to expansions only
+            return;
         for (const export_region& region : function.regions) {
             if (region[kFileID] == file && region[kKind] == kGap)
                 gap_ends_.push_back(one_number(region[kLineEnd], region[kColumnEnd]));
@@ -212,11 +215,12 @@ bool extract_main_file(const export_function& function, const std::string& input
     check_range(place, "an entry count of", function.count, kLargestCount);
     if (function.regions.empty())
         return false;
-    const std::int64_t file = main_file_number(place);
+    bool alone = true;
+    const std::int64_t file = main_file_number(place, &alone);
     result->file = function.filenames.at(static_cast<std::size_t>(file));
     result->count = static_cast<std::uint64_t>(function.count);
     result->regions.clear();
-    if (!main_file_regions(function, file, &result->gap_ends).collect(&result->regions))
+    if (!main_file_regions(function, file, alone, &result->gap_ends).collect(&result->regions))
         return false;
     sort_and_join(&result->regions);
     result->extent = function_extent(result->regions);

@@ -26,9 +26,9 @@ void clang_join::add_object(const mapped_sections& object) {
     read_names(object.names.view());
 }
 
-/// Much of the time goes into hashes: those of names that an earlier program had, and that nobody is likely to
-/// ask for, are taken only when a name is missing. A name that is taken has the hash that was asked for, which
-/// proves it better than the sum of its stream; that is looked at when a name is missing.
+/// Much of the time goes into hashes: those of names that an earlier program had, and that nobody is likely
+/// to ask for, are taken only when a name is missing. A name that is taken has the hash that was asked for,
+/// which proves it better than the sum of its stream; that is looked at when a name is missing.
 void clang_join::read_names(std::string_view section) {
     for (const name_choice choice : {name_choice::promising, name_choice::unseen, name_choice::all}) {
         const bool last = choice == name_choice::all;

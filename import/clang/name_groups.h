@@ -13,9 +13,9 @@
 /// Groups names by how they begin, which is mostly the namespace, and remembers which groups were of no use.
 class name_groups {
   public:
-    /// Whether a name had better wait until it is clear that one is missing: it is of the standard library, or
-    /// many of its group were of no use, and none was of use. What belongs to one source file alone does not
-    /// wait.
+    /// Whether a name had better wait until it is clear that one is missing: it is of the standard library,
+    /// or many of its group were of no use, and none was of use. What belongs to one source file alone does
+    /// not wait.
     bool can_wait(std::string_view name) const {
         const std::uint64_t hash = hash_of(name);
         const group& found = groups_[hash % kGroups];

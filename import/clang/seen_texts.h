@@ -32,7 +32,9 @@ inline std::uint64_t quick_hash(std::string_view text) {
 /// text, so whoever asks must come to the same result, if more slowly, when two texts have one.
 class seen_texts {
   public:
-    bool contains(std::uint64_t hash) const { return !slots_.empty() && slots_[slot_of(hash)] == mark_of(hash); }
+    bool contains(std::uint64_t hash) const {
+        return !slots_.empty() && slots_[slot_of(hash)] == mark_of(hash);
+    }
 
     void add(std::uint64_t hash) {
         slots_.resize(kSlots);
