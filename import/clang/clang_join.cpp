@@ -11,6 +11,9 @@
 /// Bytes of the names of one function's files. A function of thousands of macros has some hundred thousand.
 constexpr std::size_t kMostFileNames = std::size_t{1} << 28;
 
+/// Records between the one that is handed out and the one that is prepared.
+constexpr std::size_t kAhead = 4;
+
 void clang_join::begin_input(const std::string& name) {
     inputs_.push_back({printable(name), {}, {}});
 }
@@ -159,7 +162,10 @@ void clang_join::hand_out(
     export_function* memory) {
     std::vector<bool> done(records_.records().size());
     for (const input& each : inputs_) {
-        for (const std::uint32_t record : each.records) {
+        for (std::size_t i = 0; i < each.records.size(); ++i) {
+            if (i + kAhead < each.records.size())
+                counters_.prepare(records_.records()[each.records[i + kAhead]].name);
+            const std::uint32_t record = each.records[i];
             if (!done[record] && join(record, memory))
                 on_function(*memory, each.name);
             done[record] = true;
