@@ -116,7 +116,7 @@ void mapping_decoder::decode_regions(byte_reader* reader, std::size_t file,
     std::uint64_t line = 0;
     const std::size_t number = reader->count();
     for (std::size_t i = 0; i < number; ++i) {
-        export_region region = {};
+        export_region& region = regions->emplace_back();
         const std::uint64_t head = reader->leb();
         const std::uint64_t counter =
             checked_counter((head & 3) != kZero ? head : decode_head(head, reader, &region));
@@ -143,8 +143,8 @@ void mapping_decoder::decode_regions(byte_reader* reader, std::size_t file,
             first_[file] = {counter, region[kKind] == kExpansion
                                          ? static_cast<std::size_t>(region[kExpandedFileID])
                                          : kNowhere};
-        if (region[kKind] < kLeftOut)
-            regions->push_back(region);
+        if (region[kKind] >= kLeftOut)
+            regions->pop_back();
     }
 }
 
