@@ -35,8 +35,6 @@ void MangledNameReader::show_class(std::string_view text) {
 
 /// clang numbers the closures and unnamed types of a translation unit.
 void MangledNameReader::show_source_name(std::string_view text) {
-    if (!is_shown())
-        return;
     const char* const behind = text.data() + text.size();
     if (text.starts_with("_GLOBAL__N_"))
         show_class("{anonymous}");
