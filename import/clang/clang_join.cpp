@@ -180,8 +180,10 @@ void clang_join::warn_of_mismatches() const {
     std::copy_if(mismatched_.begin(), mismatched_.end(), std::back_inserter(left),
                  [&](std::uint32_t i) { return !records_.is_matched(records_.records()[i]); });
     if (!left.empty())
-        print_warning("%zu functions do not fit their counts and were left out, the first is \"%s\"; "
-                      "was the program built again after the run?",
+        print_warning(left.size() == 1 ? "%zu function does not fit its counts and was left out, \"%s\"; "
+                                         "was the program built again after the run?"
+                                       : "%zu functions do not fit their counts and were left out, the first "
+                                         "is \"%s\"; was the program built again after the run?",
                       left.size(), printable(records_.name(records_.records()[left[0]])).c_str());
 }
 
@@ -203,7 +205,10 @@ void clang_join::print_warnings() const {
             "the tests again");
     warn_of_mismatches();
     if (counters_.different() != 0)
-        print_warning("%llu times a function came with another number of counts; the first was "
-                      "kept (import the profiles of one build at a time)",
+        print_warning(counters_.different() == 1
+                          ? "%llu time a function came with another number of counts; the first was "
+                            "kept (import the profiles of one build at a time)"
+                          : "%llu times a function came with another number of counts; the first was "
+                            "kept (import the profiles of one build at a time)",
                       static_cast<unsigned long long>(counters_.different()));
 }
