@@ -2,12 +2,21 @@
 // offsets into a text; none reads beyond its end.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
+/// For each byte whether it is a letter, digit or underscore.
+inline constexpr std::array<bool, 256> kWordCharacters = [] {
+    std::array<bool, 256> words = {};
+    for (const char c : std::string_view("_0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"))
+        words[static_cast<unsigned char>(c)] = true;
+    return words;
+}();
+
 /// Letters, digits and the underscore.
 constexpr bool is_word_character(char c) {
-    return c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    return kWordCharacters[static_cast<unsigned char>(c)];
 }
 
 /// The offset behind the line that `offset` lies in, and behind those that it continues with a backslash.

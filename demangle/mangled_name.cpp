@@ -136,6 +136,11 @@ PieceId MangledNameReader::prefix_part(Id before, bool& add) {
     if (c == 'I')
         return with_args(before);
     Id part;
+    if (is_digit(c)) { // mostly
+        part = abi_tags(source_name());
+        last_list_ = 0;
+        return join(2, before, part);
+    }
     if (c == 'M') { // the initialiser a closure belongs to: not shown
         ++at_;
         add = false;
@@ -188,7 +193,7 @@ PieceId MangledNameReader::unqualified_name() {
     return abi_tags(plain_unqualified_name());
 }
 
-PieceId MangledNameReader::abi_tags(Id id) {
+PieceId MangledNameReader::some_abi_tags(Id id) {
     ++hidden_;
     while (take('B'))
         id = join(8, id, source_name());
@@ -222,7 +227,8 @@ PieceId MangledNameReader::source_name() {
     const std::uint32_t length = is_digit(peek()) ? number() : 0;
     if (length == 0 || length > static_cast<std::size_t>(end_ - at_))
         return fail();
-    show_source_name({at_, length});
+    if (is_shown())
+        show_source_name({at_, length});
     at_ += length;
     const std::uint32_t own = std::max<std::uint32_t>(length, 21); // "(anonymous namespace)"
     longest_name_ = std::max(longest_name_, own);

@@ -13,22 +13,11 @@ MangledNameReader::MangledNameReader(const char* text, bool old_unresolved, Mang
     most_pieces_ = 8 * length + 64;
 }
 
-void MangledNameReader::expect(char c) {
-    if (!take(c))
-        fail();
-}
-
 PieceId MangledNameReader::fail() {
     result_.failed_in_scope = result_.failed_in_scope || (is_strict_ && !failed_);
     failed_ = true;
     at_ = end_;
     return 0;
-}
-
-bool MangledNameReader::enter() {
-    if (++depth_ > kDeepest)
-        fail();
-    return !failed_;
 }
 
 /// The number of pieces is bounded because demanglers read arguments twice after conversion operators,
@@ -60,15 +49,6 @@ std::uint32_t MangledNameReader::keep_list(std::vector<Id> list) {
         return 1;
     result_.lists.push_back(std::move(list));
     return static_cast<std::uint32_t>(result_.lists.size() - 1);
-}
-
-/// <number>, saturating; the sign is skipped.
-std::uint32_t MangledNameReader::number() {
-    take('n');
-    std::uint32_t value = 0;
-    for (; is_digit(peek()); ++at_)
-        value = std::min<std::uint32_t>(value * 10 + static_cast<std::uint32_t>(peek() - '0'), 1U << 24);
-    return value;
 }
 
 /// [<number>] _, where nothing is 0 and 0 is 1.

@@ -5,6 +5,7 @@
 
 #include "demangle/mangled_name.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -20,6 +21,18 @@ inline bool is_digit(char c) {
 
 inline bool is_lower(char c) {
     return c >= 'a' && c <= 'z';
+}
+
+/// A set of lower-case letters, a bit for each.
+constexpr std::uint32_t letter_set(std::string_view letters) {
+    std::uint32_t set = 0;
+    for (const char c : letters)
+        set |= std::uint32_t{1} << (c - 'a');
+    return set;
+}
+
+inline bool is_in(std::uint32_t letters, char c) {
+    return is_lower(c) && (letters >> (c - 'a') & 1) != 0;
 }
 
 inline bool is_sequence_char(char c) {
@@ -67,8 +80,15 @@ class MangledNameReader {
         at_ += found ? 2 : 0;
         return found;
     }
-    void expect(char c);
-    bool enter();
+    void expect(char c) {
+        if (!take(c))
+            fail();
+    }
+    bool enter() {
+        if (++depth_ > kDeepest)
+            fail();
+        return !failed_;
+    }
 
     Id fail();
     bool is_shown() const { return outline_ && hidden_ == 0; }
@@ -97,18 +117,32 @@ class MangledNameReader {
     }
     std::uint32_t keep_list(std::vector<Id> list);
 
-    std::uint32_t number(), compact_number();
+    /// <number>, saturating; the sign is skipped.
+    std::uint32_t number() {
+        take('n');
+        std::uint32_t value = 0;
+        for (; is_digit(peek()); ++at_)
+            value = std::min<std::uint32_t>(value * 10 + static_cast<std::uint32_t>(peek() - '0'), 1U << 24);
+        return value;
+    }
+    std::uint32_t compact_number();
     void call_offset(), discriminator(), template_param_decl();
 
     Id encoding(), special_name(), special_table(), special_other();
     Id name(), nested_name(), local_name();
     Id prefix_part(Id before, bool& add);
-    Id unqualified_name(), plain_unqualified_name(), source_name(), abi_tags(Id id);
+    Id unqualified_name(), plain_unqualified_name(), source_name(), some_abi_tags(Id id);
+    Id abi_tags(Id id) { return peek() == 'B' ? some_abi_tags(id) : id; }
     Id operator_name(), constructor_name(), closure_or_unnamed(), substitution(), std_substitution();
     Id template_param(), with_args(Id name), template_args(), template_arg(), pack();
     Id type(), plain_type(), extended_type(), param_type(), std_or_substituted_type(),
         vendor_qualified_type();
-    Id reference_type(), function_type(), array_type(), qualifiers(), types();
+    Id reference_type(), function_type(), array_type(), some_qualifiers(), types();
+    /// Any number of <CV-qualifiers> and the qualifiers of function types; 0 if there are none, as mostly.
+    Id qualifiers() {
+        const char c = peek();
+        return c == 'K' || c == 'V' || c == 'r' || c == 'D' ? some_qualifiers() : 0;
+    }
     Id literal(), expression(), plain_expression(), operator_expression(), new_expression(),
         postfix_operand();
     Id expressions(char end), fold(), function_param(), simple_id(), plain_simple_id(), unresolved_name();

@@ -36,7 +36,7 @@ PieceId MangledNameReader::template_args() {
             list.push_back(arg);
         id = join(2, id, arg);
     }
-    last_list_ = keep_list(std::move(list));
+    last_list_ = outline_ ? 1 : keep_list(std::move(list));
     return id;
 }
 
@@ -92,11 +92,12 @@ PieceId MangledNameReader::type() {
 
 /// A <type> without qualifiers before it.
 PieceId MangledNameReader::plain_type() {
-    static constexpr const char* kBuiltin = "abcdefghijlmnostvwxyz";
+    constexpr std::uint32_t builtin = letter_set("abcdefghijlmnostvwxyz");
+    constexpr std::uint32_t shorter = letter_set("bcdefilsvwxz");
     const char c = peek();
-    if (is_lower(c) && std::strchr(kBuiltin, c)) {
+    if (is_in(builtin, c)) {
         ++at_;
-        return join(std::strchr("bcdefilsvwxz", c) ? 11 : 18); // "long double" or "unsigned long long"
+        return join(is_in(shorter, c) ? 11 : 18); // "long double" or "unsigned long long"
     }
     switch (c) {
     case 'u':
@@ -238,8 +239,7 @@ PieceId MangledNameReader::array_type() {
     return join(6, size, type());
 }
 
-/// Any number of <CV-qualifiers> and the qualifiers of function types; 0 if there are none.
-PieceId MangledNameReader::qualifiers() {
+PieceId MangledNameReader::some_qualifiers() {
     Id id = 0;
     while (!failed_) {
         if (peek() == 'r' || peek() == 'V' || peek() == 'K') {

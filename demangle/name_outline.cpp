@@ -35,8 +35,6 @@ void MangledNameReader::show_class(std::string_view text) {
 
 /// clang numbers the closures and unnamed types of a translation unit.
 void MangledNameReader::show_source_name(std::string_view text) {
-    if (!is_shown())
-        return;
     const char* const behind = text.data() + text.size();
     if (text.starts_with("_GLOBAL__N_"))
         show_class("{anonymous}");
@@ -51,7 +49,7 @@ void MangledNameReader::show_operator(const char* code) {
         return;
     show("operator");
     for (const auto& [known, text] : kOperatorTexts) {
-        if (std::strncmp(known, code, 2) == 0)
+        if (known[0] == code[0] && known[1] == code[1])
             return show(text);
     }
     fail(); // of expressions only

@@ -108,16 +108,23 @@ static void read_inputs(const import_options& options, const source_names& names
 
 static void print_warnings(const collected& all, const profile_data& data) {
     if (all.empty != 0)
-        print_warning("%llu functions without code were left out",
+        print_warning(all.empty == 1 ? "%llu function without code was left out"
+                                     : "%llu functions without code were left out",
                       static_cast<unsigned long long>(all.empty));
     if (data.different.number != 0)
-        print_warning("%llu functions came again with different blocks, the first in %s; the one with more "
-                      "blocks was kept",
+        print_warning(data.different.number == 1
+                          ? "%llu function came again with different blocks, in %s; the one with more "
+                            "blocks was kept"
+                          : "%llu functions came again with different blocks, the first in %s; the one with "
+                            "more blocks was kept",
                       data.different.shown(), printable(data.different.first).c_str());
     if (data.misplaced.number != 0)
         print_warning(
-            "%llu blocks lie beyond the end of their line or file, the first of %s; the sources have changed "
-            "since the program was built (build it again, and run the tests)",
+            data.misplaced.number == 1
+                ? "%llu block of %s lies beyond the end of its line or file; the sources have changed since "
+                  "the program was built (build it again, and run the tests)"
+                : "%llu blocks lie beyond the end of their line or file, the first of %s; the sources have "
+                  "changed since the program was built (build it again, and run the tests)",
             data.misplaced.shown(), printable(data.misplaced.first).c_str());
 }
 

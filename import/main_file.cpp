@@ -44,16 +44,34 @@ static void check_region(const message_place& place, const export_region& region
         bad_number(place, "a region that ends before its start in line", region[kLineStart]);
 }
 
-/// Checks the regions and returns the lowest file number that no expansion leads to.
-static std::int64_t main_file_number(const message_place& place) {
-    bool alone = true;
+/// Whether check_region would find no fault: all at once, as nearly all regions have none.
+static bool is_sound(const export_region& region, std::size_t files) {
+    const auto is_within = [&region](export_region_field field, std::uint64_t largest) {
+        return static_cast<std::uint64_t>(region[field]) <= largest;
+    };
+    const bool ends_behind_start = region[kLineStart] != region[kLineEnd]
+                                       ? region[kLineStart] < region[kLineEnd]
+                                       : region[kColumnStart] <= region[kColumnEnd];
+    return is_within(kLineStart, kLargestLine) && is_within(kColumnStart, kLargestColumn) &&
+           is_within(kLineEnd, kLargestLine) && is_within(kColumnEnd, kLargestColumn) &&
+           is_within(kExecutionCount, kLargestCount) && static_cast<std::uint64_t>(region[kFileID]) < files &&
+           (region[kKind] != kExpansion || static_cast<std::uint64_t>(region[kExpandedFileID]) < files) &&
+           ends_behind_start;
+}
+
+/// Checks the regions and returns the lowest file number that no expansion leads to. `*alone`: there are no
+/// expansions.
+static std::int64_t main_file_number(const message_place& place, bool* alone) {
+    *alone = true;
+    const std::size_t files = place.function.filenames.size();
     for (const export_region& region : place.function.regions) {
-        check_region(place, region);
-        alone = alone && region[kKind] != kExpansion;
+        if (!is_sound(region, files))
+            check_region(place, region);
+        *alone = *alone && region[kKind] != kExpansion;
     }
-    if (alone && place.function.filenames.size() != 0) // mostly
+    if (*alone && files != 0) // mostly
         return 0;
-    std::vector<bool> expanded(place.function.filenames.size());
+    std::vector<bool> expanded(files);
     for (const export_region& region : place.function.regions) {
         if (region[kKind] == kExpansion)
             expanded[static_cast<std::size_t>(region[kExpandedFileID])] = true;
@@ -90,11 +108,13 @@ namespace {
 /// The regions of one function's main file.
 class main_file_regions {
   public:
-    /// `gap_ends` is used as memory.
-    main_file_regions(const export_function& function, std::int64_t file,
+    /// `alone`: the function has no expansions. `gap_ends` is used as memory.
+    main_file_regions(const export_function& function, std::int64_t file, bool alone,
                       std::vector<std::uint64_t>* gap_ends)
         : function_(function), file_(file), gap_ends_(*gap_ends) {
         gap_ends_.clear();
+        if (alone) // gaps are of interest to expansions only
+            return;
         for (const export_region& region : function.regions) {
             if (region[kFileID] == file && region[kKind] == kGap)
                 gap_ends_.push_back(one_number(region[kLineEnd], region[kColumnEnd]));
@@ -159,8 +179,10 @@ static void sort_and_join(std::vector<source_region>* regions) {
                          one_number(~r.end_line, (kLargestColumn - r.end_column) << 2 | r.kind_bits));
     };
     const auto before = [&](const source_region& a, const source_region& b) { return extent(a) < extent(b); };
-    if (!std::is_sorted(regions->begin(), regions->end(), before)) // they often are
-        std::sort(regions->begin(), regions->end(), before);
+    const auto not_before = [&](const source_region& a, const source_region& b) { return !before(a, b); };
+    if (std::adjacent_find(regions->begin(), regions->end(), not_before) == regions->end())
+        return; // they often are in order, and each is another one
+    std::sort(regions->begin(), regions->end(), before);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < regions->size(); ++i) {
         const source_region region = (*regions)[i];
@@ -193,11 +215,12 @@ bool extract_main_file(const export_function& function, const std::string& input
     check_range(place, "an entry count of", function.count, kLargestCount);
     if (function.regions.empty())
         return false;
-    const std::int64_t file = main_file_number(place);
+    bool alone = true;
+    const std::int64_t file = main_file_number(place, &alone);
     result->file = function.filenames.at(static_cast<std::size_t>(file));
     result->count = static_cast<std::uint64_t>(function.count);
     result->regions.clear();
-    if (!main_file_regions(function, file, &result->gap_ends).collect(&result->regions))
+    if (!main_file_regions(function, file, alone, &result->gap_ends).collect(&result->regions))
         return false;
     sort_and_join(&result->regions);
     result->extent = function_extent(result->regions);

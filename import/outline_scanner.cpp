@@ -7,7 +7,9 @@
 void outline_scanner::scan() {
     bool line_begin = true;
     for (std::size_t at = text_.starts_with("\xef\xbb\xbf") ? 3 : 0; at < text_.size(); behind_last_ = at) {
-        const std::size_t code = behind_blank(text_, at, &line_begin);
+        std::size_t code = at;
+        if (text_[code] <= ' ' || text_[code] == '/') // what may be blank
+            code = behind_blank(text_, at, &line_begin);
         if (code == text_.size())
             return;
         const std::uint32_t offset = static_cast<std::uint32_t>(code);
@@ -16,7 +18,8 @@ void outline_scanner::scan() {
             at = behind_directive(text_, code);
             continue;
         }
-        begin_code(offset, line_begin);
+        if (!is_settled())
+            begin_code(offset, line_begin);
         line_begin = false;
         at = is_word_character(text_[code]) ? pass_word(offset) : pass_other(offset);
     }
@@ -63,8 +66,6 @@ void outline_scanner::pass_directive(std::uint32_t offset) {
 
 /// Settles what the last piece left open, now that the next one is known.
 void outline_scanner::begin_code(std::uint32_t offset, bool line_begin) {
-    if (else_ == kNowhere && !closed_ && now().suspended == kNowhere && now().begin != kNowhere)
-        return; // nothing is open, as mostly
     const char c = text_[offset];
     const bool opens = c == '{';
     if (else_ != kNowhere) {
@@ -89,15 +90,30 @@ void outline_scanner::begin_code(std::uint32_t offset, bool line_begin) {
     }
 }
 
+/// Whether one of the words that pass_word knows begins with `c`.
+static bool begins_known_word(char c) {
+    switch (c) {
+    case 'd':
+    case 'e':
+    case 'n':
+    case 'o':
+    case 'p':
+    case 'r':
+        return true;
+    default:
+        return false;
+    }
+}
+
 std::size_t outline_scanner::pass_word(std::uint32_t offset) {
-    std::size_t end = offset + std::size_t{1};
-    while (end < text_.size() && is_word_character(text_[end]))
-        ++end;
-    const std::string_view word = text_.substr(offset, end - offset);
+    const char* const begin = text_.data() + offset;
+    const char* const behind = std::find_if_not(begin + 1, text_.data() + text_.size(), is_word_character);
+    const std::string_view word(begin, static_cast<std::size_t>(behind - begin));
+    const std::size_t end = offset + word.size();
     const piece before = last_;
     now().word_behind = now().word_behind || (before == piece::closing && now().depth == 0);
     last_ = before == piece::access ? piece::behind_access : piece::word;
-    if (word.size() < 3 || word.size() > 9)
+    if (word.size() < 3 || word.size() > 9 || !begins_known_word(word[0]))
         return end; // none of those below
     if (word == "else") {
         else_ = offset;
@@ -116,12 +132,13 @@ std::size_t outline_scanner::pass_word(std::uint32_t offset) {
 }
 
 std::size_t outline_scanner::pass_other(std::uint32_t offset) {
-    if (begins_literal(text_, offset)) {
+    const char c = text_[offset];
+    if ((c == '"' || c == '\'') && begins_literal(text_, offset)) {
         last_ = piece::other;
         return behind_literal(text_, offset);
     }
-    const bool two_colons = text_.substr(offset, 2) == "::";
-    switch (text_[offset]) {
+    const bool two_colons = c == ':' && text_.substr(offset, 2) == "::";
+    switch (c) {
     case '(':
     case '[':
         open_parenthesis(offset);
@@ -146,7 +163,6 @@ std::size_t outline_scanner::pass_other(std::uint32_t offset) {
     default:
         break;
     }
-    const char c = text_[offset];
     last_ = c == '=' ? piece::equals : c == ',' || c == ':' ? piece::unfinished : piece::other;
     return offset + std::size_t{two_colons ? 2U : 1U};
 }

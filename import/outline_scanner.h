@@ -58,6 +58,9 @@ class outline_scanner {
 
     void pass_directive(std::uint32_t offset);
     void cut_statement();
+    bool is_settled() const {
+        return else_ == kNowhere && !closed_ && now().suspended == kNowhere && now().begin != kNowhere;
+    }
     void begin_code(std::uint32_t offset, bool line_begin);
     std::size_t pass_word(std::uint32_t offset);
     std::size_t pass_other(std::uint32_t offset);
@@ -69,6 +72,7 @@ class outline_scanner {
     void pass_colon();
     void end_statement();
     scope& now() { return scopes_.back(); }
+    const scope& now() const { return scopes_.back(); }
 
     std::string_view text_;
     std::vector<outlined_head>& heads_;

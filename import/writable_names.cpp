@@ -93,15 +93,17 @@ replaced_names make_names_writable(PGOPTI_PROFILE* profile) {
     return result;
 }
 
+/// "1 source file", "2 source files".
+static std::string counted(std::uint64_t number, const char* what) {
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
+}
+
 void warn_of_replaced_names(const replaced_names& replaced) {
-    const unsigned long long files = replaced.files;
-    const unsigned long long functions = replaced.functions;
-    if (files != 0)
-        print_warning(
-            "white space and control characters in the names of %llu source files and %llu functions "
-            "became _; vexcov does not find such source files",
-            files, functions);
-    else if (functions != 0)
-        print_warning("white space and control characters in the names of %llu functions became _",
-                      functions);
+    const std::string functions = counted(replaced.functions, "function");
+    if (replaced.files != 0)
+        print_warning("white space and control characters in the names of %s and %s became _; vexcov does "
+                      "not find such source files",
+                      counted(replaced.files, "source file").c_str(), functions.c_str());
+    else if (replaced.functions != 0)
+        print_warning("white space and control characters in the names of %s became _", functions.c_str());
 }

@@ -1,8 +1,9 @@
-// Memory for bytes of files: a buffer that is filled anew again and again, and bytes that are kept for good.
-// Neither touches memory before there is something to put into it.
+// Memory for what is read of files: a buffer that is filled anew again and again, and bytes and objects that
+// are kept for good. None touches memory before there is something to put into it.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -71,6 +72,30 @@ template <typename T> class row_store {
     std::vector<std::unique_ptr<T[]>> blocks_;
     T* next_ = nullptr;
     std::size_t left_ = 0;
+};
+
+/// Numbered objects of a simple type, none of which ever moves.
+template <typename T> class numbered_store {
+  public:
+    std::uint32_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+
+    T& operator[](std::uint32_t number) { return blocks_[number / kBlock][number % kBlock]; }
+    const T& operator[](std::uint32_t number) const { return blocks_[number / kBlock][number % kBlock]; }
+
+    /// The number of the object, which is the next one.
+    std::uint32_t add(const T& object) {
+        if (size_ % kBlock == 0)
+            blocks_.push_back(std::make_unique_for_overwrite<T[]>(kBlock));
+        blocks_.back()[size_ % kBlock] = object;
+        return size_++;
+    }
+
+  private:
+    static constexpr std::uint32_t kBlock = 1024;
+
+    std::vector<std::unique_ptr<T[]>> blocks_;
+    std::uint32_t size_ = 0;
 };
 
 /// Bytes that stay where they are.

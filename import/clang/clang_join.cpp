@@ -11,6 +11,9 @@
 /// Bytes of the names of one function's files. A function of thousands of macros has some hundred thousand.
 constexpr std::size_t kMostFileNames = std::size_t{1} << 28;
 
+/// Records between the one that is handed out and the one that is prepared.
+constexpr std::size_t kAhead = 4;
+
 void clang_join::begin_input(const std::string& name) {
     inputs_.push_back({printable(name), {}, {}});
 }
@@ -26,38 +29,36 @@ void clang_join::add_object(const mapped_sections& object) {
     read_names(object.names.view());
 }
 
-/// A function of the standard library, which is mostly included as a system header and has no mapping then.
-static bool is_of_library(std::string_view name) {
-    return name.starts_with("_ZNSt") || name.starts_with("_ZNKSt") || name.starts_with("_ZSt");
-}
-
-/// Most of the time goes into hashes: those of names that an earlier program had, and of the library's, are
-/// taken only when a name is missing.
+/// Much of the time goes into hashes: those of names that an earlier program had, and that nobody is likely
+/// to ask for, are taken only when a name is missing. A name that is taken has the hash that was asked for,
+/// which proves it better than the sum of its stream; that is looked at when a name is missing.
 void clang_join::read_names(std::string_view section) {
-    for (const name_choice choice : {name_choice::first, name_choice::of_library, name_choice::rest}) {
+    for (const name_choice choice : {name_choice::promising, name_choice::unseen, name_choice::all}) {
+        const bool last = choice == name_choice::all;
         name_blocks blocks(section, &unpacked_);
         while (lacks_names() && blocks.next()) {
             const std::uint64_t hash =
                 mix_hash(quick_hash(blocks.stored()), static_cast<std::uint64_t>(choice));
-            const bool seen = choice != name_choice::rest && seen_names_.contains(hash);
-            if (!seen && read_block(blocks, choice))
+            if (!last && seen_names_.contains(hash))
+                continue;
+            if (read_block(blocks.text(last ? checksum::verified : checksum::ignored), choice))
                 seen_names_.add(hash);
         }
     }
 }
 
 /// Returns false when no more names are needed.
-bool clang_join::read_block(const name_blocks& blocks, name_choice choice) {
-    return for_each_name(blocks.text(), [&](std::string_view name) {
-        if (choice != name_choice::rest) {
-            if (is_of_library(name) != (choice == name_choice::of_library))
+bool clang_join::read_block(std::string_view names, name_choice choice) {
+    return for_each_name(names, [&](std::string_view name) {
+        if (choice != name_choice::all) {
+            if (choice == name_choice::promising && name_groups_.can_wait(name))
                 return true;
             const std::uint64_t quick = quick_hash(name);
             if (seen_names_.contains(quick))
                 return true;
             seen_names_.add(quick);
         }
-        records_.set_name(name_hash(name), name);
+        name_groups_.count(name, records_.set_name(name_hash(name), name));
         return lacks_names();
     });
 }
@@ -161,7 +162,10 @@ void clang_join::hand_out(
     export_function* memory) {
     std::vector<bool> done(records_.records().size());
     for (const input& each : inputs_) {
-        for (const std::uint32_t record : each.records) {
+        for (std::size_t i = 0; i < each.records.size(); ++i) {
+            if (i + kAhead < each.records.size())
+                counters_.prepare(records_.records()[each.records[i + kAhead]].name);
+            const std::uint32_t record = each.records[i];
             if (!done[record] && join(record, memory))
                 on_function(*memory, each.name);
             done[record] = true;
@@ -176,8 +180,10 @@ void clang_join::warn_of_mismatches() const {
     std::copy_if(mismatched_.begin(), mismatched_.end(), std::back_inserter(left),
                  [&](std::uint32_t i) { return !records_.is_matched(records_.records()[i]); });
     if (!left.empty())
-        print_warning("%zu functions do not fit their counts and were left out, the first is \"%s\"; "
-                      "was the program built again after the run?",
+        print_warning(left.size() == 1 ? "%zu function does not fit its counts and was left out, \"%s\"; "
+                                         "was the program built again after the run?"
+                                       : "%zu functions do not fit their counts and were left out, the first "
+                                         "is \"%s\"; was the program built again after the run?",
                       left.size(), printable(records_.name(records_.records()[left[0]])).c_str());
 }
 
@@ -199,7 +205,10 @@ void clang_join::print_warnings() const {
             "the tests again");
     warn_of_mismatches();
     if (counters_.different() != 0)
-        print_warning("%llu times a function came with another number of counts; the first was "
-                      "kept (import the profiles of one build at a time)",
+        print_warning(counters_.different() == 1
+                          ? "%llu time a function came with another number of counts; the first was "
+                            "kept (import the profiles of one build at a time)"
+                          : "%llu times a function came with another number of counts; the first was "
+                            "kept (import the profiles of one build at a time)",
                       static_cast<unsigned long long>(counters_.different()));
 }

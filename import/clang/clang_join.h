@@ -9,6 +9,7 @@
 #include "import/clang/file_tables.h"
 #include "import/clang/function_records.h"
 #include "import/clang/hash_index.h"
+#include "import/clang/name_groups.h"
 #include "import/clang/profile_names.h"
 #include "import/clang/seen_texts.h"
 #include "import/clang_export.h"
@@ -56,10 +57,15 @@ class clang_join {
         std::vector<std::uint32_t> records; ///< of `records_`
     };
 
-    enum class name_choice { first, of_library, rest };
+    /// Which names of a section are looked at, pass for pass.
+    enum class name_choice {
+        promising, ///< new ones that are likely asked for
+        unseen,    ///< all new ones
+        all        ///< also what was seen before, as another's hash may have been taken for its own
+    };
 
     void read_names(std::string_view section);
-    bool read_block(const name_blocks& blocks, name_choice choice);
+    bool read_block(std::string_view names, name_choice choice);
     bool is_wanted(const function_record& record) const;
     void name_files(const function_record& record, export_function* function) const;
     bool was_handed_out(const function_record& record) const;
@@ -72,7 +78,8 @@ class clang_join {
     function_records records_;
     counter_store counters_;
     seen_texts seen_names_; ///< names that were hashed, and blocks of names
-    byte_buffer unpacked_;  ///< names being read; kept for its memory
+    name_groups name_groups_;
+    byte_buffer unpacked_; ///< names being read; kept for its memory
     std::vector<input> inputs_;
     std::set<std::string> profiled_ids_;
     mapping_decoder decoder_;

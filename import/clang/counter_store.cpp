@@ -3,8 +3,11 @@
 #include <algorithm>
 
 std::uint32_t counter_store::find_entry(const identity& id) const {
-    return indices_.find(mix_hash(id.name, id.structure),
-                         [&](std::uint32_t index) { return entries_[index].id == id; });
+    const std::uint32_t first = first_of(id.name);
+    if (first == hash_index::kNone || entries_[first].id == id)
+        return first;
+    return others_.find(mix_hash(id.name, id.structure),
+                        [&](std::uint32_t index) { return entries_[index].id == id; });
 }
 
 std::uint32_t counter_store::entry_of(const identity& id, std::size_t number) {
@@ -13,13 +16,14 @@ std::uint32_t counter_store::entry_of(const identity& id, std::size_t number) {
     const std::uint32_t found = find_entry(id);
     if (found != hash_index::kNone)
         return found;
-    const std::uint32_t added = static_cast<std::uint32_t>(entries_.size());
-    if (!knows(id.name))
-        names_.add(id.name, added);
-    indices_.add(mix_hash(id.name, id.structure), added);
     std::uint64_t* const counters = counters_.add(number);
     std::fill_n(counters, number, 0);
-    entries_.push_back({id, counters, number});
+    const bool first = !knows(id.name);
+    const std::uint32_t added = entries_.add({id, counters, number});
+    if (first)
+        names_.add(id.name, added);
+    else
+        others_.add(mix_hash(id.name, id.structure), added);
     return added;
 }
 

@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <vector>
 
 class counter_store {
   public:
@@ -16,11 +15,11 @@ class counter_store {
     /// it is known with another number of counters: it is left out then, and counted.
     std::uint64_t* counters_of(std::uint64_t name, std::uint64_t structure, std::size_t number);
 
+    /// Tells of a function whose counters are asked for soon.
+    void prepare(std::uint64_t name) const { names_.prepare(name); }
+
     /// Whether any function has the name.
-    bool knows(std::uint64_t name) const {
-        const auto is_same = [&](std::uint32_t index) { return entries_[index].id.name == name; };
-        return names_.find(name, is_same) != hash_index::kNone;
-    }
+    bool knows(std::uint64_t name) const { return first_of(name) != hash_index::kNone; }
 
     /// The counters of a function; null data: it is not known.
     function_counters find(std::uint64_t name, std::uint64_t structure) const;
@@ -42,13 +41,16 @@ class counter_store {
         std::size_t number;
     };
 
+    std::uint32_t first_of(std::uint64_t name) const {
+        return names_.find(name, [&](std::uint32_t index) { return entries_[index].id.name == name; });
+    }
     std::uint32_t find_entry(const identity& id) const;
     std::uint32_t entry_of(const identity& id, std::size_t number);
 
-    std::vector<function> entries_;
+    numbered_store<function> entries_;
     row_store<std::uint64_t> counters_;
-    hash_index indices_; ///< of `entries_`
-    hash_index names_;   ///< an entry for each name
+    hash_index names_;  ///< the first of `entries_` with each name, which is mostly the only one
+    hash_index others_; ///< the others
     std::uint32_t expected_ =
         0; ///< where the next function likely is: the profiles of a program have one order
     std::uint64_t different_ = 0;

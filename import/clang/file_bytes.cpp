@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 constexpr std::uint64_t kFirstWindow = 4096;
-constexpr std::uint64_t kLargestWindow = std::uint64_t{1} << 18;
+constexpr std::uint64_t kLargestWindow = std::uint64_t{1} << 15;
 
 [[noreturn]] static void cannot_open() {
     const std::string text = std::string("cannot be opened: ") + std::strerror(errno);

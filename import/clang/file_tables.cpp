@@ -105,7 +105,8 @@ const file_table* source_files::table(std::uint64_t key) const {
     return found == object_.end() ? nullptr : found->second;
 }
 
-std::uint32_t source_files::list_number(const std::vector<std::uint32_t>& files) {
+/// The number of a list that is known already, or of a new one.
+std::uint32_t source_files::add_list(const std::vector<std::uint32_t>& files) {
     std::uint64_t hash = files.size();
     for (const std::uint32_t file : files)
         hash = mix_hash(hash, file);
@@ -118,5 +119,9 @@ std::uint32_t source_files::list_number(const std::vector<std::uint32_t>& files)
     list_indices_.add(hash, added);
     lists_.push_back({listed_.size(), static_cast<std::uint32_t>(files.size())});
     listed_.insert(listed_.end(), files.begin(), files.end());
+    if (files.size() == 1) {
+        alone_.resize(names_.size(), hash_index::kNone);
+        alone_[files[0]] = added;
+    }
     return added;
 }

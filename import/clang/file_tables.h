@@ -32,7 +32,11 @@ class source_files {
     const file_table* table(std::uint64_t key) const;
 
     /// The number of a list of files; equal lists have equal numbers.
-    std::uint32_t list_number(const std::vector<std::uint32_t>& files);
+    std::uint32_t list_number(const std::vector<std::uint32_t>& files) {
+        if (files.size() == 1 && files[0] < alone_.size() && alone_[files[0]] != hash_index::kNone)
+            return alone_[files[0]]; // as most functions have no other
+        return add_list(files);
+    }
 
     /// A list by its number; valid until the next list is added.
     const std::uint32_t* list(std::uint32_t number) const { return listed_.data() + lists_[number].begin; }
@@ -48,6 +52,7 @@ class source_files {
 
     const file_table* decode(std::string_view packed, std::uint64_t key, bool has_directory);
     std::uint32_t file_number(std::string name);
+    std::uint32_t add_list(const std::vector<std::uint32_t>& files);
 
     std::unordered_map<std::uint64_t, const file_table*> object_; ///< the tables of the current object by key
     std::unordered_map<std::uint64_t, file_table>
@@ -57,6 +62,7 @@ class source_files {
     std::vector<std::uint32_t> listed_;
     std::vector<file_list> lists_;
     hash_index list_indices_;
+    std::vector<std::uint32_t> alone_; ///< for each file the number of the list of it alone
 };
 
 /// `name`, from `directory` on when it is relative, without "." and "..".

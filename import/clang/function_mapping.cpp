@@ -71,14 +71,12 @@ void mapping_decoder::decode_expressions(byte_reader* reader) {
         each.left = checked_counter(reader->leb());
         each.right = checked_counter(reader->leb());
     }
-    memos_.assign(expressions_.size() * 2, {0, progress::unknown});
+    if (counters_.data)
+        memos_.assign(expressions_.size() * 2, {0, progress::unknown});
 }
 
-/// Reads what stands before a region's place and returns its counter.
-std::uint64_t mapping_decoder::decode_head(byte_reader* reader, export_region* region) {
-    const std::uint64_t head = reader->leb();
-    if ((head & 3) != kZero)
-        return head;
+/// Reads what a head that is no counter has behind it, and returns the region's counter.
+std::uint64_t mapping_decoder::decode_head(std::uint64_t head, byte_reader* reader, export_region* region) {
     if ((head & 4) != 0) {
         if (head >> 3 >= first_.size())
             damaged("a file number is too large");
@@ -118,8 +116,10 @@ void mapping_decoder::decode_regions(byte_reader* reader, std::size_t file,
     std::uint64_t line = 0;
     const std::size_t number = reader->count();
     for (std::size_t i = 0; i < number; ++i) {
-        export_region region = {};
-        const std::uint64_t counter = checked_counter(decode_head(reader, &region));
+        export_region& region = regions->emplace_back();
+        const std::uint64_t head = reader->leb();
+        const std::uint64_t counter =
+            checked_counter((head & 3) != kZero ? head : decode_head(head, reader, &region));
         line += static_cast<std::uint64_t>(line_or_column(reader->leb()));
         region[kLineStart] = line_or_column(line);
         region[kColumnStart] = line_or_column(reader->leb());
@@ -143,8 +143,8 @@ void mapping_decoder::decode_regions(byte_reader* reader, std::size_t file,
             first_[file] = {counter, region[kKind] == kExpansion
                                          ? static_cast<std::size_t>(region[kExpandedFileID])
                                          : kNowhere};
-        if (region[kKind] < kLeftOut)
-            regions->push_back(region);
+        if (region[kKind] >= kLeftOut)
+            regions->pop_back();
     }
 }
 
@@ -204,7 +204,11 @@ std::int64_t mapping_decoder::evaluate(std::uint64_t counter) {
 /// A race between threads, or counters that were set back in the middle of a run, can leave less than
 /// nothing.
 std::int64_t mapping_decoder::count_of_counter(std::uint64_t counter) {
-    return counters_.data ? std::max<std::int64_t>(evaluate(counter), 0) : 0;
+    if (!counters_.data || (counter & 3) == kZero)
+        return 0;
+    if ((counter & 3) == kProfile)
+        return *known_value(counter);
+    return std::max<std::int64_t>(evaluate(counter), 0);
 }
 
 /// The count of the first region of a file number, which may be an expansion, too. Those on the way get the

@@ -75,7 +75,7 @@ class mapping_decoder {
 
     void decode_expressions(byte_reader* reader);
     void decode_regions(byte_reader* reader, std::size_t file, std::vector<export_region>* regions);
-    std::uint64_t decode_head(byte_reader* reader, export_region* region);
+    std::uint64_t decode_head(std::uint64_t head, byte_reader* reader, export_region* region);
     std::uint64_t checked_counter(std::uint64_t counter);
     std::int64_t count_of_file(std::size_t file);
     std::int64_t count_of_counter(std::uint64_t counter);

@@ -2,34 +2,48 @@
 
 #include "import/clang/byte_reader.h"
 
-/// The number of the name, which may be there already.
-std::uint32_t function_records::add_name(std::uint64_t hash) {
-    const std::uint32_t known = name_index(hash);
-    if (known != hash_index::kNone)
-        return known;
-    const std::uint32_t added = static_cast<std::uint32_t>(names_.size());
-    name_indices_.add(hash, added);
-    names_.push_back({.hash = hash, .text = {}});
-    ++nameless_;
-    return added;
+static std::uint64_t hash_of(const function_record& record) {
+    return mix_hash(mix_hash(record.name, record.structure), record.files);
 }
 
-/// The number of the record, which may be there already; only then its mapping is copied.
+bool function_records::is_same(std::uint32_t number, const function_record& record) const {
+    const function_record& other = records_[number];
+    return other.name == record.name && other.structure == record.structure && other.files == record.files &&
+           other.unused == record.unused;
+}
+
+std::uint32_t function_records::find_record(const function_record& record) const {
+    if (expected_ < records_.size() && is_same(expected_, record))
+        return expected_;
+    const std::uint32_t name = name_index(record.name);
+    if (name == hash_index::kNone)
+        return hash_index::kNone;
+    if (is_same(names_[name].first, record))
+        return names_[name].first;
+    return others_.find(hash_of(record), [&](std::uint32_t number) { return is_same(number, record); });
+}
+
+/// The number of the record, which may be there already; only if it is not, its mapping is copied.
 std::uint32_t function_records::add_record(const function_record& record) {
-    const std::uint64_t hash = mix_hash(mix_hash(record.name, record.structure), record.files);
-    const std::uint32_t known = record_indices_.find(hash, [&](std::uint32_t index) {
-        const function_record& other = records_[index];
-        return other.name == record.name && other.structure == record.structure &&
-               other.files == record.files && other.unused == record.unused;
-    });
+    const std::uint32_t known = find_record(record);
     if (known != hash_index::kNone)
         return known;
-    const std::uint32_t added = static_cast<std::uint32_t>(records_.size());
-    record_indices_.add(hash, added);
-    records_.push_back(record);
-    records_.back().mapping = bytes_.keep(record.mapping);
-    records_.back().name_number = add_name(record.name);
-    function_name& name = names_[records_.back().name_number];
+    function_record kept = record;
+    kept.mapping = bytes_.keep(record.mapping);
+    kept.name_number = name_index(record.name);
+    const std::uint32_t added = records_.size();
+    if (kept.name_number == hash_index::kNone) {
+        function_name fresh = {};
+        fresh.hash = record.name;
+        fresh.first = added;
+        kept.name_number = names_.add(fresh);
+        name_indices_.add(record.name, kept.name_number);
+        ++nameless_;
+    } else {
+        others_.add(hash_of(record), added);
+    }
+    records_.add(kept);
+    function_name& name = names_[kept.name_number];
     name.used = name.used || !record.unused;
     ++name.records;
     return added;
@@ -76,15 +90,20 @@ std::vector<std::uint32_t> function_records::add(std::string_view section, sourc
         record.files = files->list_number(listed_);
         record.unused = record.structure == 0 && is_unused_function(mapping, head_);
         record.mapping = mapping.substr(head_.end);
-        place_record(add_record(record), &object);
+        const std::uint32_t number = add_record(record);
+        expected_ = number + 1;
+        place_record(number, &object);
     }
     return object;
 }
 
-void function_records::set_name(std::uint64_t hash, std::string_view name) {
+bool function_records::set_name(std::uint64_t hash, std::string_view name) {
     const std::uint32_t index = name_index(hash);
-    if (index == hash_index::kNone || !names_[index].text.empty() || name.empty())
-        return;
-    names_[index].text = bytes_.keep(name);
-    --nameless_;
+    if (index == hash_index::kNone)
+        return false;
+    if (names_[index].text.empty() && !name.empty()) {
+        names_[index].text = bytes_.keep(name);
+        --nameless_;
+    }
+    return true;
 }

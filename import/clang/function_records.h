@@ -34,7 +34,7 @@ class function_records {
     /// the section is damaged.
     std::vector<std::uint32_t> add(std::string_view section, source_files* files, std::uint32_t input);
 
-    const std::vector<function_record>& records() const { return records_; }
+    const numbered_store<function_record>& records() const { return records_; }
 
     /// Whether a record of this one's name is not of an unused function.
     bool is_used(const function_record& record) const { return name_of(record).used; }
@@ -47,8 +47,8 @@ class function_records {
     void set_matched(const function_record& record) { names_[record.name_number].matched = true; }
     bool is_matched(const function_record& record) const { return name_of(record).matched; }
 
-    /// Takes `name` as that of the records with its hash; others are of no interest.
-    void set_name(std::uint64_t hash, std::string_view name);
+    /// Takes `name` as that of the records with its hash; false: there are none.
+    bool set_name(std::uint64_t hash, std::string_view name);
 
     /// The name of a record; empty as long as it is not known.
     std::string_view name(const function_record& record) const { return name_of(record).text; }
@@ -60,25 +60,28 @@ class function_records {
     struct function_name {
         std::uint64_t hash;
         std::string_view text; ///< empty: is not known
-        bool used = false;
-        bool matched = false;
-        std::uint32_t records = 0; ///< that have it
-        std::uint32_t object = 0;  ///< the last one with a record of it, counted from 1
-        std::uint32_t place = 0;   ///< of the record in that object
+        bool used;
+        bool matched;
+        std::uint32_t first;   ///< record that has it
+        std::uint32_t records; ///< that have it
+        std::uint32_t object;  ///< the last one with a record of it, counted from 1
+        std::uint32_t place;   ///< of the record in that object
     };
 
     const function_name& name_of(const function_record& record) const { return names_[record.name_number]; }
     std::uint32_t name_index(std::uint64_t hash) const {
         return name_indices_.find(hash, [&](std::uint32_t number) { return names_[number].hash == hash; });
     }
+    bool is_same(std::uint32_t number, const function_record& record) const;
+    std::uint32_t find_record(const function_record& record) const;
     std::uint32_t add_record(const function_record& record);
-    std::uint32_t add_name(std::uint64_t hash);
     void place_record(std::uint32_t record, std::vector<std::uint32_t>* object);
 
-    std::vector<function_record> records_;
-    hash_index record_indices_;
-    std::vector<function_name> names_;
+    numbered_store<function_record> records_;
+    std::uint32_t expected_ = 0; ///< where the next record likely is: programs have them in similar orders
+    numbered_store<function_name> names_;
     hash_index name_indices_; ///< by the hashes of the names
+    hash_index others_;       ///< records that are not the first of their name
     byte_store bytes_;        ///< mappings and names
     std::size_t nameless_ = 0;
     std::uint32_t objects_ = 0;

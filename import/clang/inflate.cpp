@@ -11,19 +11,21 @@
 constexpr std::uint64_t kLargestRatio = 1032;
 constexpr std::uint64_t kSlack = 64;
 
-/// Names unpack to about five times their size. More memory is taken only while a stream goes on.
-constexpr std::uint64_t kUsualRatio = 8;
+/// Names unpack to five to twenty times their size. More memory is taken only while a stream goes on.
+constexpr std::uint64_t kUsualRatio = 32;
 
 namespace {
 
 /// A zlib stream that is being unpacked.
 class stream {
   public:
-    explicit stream(std::string_view packed) {
+    stream(std::string_view packed, checksum sum) {
         state_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data())); // zlib only reads it
         state_.avail_in = static_cast<uInt>(packed.size());
         if (inflateInit(&state_) != Z_OK)
             throw std::bad_alloc();
+        if (sum == checksum::ignored)
+            inflateValidate(&state_, 0);
     }
     ~stream() { inflateEnd(&state_); }
     stream(const stream&) = delete;
@@ -46,11 +48,11 @@ class stream {
 
 } // namespace
 
-void inflate_exactly(std::string_view packed, std::uint64_t size, byte_buffer* to) {
+void inflate_exactly(std::string_view packed, std::uint64_t size, byte_buffer* to, checksum sum) {
     constexpr std::uint64_t largest = std::numeric_limits<uInt>::max();
     if (packed.size() > largest || size > largest || size > packed.size() * kLargestRatio + kSlack)
         throw input_error("holds compressed data of an impossible size");
-    stream source(packed);
+    stream source(packed, sum);
     to->clear();
     std::size_t done = 0;
     bool ended = false;

@@ -1,7 +1,5 @@
 #include "import/clang/profile_names.h"
 
-#include "import/clang/inflate.h"
-
 bool name_blocks::next() {
     reader_.skip_zeros();
     if (reader_.empty())
@@ -15,9 +13,9 @@ bool name_blocks::next() {
     return true;
 }
 
-std::string_view name_blocks::text() const {
+std::string_view name_blocks::text(checksum sum) const {
     if (!packed_)
         return bytes_;
-    inflate_exactly(bytes_, size_, &memory_);
+    inflate_exactly(bytes_, size_, &memory_, sum);
     return memory_.view();
 }

@@ -9,6 +9,7 @@
 
 #include "import/clang/byte_buffer.h"
 #include "import/clang/byte_reader.h"
+#include "import/clang/inflate.h"
 
 #include <string_view>
 
@@ -24,8 +25,8 @@ class name_blocks {
     /// The block as the section has it. Equal ones have equal names.
     std::string_view stored() const { return stored_; }
 
-    /// The text of the block, valid until the memory is used again.
-    std::string_view text() const;
+    /// The text of the block, valid until the memory is used again. `sum`: that of a compressed one.
+    std::string_view text(checksum sum) const;
 
   private:
     byte_reader reader_;

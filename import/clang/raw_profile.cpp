@@ -29,6 +29,7 @@ constexpr header_layout kHeader10 = {16, 24, 56, 72, 104, 128};
 constexpr record_layout kRecord5[2] = {{28, 32, 40}, {40, 44, 48}};
 constexpr record_layout kRecord9[2] = {{32, 36, 48}, {48, 52, 64}};
 constexpr std::size_t kCountersAt = 16; ///< in every record
+constexpr std::size_t kAhead = 8;       ///< records between the one that is read and the one that is prepared
 
 constexpr std::uint64_t kRelative = 8;    ///< first version with addresses from the record on
 constexpr std::uint64_t kCompleteIds = 8; ///< before, GNU ld let programs go without, but not libraries
@@ -143,6 +144,9 @@ void profile_reader::read_counters() {
     file_->skip(field(layout_->records + 24));
     std::uint64_t base = field(layout_->name_bytes + 8);
     for (std::size_t at = 0; at < records_.size(); at += record_->size) {
+        const std::size_t ahead = at + kAhead * record_->size;
+        if (ahead < records_.size())
+            sinks_.counters->prepare(little_endian_at<std::uint64_t>(records_, ahead));
         add_record(records_.substr(at, record_->size), base);
         base -= version_ < kRelative ? 0 : record_->size;
     }

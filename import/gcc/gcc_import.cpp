@@ -69,14 +69,20 @@ static bool warn_of_objects(const object_list& list, gcov_troubles troubles) {
 static void warn_of_figures(const line_profile& made, std::uint64_t clamped) {
     const auto number = [](std::uint64_t value) { return static_cast<unsigned long long>(value); };
     if (clamped != 0)
-        print_warning(
-            "%llu counts were negative or too large and were set to 0 or to the largest count; threads that "
-            "count at the same time do that (build with -fprofile-update=atomic)",
-            number(clamped));
+        print_warning(clamped == 1
+                          ? "%llu count was negative or too large and was set to 0 or to the largest count; "
+                            "threads that count at the same time do that (build with -fprofile-update=atomic)"
+                          : "%llu counts were negative or too large and were set to 0 or to the largest "
+                            "count; threads that count at the same time do that (build with "
+                            "-fprofile-update=atomic)",
+                      number(clamped));
     warn_of_unreadable_sources(made.unreadable);
     if (made.misplaced.number != 0)
-        print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
-                      "changed since the program was built (build it again, and run the tests)",
+        print_warning(made.misplaced.number == 1
+                          ? "%llu block of %s lies beyond the end of its file; the sources have changed "
+                            "since the program was built (build it again, and run the tests)"
+                          : "%llu blocks lie beyond the end of their file, the first of %s; the sources have "
+                            "changed since the program was built (build it again, and run the tests)",
                       made.misplaced.shown(), printable(made.misplaced.first).c_str());
 }
 

@@ -34,15 +34,22 @@ static void read_trace(const std::string& input, trace_store* store, trace_oddit
 static void print_warnings(const trace_oddities& oddities, const trace_profile& made) {
     const auto number = [](std::uint64_t value) { return static_cast<unsigned long long>(value); };
     if (oddities.unknown != 0)
-        print_warning("%llu lines with unknown records were passed over", number(oddities.unknown));
+        print_warning(oddities.unknown == 1 ? "%llu line with an unknown record was passed over"
+                                            : "%llu lines with unknown records were passed over",
+                      number(oddities.unknown));
     if (oddities.clamped != 0)
-        print_warning("%llu counts were negative or too large and were set to 0 or to the largest count",
-                      number(oddities.clamped));
+        print_warning(
+            oddities.clamped == 1
+                ? "%llu count was negative or too large and was set to 0 or to the largest count"
+                : "%llu counts were negative or too large and were set to 0 or to the largest count",
+            number(oddities.clamped));
     warn_of_unreadable_sources(made.unreadable);
     if (made.misplaced.number != 0)
-        print_warning("%llu blocks lie beyond the end of their file, the first of %s; the sources have "
-                      "changed since the "
-                      "trace was written (make it again)",
+        print_warning(made.misplaced.number == 1
+                          ? "%llu block of %s lies beyond the end of its file; the sources have changed "
+                            "since the trace was written (make it again)"
+                          : "%llu blocks lie beyond the end of their file, the first of %s; the sources have "
+                            "changed since the trace was written (make it again)",
                       made.misplaced.shown(), printable(made.misplaced.first).c_str());
 }
 
