@@ -10,13 +10,12 @@ constexpr std::size_t kLongestPath = 90; ///< bytes of HTML
 constexpr std::size_t kLongestFunctionName = 80;
 constexpr std::size_t kLongestFileName = 30;
 
-static void put_link(text_buffer& out, std::string_view up, std::string_view page, std::string_view shown) {
+static void put_link(text_buffer& out, std::string_view up, std::string_view page, std::string_view path) {
     out.put("<a href=\"");
     out.put(up);
     out.put(page);
     out.put("\">");
-    out.put(shown);
-    out.put("</a>");
+    put_name(out, path, kLongestPath, name_cut::front);
 }
 
 static void begin_row(text_buffer& out, std::string_view kind) {
@@ -41,15 +40,16 @@ void put_file_row(text_buffer& out, const site_file_entry& file, std::string_vie
     begin_row(out, file.figures.functions.covered == 0 && file.figures.functions.total != 0 ? "f"
                    : file.complete()                                                        ? ""
                                                                                             : "u");
-    put_link(out, up, file.page, html_name(name_within(file.name, within), kLongestPath, name_cut::front));
+    put_link(out, up, file.page, name_within(file.name, within));
+    out.put("</a>");
     put_figures(out, file.figures);
 }
 
 void put_directory_row(text_buffer& out, const site_directory& directory, std::string_view within,
                        std::string_view up) {
     begin_row(out, directory.complete() ? "" : "u");
-    put_link(out, up, directory.page,
-             html_name(name_within(directory.path, within), kLongestPath, name_cut::front) + "/");
+    put_link(out, up, directory.page, name_within(directory.path, within));
+    out.put("/</a>");
     put_figures(out, directory.figures);
 }
 
@@ -61,10 +61,10 @@ void put_function_row(text_buffer& out, const site_function& function, const sit
     out.put(file.page);
     put_fragment(out, function, file.lines);
     out.put("\">");
-    out.put(html_name(function.name, kLongestFunctionName));
+    put_name(out, function.name, kLongestFunctionName);
     out.put("</a>");
     out.put("<td>");
-    out.put(html_name(file.name, kLongestFileName, name_cut::front));
+    put_name(out, file.name, kLongestFileName, name_cut::front);
     out.put("<td>");
     put_grouped(out, static_cast<std::uint64_t>(function.uncovered()));
     put_count_cells(out, function.blocks, true);

@@ -18,10 +18,8 @@ static void put_count_of(text_buffer& out, std::uint32_t count, std::string_view
         out.put('s');
 }
 
-void source_page_writer::write(const file_coverage& file, const site_model& model,
+void source_page_writer::write(const file_coverage& file, const code_survey& survey, const site_model& model,
                                const changed_lines& changed, site_file_entry& entry) const {
-    const source_analysis& analysis = file.analysis;
-    const code_survey survey = survey_code(analysis);
     entry.lines = survey.lines;
     entry.uncovered_places = survey.places;
     entry.infeasible_lines = survey.infeasible_lines;
@@ -47,6 +45,6 @@ void source_page_writer::write(const file_coverage& file, const site_model& mode
     values.set("strip", [&] { put_strip(out, survey); });
     values.choice("has_infeasible", survey.infeasible_lines != 0);
     values.set("infeasible", [&] { put_count_of(out, survey.infeasible_lines, "infeasible line"); });
-    values.set("code", [&] { code_writer(out, analysis, survey, changed).write(); });
+    values.set("code", [&] { code_writer(out, file.analysis, survey, changed).write(); });
     page.write(form_);
 }
