@@ -11,7 +11,6 @@ static void add_run(std::vector<code_survey::run>& runs, std::uint32_t line, mar
 
 void code_surveyor::add(const line_walk& walk) {
     const source_line& line = walk.line();
-    survey_.lines = line.number;
     survey_.infeasible_lines += line.disabled ? 1 : 0;
     marks_.take(walk);
     for (const marked_piece& piece : marks_.pieces()) {
@@ -23,6 +22,7 @@ void code_surveyor::add(const line_walk& walk) {
     const mark gravest = marks_.gravest(walk);
     if (gravest != mark::none)
         add_run(survey_.runs, line.number, gravest);
+    survey_.line_ends.push_back(line_begin_ + line.text.size());
     line_begin_ += line.text.size() + 1;
 }
 

@@ -16,7 +16,7 @@ struct mark_change {
 
 /// Where the marks of a source are, which its page says before it shows the code.
 struct code_survey {
-    std::uint32_t lines = 0;
+    std::vector<std::size_t> line_ends; ///< of each line, the offset of its newline or of the text's end
     std::uint32_t places = 0;           ///< uncovered ones
     std::uint32_t infeasible_lines = 0; ///< lines that markers take out
     std::vector<mark_change> changes;   ///< ascending
@@ -28,6 +28,8 @@ struct code_survey {
         mark kind;
     };
     std::vector<run> runs;
+
+    std::uint32_t lines() const { return static_cast<std::uint32_t>(line_ends.size()); }
 };
 
 /// Surveys the sources of a walk, line by line.

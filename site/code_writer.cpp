@@ -258,14 +258,11 @@ void code_writer::write_line() {
 
 /// Goes on to the next line; false behind the last one.
 bool code_writer::next_line() {
-    const std::string_view text = analysis_.text;
-    if (line_ != 0)
-        line_begin_ = line_end_ + 1;
-    if (line_begin_ >= text.size())
+    if (line_ == survey_.lines())
         return false;
-    ++line_;
+    line_begin_ = line_ == 0 ? 0 : line_end_ + 1;
+    line_end_ = survey_.line_ends[line_++];
     number_.increment();
-    line_end_ = std::min(text.find('\n', line_begin_), text.size());
     return true;
 }
 
@@ -273,12 +270,12 @@ void code_writer::write() {
     while (next_line()) {
         if (line_ % kChunk == 1)
             // The height of a chunk is known only when it is full.
-            out_.put(survey_.lines - line_ + 1 > kChunk ? "<div>" : "<div class=z>");
+            out_.put(survey_.lines() - line_ + 1 > kChunk ? "<div>" : "<div class=z>");
         write_line();
-        if (line_ % kChunk == 0 || line_ == survey_.lines) {
+        if (line_ % kChunk == 0 || line_ == survey_.lines()) {
             close_mark();
             // Without it the last newline is no part of a selection.
-            if (line_ == survey_.lines && line_end_ < analysis_.text.size())
+            if (line_ == survey_.lines() && line_end_ < analysis_.text.size())
                 out_.put("<br>");
             out_.put("</div>");
         }

@@ -20,7 +20,7 @@ static void put_count_of(text_buffer& out, std::uint32_t count, std::string_view
 
 void source_page_writer::write(const file_coverage& file, const code_survey& survey, const site_model& model,
                                const changed_lines& changed, site_file_entry& entry) const {
-    entry.lines = survey.lines;
+    entry.lines = survey.lines();
     entry.uncovered_places = survey.places;
     entry.infeasible_lines = survey.infeasible_lines;
 
@@ -41,7 +41,7 @@ void source_page_writer::write(const file_coverage& file, const code_survey& sur
     values.choice("has_functions", entry.functions != 0);
     const std::span<const site_function> functions(model.functions.data() + entry.first_function,
                                                    entry.functions);
-    values.set("functions", [&] { put_function_list(out, functions, survey.lines); });
+    values.set("functions", [&] { put_function_list(out, functions, survey.lines()); });
     values.set("strip", [&] { put_strip(out, survey); });
     values.choice("has_infeasible", survey.infeasible_lines != 0);
     values.set("infeasible", [&] { put_count_of(out, survey.infeasible_lines, "infeasible line"); });
