@@ -23,19 +23,30 @@ struct character_set {
 } // namespace
 
 constexpr character_set kMarks("{}();");
-constexpr character_set kStops("\n\"'/{}();"); ///< at which the reading of a line of code has to stop
-constexpr character_set kBehindBrace("})];,"); ///< what a line that closes may hold behind its brace
+constexpr character_set kStops("\n\"'/{}();");  ///< at which the reading of a line of code has to stop
+constexpr character_set kBehindBrace("})];,");  ///< what a line that closes may hold behind its brace
+constexpr character_set kWordStarts("bcdegrt"); ///< first letters of the words of word_at
 
 code_lines::code_lines(const source_analysis& analysis) : analysis_(analysis) {
     starts_.resize(analysis.positions.lines());
     read_text();
-    match_marks();
-    find_bodies();
+    // Where a body ends matters only for functions that were never called.
+    if (!std::all_of(analysis.functions.begin(), analysis.functions.end(),
+                     [](const source_function& function) { return function.called; })) {
+        match_marks();
+        find_bodies();
+    }
     find_extents();
 }
 
 source_position code_lines::position_of(std::size_t offset) const {
     return {line_, static_cast<std::uint32_t>(offset - line_start_ + 1)};
+}
+
+/// True when another piece of code on the line at hand tells nothing new.
+bool code_lines::is_noted() const {
+    return !mark_waits_ && line_ <= starts_.size() && starts_[line_ - 1].first_code != 0 &&
+           !starts_[line_ - 1].closes;
 }
 
 /// Notes that a piece of code begins at `offset` of the line at hand.
@@ -71,6 +82,8 @@ static code_word word_at(std::string_view text, std::size_t offset) {
         {"else", code_word::branch_else}, {"case", code_word::label},    {"default", code_word::label},
         {"break", code_word::jump},       {"continue", code_word::jump}, {"goto", code_word::jump},
         {"return", code_word::jump},      {"throw", code_word::jump}};
+    if (!kWordStarts.contains(text[offset]))
+        return code_word::other;
     for (const auto& [word, meaning] : words) {
         const std::size_t end = offset + word.size();
         if (text[offset] == word[0] && text.substr(offset, word.size()) == word &&
@@ -99,7 +112,11 @@ void code_lines::finish_mark(std::size_t offset) {
 void code_lines::note_mark(std::size_t offset) {
     const char c = analysis_.text[offset];
     const bool behind_label = c == '{' && is_behind_colon(analysis_.text, offset);
-    marks_.push_back({position_of(offset), {}, kNone, c, '\0', code_word::other, behind_label});
+    code_mark& mark = marks_.emplace_back(); // filled in place: there are many
+    mark.position = position_of(offset);
+    mark.match = kNone;
+    mark.kind = c;
+    mark.behind_label = behind_label;
     mark_waits_ = c != '(';
 }
 
@@ -150,12 +167,13 @@ void code_lines::note_directive(std::size_t offset) {
 std::size_t code_lines::read_code(std::size_t offset) {
     const std::string_view text = analysis_.text;
     const char c = text[offset];
-    if (begins_literal(text, offset)) {
+    if ((c == '"' || c == '\'') && begins_literal(text, offset)) {
         const std::size_t end = behind_literal(text, offset);
         note_literal(offset, end);
         return end;
     }
-    note_code(offset);
+    if (!is_noted())
+        note_code(offset);
     if (kMarks.contains(c) && other_branches_ == 0)
         note_mark(offset);
     ++offset;
@@ -299,11 +317,12 @@ void code_lines::find_extents() {
     called_.join();
 }
 
-code_line code_lines::examine(std::uint32_t line) {
+const code_line& code_lines::examine(std::uint32_t line) {
     const line_start start = line <= starts_.size() ? starts_[line - 1] : line_start{0, false};
-    code_line result = {false, false, false, start.closes, start.first_code};
-    const source_position code = {line, result.column};
-    result.in_function = functions_.reaches(line, code, &result.inside) && result.column != 0;
-    called_.reaches(line, code, &result.inside_called);
-    return result;
+    const source_position code = {line, start.first_code};
+    examined_.closes = start.closes;
+    examined_.column = start.first_code;
+    examined_.in_function = functions_.reaches(line, code, &examined_.inside) && start.first_code != 0;
+    called_.reaches(line, code, &examined_.inside_called);
+    return examined_;
 }

@@ -42,8 +42,8 @@ class code_lines {
     /// `analysis` must outlive this.
     explicit code_lines(const source_analysis& analysis);
 
-    /// About a line; to be asked in ascending order.
-    code_line examine(std::uint32_t line);
+    /// About a line; to be asked in ascending order. Valid until the next one is asked about.
+    const code_line& examine(std::uint32_t line);
 
     /// In order.
     const std::vector<code_mark>& marks() const { return marks_; }
@@ -54,6 +54,7 @@ class code_lines {
     std::size_t pass_blank(std::size_t offset, bool* line_begin);
     void pass_lines(std::size_t from, std::size_t to);
     void note_directive(std::size_t offset);
+    bool is_noted() const;
     void note_code(std::size_t offset);
     void note_literal(std::size_t from, std::size_t to);
     void note_mark(std::size_t offset);
@@ -91,4 +92,5 @@ class code_lines {
     };
     extent_list functions_; ///< all of them
     extent_list called_;    ///< those that were called
+    code_line examined_ = {};
 };

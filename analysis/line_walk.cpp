@@ -25,8 +25,9 @@ Color getColor(std::uint64_t count, bool bNotInRef, unsigned int numBlocks, unsi
     return all ? clrCovered : clrPartial;
 }
 
-line_walk::line_walk(const source_analysis& analysis)
-    : analysis_(analysis), all_(analysis.positions.positions()), positions_(all_.first(0)) {}
+line_walk::line_walk(const source_analysis& analysis, bool colours)
+    : analysis_(analysis), colours_(colours), all_(analysis.positions.positions()),
+      positions_(all_.first(0)) {}
 
 line_walk::~line_walk() = default;
 
@@ -45,7 +46,9 @@ bool line_walk::next() {
     line_.disabled = analysis_.disabled.contains(line_.number);
     line_.color = color_;
     at_ += length + 1;
-    find_stretches();
+    find_positions();
+    if (colours_)
+        find_stretches();
     return true;
 }
 
@@ -55,7 +58,7 @@ static Color class_of(const block_list_node& position, bool differential) {
                     position.bAdjusted(), differential);
 }
 
-void line_walk::find_stretches() {
+void line_walk::find_positions() {
     const block_list_node* const end = all_.data() + all_.size();
     const block_list_node* first = positions_.data() + positions_.size();
     while (first != end && first->line < line_.number)
@@ -64,17 +67,22 @@ void line_walk::find_stretches() {
     while (last != end && last->line == line_.number)
         ++last;
     positions_ = {first, last};
+}
+
+void line_walk::find_stretches() {
     stretches_.clear();
-    if (first == last)
+    if (positions_.empty())
         return;
     const std::size_t ahead = look_ahead();
     const std::size_t columns = line_.text.size() + (line_.has_newline ? 1 : 0);
-    for (; first != last && first->column <= std::max(columns, ahead); ++first) {
-        color_ = class_of(*first, analysis_.differential);
-        if (first->column == ahead)
+    for (const block_list_node& position : positions_) {
+        if (position.column > std::max(columns, ahead))
+            break;
+        color_ = class_of(position, analysis_.differential);
+        if (position.column == ahead)
             stretches_.insert(stretches_.begin(), {0, color_, nullptr});
-        if (first->column <= columns)
-            stretches_.push_back({first->column - 1, color_, first});
+        if (position.column <= columns)
+            stretches_.push_back({position.column - 1, color_, &position});
     }
 }
 
@@ -165,7 +173,7 @@ void line_walk::examine_code() {
     const std::size_t passed = static_cast<std::size_t>(positions_.data() - all_.data());
     for (; counted_ < passed; ++counted_)
         pass_position(all_[counted_]);
-    const code_line code = code_->examine(line_.number);
+    const code_line& code = code_->examine(line_.number);
     holds_code_ = code.in_function;
     std::uint64_t at_code = in_force_; // in force at the line's first code
     if (code.closes) {

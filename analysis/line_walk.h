@@ -50,8 +50,9 @@ Color getColor(std::uint64_t count, bool bNotInRef, unsigned int numBlocks, unsi
 
 class line_walk {
   public:
-    /// `analysis` must outlive the walk, and its text must be there.
-    explicit line_walk(const source_analysis& analysis);
+    /// `analysis` must outlive the walk, and its text must be there. Without `colours` no line has stretches,
+    /// and the color of each is unknown; the rest is the same.
+    explicit line_walk(const source_analysis& analysis, bool colours = true);
     ~line_walk();
     line_walk(const line_walk&) = delete;
     line_walk& operator=(const line_walk&) = delete;
@@ -87,6 +88,7 @@ class line_walk {
     line_blocks blocks();
 
   private:
+    void find_positions();
     void find_stretches();
     std::size_t look_ahead() const;
     void pass_position(const block_list_node& position);
@@ -95,6 +97,7 @@ class line_walk {
     void count_blocks(std::size_t first, bool continued);
 
     const source_analysis& analysis_;
+    bool colours_;
     std::span<const block_list_node> all_;       ///< positions of the file
     std::span<const block_list_node> positions_; ///< those of the line
     std::size_t at_ = 0;                         ///< offset of the next line in the text

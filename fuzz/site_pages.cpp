@@ -96,6 +96,7 @@ static void write_site(const scenario& all, const std::string& other_name) {
     settings.no_partial = all.analysis.no_partial;
     site_model model;
     const source_page_writer writer(settings);
+    code_surveyor surveyor(settings.no_partial);
     for (const std::string& name : {all.analysis.path, other_name}) {
         const file_coverage file = {
             all.analysis,
@@ -105,7 +106,9 @@ static void write_site(const scenario& all, const std::string& other_name) {
             {{3, 1}, {all.analysis.figures.blocks, all.analysis.figures.blocks_covered}, {5, 5}, 0},
             nullptr};
         site_file_entry& entry = model.add_file(file);
-        writer.write(file, model, all.changed, entry);
+        for (line_walk walk(all.analysis); walk.next();)
+            surveyor.add(walk);
+        writer.write(file, surveyor.finish(), model, all.changed, entry);
         model.totals.missing.push_back(name);
     }
     require(model.files[0].page != model.files[1].page || model.files[0].name.empty(),

@@ -88,8 +88,8 @@ bool coverage_walk::analyse(COMP* first, source_analysis* analysis) {
 
 /// Hands an analysed file to the sink and adds it to the totals.
 void coverage_walk::visit(const source_analysis& analysis,
-                          const std::function<void(const file_coverage&)>& sink) {
-    collect_lines(analysis, lines_);
+                          const std::function<void(const file_coverage&)>& sink, const line_watcher& watch) {
+    collect_lines(analysis, lines_, watch);
     file_coverage file = {analysis, {}, false, lines_, {}, wants_whole() ? &whole_ : nullptr};
     file.below_root = names_.resolve(analysis.path, &file.name);
     const source_figures& figures = analysis.figures;
@@ -106,13 +106,14 @@ void coverage_walk::visit(const source_analysis& analysis,
     sink(file);
 }
 
-coverage_totals coverage_walk::run(const std::function<void(const file_coverage&)>& sink) {
+coverage_totals coverage_walk::run(const std::function<void(const file_coverage&)>& sink,
+                                   const line_watcher& watch) {
     totals_ = {};
     for (COMP* comp = GetComponentList(options_.spi_file.c_str(), nullptr, isInComponents, modules_); comp;) {
         COMP* const first = comp;
         source_analysis analysis;
         if (analyse(first, &analysis))
-            visit(analysis, sink);
+            visit(analysis, sink, watch);
         else
             totals_.missing.emplace_back(first->fileName);
         release_source();

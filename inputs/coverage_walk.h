@@ -70,8 +70,10 @@ class coverage_walk {
     /// Reads the static profile and calls `sink` with every source file of interest that is there. What is
     /// given to it is valid during the call. Where something could not be read in full the run ends with
     /// status 1: nothing must be written from a part of the figures. Can be
-    /// called again; what is not there is told the first time.
-    coverage_totals run(const std::function<void(const file_coverage&)>& sink);
+    /// called again; what is not there is told the first time. `watch`, if there is one, sees every line of a
+    /// file before the file is given to `sink`.
+    coverage_totals run(const std::function<void(const file_coverage&)>& sink,
+                        const line_watcher& watch = nullptr);
 
   private:
     struct close_profile {
@@ -80,7 +82,8 @@ class coverage_walk {
 
     bool analyse(COMP* first, source_analysis* analysis);
     bool wants_whole() const { return options_.also_whole && reference_; }
-    void visit(const source_analysis& analysis, const std::function<void(const file_coverage&)>& sink);
+    void visit(const source_analysis& analysis, const std::function<void(const file_coverage&)>& sink,
+               const line_watcher& watch);
 
     const coverage_options& options_;
     root_names names_;

@@ -3,9 +3,10 @@
 // A line counts when it holds code (line_walk.h) and no marker takes it out. Its hits are line_walk's count.
 #pragma once
 
-#include "analysis/source_analysis.h"
+#include "analysis/line_walk.h"
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 /// One line that holds code.
@@ -20,5 +21,10 @@ struct line_coverage {
     bool partly() const { return covered() && executed < blocks; }
 };
 
-/// The lines of a file that hold code, ascending, in place of what `lines` held.
-void collect_lines(const source_analysis& analysis, std::vector<line_coverage>& lines);
+/// Sees the lines of a file one after the other.
+using line_watcher = std::function<void(const line_walk&)>;
+
+/// The lines of a file that hold code, ascending, in place of what `lines` held. `watch`, if there is one,
+/// sees every line meanwhile.
+void collect_lines(const source_analysis& analysis, std::vector<line_coverage>& lines,
+                   const line_watcher& watch = nullptr);

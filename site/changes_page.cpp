@@ -72,11 +72,11 @@ template <typename Write> static std::string written(Write write) {
     return std::move(all.text);
 }
 
-void site_changes::add_excerpts(const file_coverage& file, const std::string& page) {
+void site_changes::add_excerpts(const file_coverage& file, const code_survey& survey,
+                                const std::string& page) {
     const auto found = by_source_.find(file.name);
     if (found == by_source_.end())
         return;
-    const code_survey survey = survey_code(file.analysis);
     sections_.push_back(
         {found->second, page, written([&](text_buffer& out) {
              code_writer(out, file.analysis, survey, lines_of(file.name)).write_excerpts(page);
@@ -87,7 +87,7 @@ static void put_heading(text_buffer& out, const std::string& page, const std::st
     out.put("<a href=\"");
     out.put(page);
     out.put("\">");
-    out.put(html_name(name, kLongestName, name_cut::front));
+    put_name(out, name, kLongestName, name_cut::front);
     out.put("</a>");
 }
 
@@ -104,7 +104,7 @@ void site_changes::put_files(text_buffer& out) const {
 void site_changes::put_without_data(text_buffer& out) const {
     for (const std::string& name : changed_.without_data) {
         out.put("<li>");
-        out.put(html_name(name, kLongestName, name_cut::front));
+        put_name(out, name, kLongestName, name_cut::front);
     }
 }
 

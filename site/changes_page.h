@@ -23,8 +23,8 @@ class site_changes {
     /// The changed lines of a file, by its name in the walk.
     const changed_lines& lines_of(const std::string& name) const;
 
-    /// Takes the changed lines of a file while it is walked.
-    void add_excerpts(const file_coverage& file, const std::string& page);
+    /// Takes the changed lines of a file while it is walked. `survey`: of its code.
+    void add_excerpts(const file_coverage& file, const code_survey& survey, const std::string& page);
 
     /// Writes the page.
     void write(const site_settings& settings);

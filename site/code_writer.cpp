@@ -3,7 +3,6 @@
 #include "site/html_text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
 constexpr std::uint32_t kChunk = 100;     ///< lines; site.css knows their height
@@ -13,41 +12,12 @@ constexpr std::size_t kSyntaxShare =
 constexpr std::size_t kFreeSyntaxBytes = 200; ///< before that counts
 constexpr std::size_t kNoOffset = SIZE_MAX;
 
-static void add_run(std::vector<code_survey::run>& runs, std::uint32_t line, mark kind) {
-    if (!runs.empty() && runs.back().kind == kind && runs.back().last + 1 == line)
-        runs.back().last = line;
-    else
-        runs.push_back({line, line, kind});
-}
-
-code_survey survey_code(const source_analysis& analysis) {
-    code_survey survey;
-    std::size_t line_begin = 0;
-    mark before = mark::none;
-    for (marked_lines lines(analysis); lines.next();) {
-        const source_line& line = lines.line();
-        survey.lines = line.number;
-        survey.infeasible_lines += line.disabled ? 1 : 0;
-        for (const marked_piece& piece : lines.pieces()) {
-            if (piece.kind != before || piece.begins_place)
-                survey.changes.push_back({line_begin + piece.offset, piece.kind, piece.begins_place});
-            survey.places += piece.begins_place ? 1 : 0;
-            before = piece.kind;
-        }
-        const mark gravest = lines.gravest();
-        if (gravest != mark::none)
-            add_run(survey.runs, line.number, gravest);
-        line_begin += line.text.size() + 1;
-    }
-    return survey;
-}
-
 code_writer::code_writer(text_buffer& out, const source_analysis& analysis, const code_survey& survey,
                          const changed_lines& changed)
-    : out_(out), analysis_(analysis), survey_(survey), changed_(changed),
-      syntax_(analysis.text), token_{0, 0, syntax_kind::none}, has_syntax_(is_c_source(analysis.path)) {
+    : out_(out), analysis_(analysis), survey_(survey), changed_(changed), syntax_(analysis.text),
+      has_syntax_(is_c_source(analysis.path)) {
     if (has_syntax_)
-        token_ = syntax_.next();
+        syntax_.next();
 }
 
 /// What a mark's element is.
@@ -140,16 +110,17 @@ void code_writer::write_keyword(std::string_view word) {
 /// Writes a part of the token at hand, which ends at `end`.
 void code_writer::write_token(std::size_t from, std::size_t end) {
     const std::string_view piece = analysis_.text.substr(from, end - from);
-    if (token_.kind == syntax_kind::keyword && piece.size() == token_.end - token_.begin)
+    const syntax_token& token = syntax_.token();
+    if (token.kind == syntax_kind::keyword && piece.size() == token.end - token.begin)
         return write_keyword(piece);
-    if (token_.kind == syntax_kind::sign) {
+    if (token.kind == syntax_kind::sign) {
         set_syntax(syntax_kind::none);
         return put_code(out_, piece);
     }
-    if (open_syntax_ != token_.kind && may_colour())
-        set_syntax(token_.kind);
+    if (open_syntax_ != token.kind && may_colour())
+        set_syntax(token.kind);
     put_code(out_, piece);
-    if (end == token_.end)
+    if (end == token.end)
         set_syntax(syntax_kind::none);
 }
 
@@ -159,14 +130,15 @@ void code_writer::write_piece(std::size_t from, std::size_t to) {
     if (!has_syntax_)
         return put_code(out_, text.substr(from, to - from));
     while (from < to) {
-        while (token_.kind != syntax_kind::none && token_.end <= from)
-            token_ = syntax_.next();
-        const std::size_t begin = std::clamp(token_.begin, from, to);
+        const syntax_token& token = syntax_.token();
+        while (token.kind != syntax_kind::none && token.end <= from)
+            syntax_.next();
+        const std::size_t begin = std::clamp(token.begin, from, to);
         if (begin > from) {
             set_syntax(syntax_kind::none);
             out_.put(text.substr(from, begin - from));
         }
-        from = std::clamp(token_.end, begin, to);
+        from = std::clamp(token.end, begin, to);
         if (from > begin)
             write_token(begin, from);
     }
@@ -204,12 +176,6 @@ constexpr std::size_t kAnchorRoom = 100; ///< bytes, more than the fixed parts o
 
 namespace {
 
-/// A number in decimal.
-struct decimal {
-    char digits[16];
-    std::size_t length;
-};
-
 /// Puts what every line has into a buffer's room, in moves of fixed length.
 class fixed_moves {
   public:
@@ -219,8 +185,8 @@ class fixed_moves {
         at_ += Size - 1;
         return *this;
     }
-    fixed_moves& put(const decimal& number) {
-        std::memcpy(at_, number.digits, sizeof number.digits);
+    fixed_moves& put(const line_number& number) {
+        std::memcpy(at_, number.digits.data(), number.digits.size());
         at_ += number.length;
         return *this;
     }
@@ -232,27 +198,36 @@ class fixed_moves {
 
 } // namespace
 
+void line_number::increment() {
+    std::size_t i = length;
+    while (i > 0 && digits[i - 1] == '9')
+        digits[--i] = '0';
+    if (i > 0) {
+        ++digits[i - 1];
+        return;
+    }
+    digits[length++] = '0';
+    digits[0] = '1';
+}
+
 void code_writer::write_anchor() {
-    decimal number;
-    number.length = static_cast<std::size_t>(
-        std::to_chars(number.digits, number.digits + sizeof number.digits, line_).ptr - number.digits);
     const mark gravest = line_mark();
     const bool changed = is_changed();
     if (whole_.empty()) {
         fixed_moves to(out_.room(kAnchorRoom));
-        out_.taken(to.put("<a id=").put(number).put(" href=#").put(number).put(" tabindex=-1").end());
+        out_.taken(to.put("<a id=").put(number_).put(" href=#").put(number_).put(" tabindex=-1").end());
     } else {
         out_.put("<a href=\"");
         out_.put(whole_);
         out_.put("#");
-        out_.put({number.digits, number.length});
+        out_.put({number_.digits.data(), number_.length});
         out_.put("\" tabindex=-1");
     }
     out_.put(line_class(gravest, changed));
     if (gravest != mark::infeasible)
         put_line_counts(out_, counted_positions());
     out_.put(changed ? ">+" : ">");
-    out_.taken(fixed_moves(out_.room(kAnchorRoom)).put(number).put("</a>").end());
+    out_.taken(fixed_moves(out_.room(kAnchorRoom)).put(number_).put("</a>").end());
 }
 
 /// Offset of the next change of marks; none lies behind the text.
@@ -283,13 +258,11 @@ void code_writer::write_line() {
 
 /// Goes on to the next line; false behind the last one.
 bool code_writer::next_line() {
-    const std::string_view text = analysis_.text;
-    if (line_ != 0)
-        line_begin_ = line_end_ + 1;
-    if (line_begin_ >= text.size())
+    if (line_ == survey_.lines())
         return false;
-    ++line_;
-    line_end_ = std::min(text.find('\n', line_begin_), text.size());
+    line_begin_ = line_ == 0 ? 0 : line_end_ + 1;
+    line_end_ = survey_.line_ends[line_++];
+    number_.increment();
     return true;
 }
 
@@ -297,12 +270,12 @@ void code_writer::write() {
     while (next_line()) {
         if (line_ % kChunk == 1)
             // The height of a chunk is known only when it is full.
-            out_.put(survey_.lines - line_ + 1 > kChunk ? "<div>" : "<div class=z>");
+            out_.put(survey_.lines() - line_ + 1 > kChunk ? "<div>" : "<div class=z>");
         write_line();
-        if (line_ % kChunk == 0 || line_ == survey_.lines) {
+        if (line_ % kChunk == 0 || line_ == survey_.lines()) {
             close_mark();
             // Without it the last newline is no part of a selection.
-            if (line_ == survey_.lines && line_end_ < analysis_.text.size())
+            if (line_ == survey_.lines() && line_end_ < analysis_.text.size())
                 out_.put("<br>");
             out_.put("</div>");
         }

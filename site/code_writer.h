@@ -12,39 +12,23 @@
 
 #include "changes/unified_diff.h"
 #include "common/text_buffer.h"
+#include "site/code_survey.h"
 #include "site/line_counts.h"
-#include "site/marked_lines.h"
 #include "site/syntax.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
-/// From here on a mark is in force.
-struct mark_change {
-    std::size_t offset; ///< in the text
-    mark kind;
-    bool begins_place; ///< an uncovered place begins here
+/// The number of a line in decimal.
+struct line_number {
+    std::array<char, 16> digits = {'0'};
+    std::size_t length = 1;
+
+    void increment();
 };
-
-/// Where the marks of a source are, which its page says before it shows the code.
-struct code_survey {
-    std::uint32_t lines = 0;
-    std::uint32_t places = 0;           ///< uncovered ones
-    std::uint32_t infeasible_lines = 0; ///< lines that markers take out
-    std::vector<mark_change> changes;   ///< ascending
-
-    /// Lines with a mark, by the gravest on each, joined where they follow each other in one kind.
-    struct run {
-        std::uint32_t first;
-        std::uint32_t last;
-        mark kind;
-    };
-    std::vector<run> runs;
-};
-
-code_survey survey_code(const source_analysis& analysis);
 
 /// Lines of a source that a change is about.
 using changed_lines = std::vector<line_range>;
@@ -87,11 +71,11 @@ class code_writer {
     const code_survey& survey_;
     const changed_lines& changed_;
     std::string_view whole_; ///< page that excerpts lead to; empty for the whole source
-    syntax_reader syntax_;
-    syntax_token token_;
+    syntax_reader syntax_;   ///< its piece is the one at hand, or the next
     bool has_syntax_;
 
-    std::uint32_t line_ = 0;     ///< number of the line at hand
+    std::uint32_t line_ = 0; ///< number of the line at hand, and as text
+    line_number number_;
     std::size_t line_begin_ = 0; ///< its offsets in the text: the second is that of its newline
     std::size_t line_end_ = 0;
     std::size_t next_change_ = 0; ///< of the survey

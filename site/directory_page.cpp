@@ -48,9 +48,9 @@ static void put_ancestors(text_buffer& out, const site_model& model, std::uint32
         out.put(ancestor.page);
         out.put("\">");
         if (path[i] == model.top)
-            out.put(html_name(ancestor.path.empty() ? "all files" : ancestor.path, 60, name_cut::front));
+            put_name(out, ancestor.path.empty() ? "all files" : ancestor.path, 60, name_cut::front);
         else
-            out.put(html_name(name_within(ancestor.path, above), 60, name_cut::front));
+            put_name(out, name_within(ancestor.path, above), 60, name_cut::front);
         out.put("</a> / ");
     }
 }

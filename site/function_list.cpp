@@ -37,7 +37,7 @@ static void put_function(text_buffer& out, const site_function& function, std::u
     out.put("<a href=");
     put_fragment(out, function, lines);
     out.put('>');
-    out.put(html_name(function.name, kLongestFunction));
+    put_name(out, function.name, kLongestFunction);
     out.put("</a>");
     put_figures(out, function.blocks);
 }
@@ -55,7 +55,7 @@ static void put_instances(text_buffer& out, std::span<const site_function> funct
     }
     put_item(out, called == 0 ? "f" : complete ? "" : "u");
     out.put("<details><summary>");
-    out.put(html_name(functions.front().name, kLongestFunction));
+    put_name(out, functions.front().name, kLongestFunction);
     out.put(" and ");
     put_grouped(out, functions.size() - 1);
     out.put(" more on line ");

@@ -49,9 +49,12 @@ enum byte_kind : unsigned char { as_it_is, markup, control, beyond_ascii };
 
 struct byte_kinds {
     std::array<byte_kind, 256> of = {};
+    std::array<bool, 256> plain_in_name = {}; ///< also in quotes
     constexpr byte_kinds() {
-        for (unsigned int i = 0; i < 256; ++i)
+        for (unsigned int i = 0; i < 256; ++i) {
             of[i] = is_plain_on_page(static_cast<char>(i)) ? as_it_is : i >= 0x80 ? beyond_ascii : control;
+            plain_in_name[i] = of[i] == as_it_is && i >= ' ' && i != '"';
+        }
         of['&'] = of['<'] = of['>'] = markup;
     }
 };
@@ -164,7 +167,7 @@ static void append_shown(std::string& shown, std::string_view name, std::size_t 
 /// True for names that are shown as they are.
 static bool is_plain_name(std::string_view name) {
     return std::all_of(name.begin(), name.end(),
-                       [](char c) { return is_plain_on_page(c) && c >= ' ' && c != '"'; });
+                       [](char c) { return kinds.plain_in_name[static_cast<unsigned char>(c)]; });
 }
 
 /// `ends`, if it is given, receives the size behind each character.
@@ -173,7 +176,7 @@ static std::string shown_name(std::string_view name, std::vector<std::size_t>* e
     shown.reserve(name.size() + name.size() / 8);
     for (std::size_t at = 0; at < name.size();) {
         const char c = name[at];
-        if (kind_of(c) == as_it_is && c >= ' ' && c != '"' && !ends) {
+        if (kinds.plain_in_name[static_cast<unsigned char>(c)] && !ends) {
             shown += c;
             ++at;
             continue;
@@ -210,13 +213,23 @@ std::string html_name(std::string_view name, std::size_t limit, name_cut cut) {
     return shown.substr(0, *(std::upper_bound(ends.begin(), ends.end(), limit) - 1)) + std::string(kEllipsis);
 }
 
+void put_name(text_buffer& out, std::string_view name, std::size_t limit, name_cut cut) {
+    if (name.size() <= limit && is_plain_name(name))
+        out.put(name);
+    else
+        out.put(html_name(name, limit, cut));
+}
+
 void put_grouped(text_buffer& out, std::uint64_t value) {
     if (value >= 1000) {
         put_grouped(out, value / 1000);
         const auto rest = static_cast<unsigned int>(value % 1000);
-        const char digits[] = {',', static_cast<char>('0' + rest / 100),
-                               static_cast<char>('0' + rest / 10 % 10), static_cast<char>('0' + rest % 10)};
-        return out.put({digits, sizeof digits});
+        char* const to = out.room(4);
+        to[0] = ',';
+        to[1] = static_cast<char>('0' + rest / 100);
+        to[2] = static_cast<char>('0' + rest / 10 % 10);
+        to[3] = static_cast<char>('0' + rest % 10);
+        return out.taken(to + 4);
     }
     out.put_number(value);
 }

@@ -38,5 +38,9 @@ constexpr std::size_t kLongestName = 400; ///< bytes of a name on a page that is
 /// ellipsis in place of the rest. Control and direction characters are shown as their numbers.
 std::string html_name(std::string_view name, std::size_t limit = kLongestName, name_cut cut = name_cut::back);
 
+/// Writes the same.
+void put_name(text_buffer& out, std::string_view name, std::size_t limit = kLongestName,
+              name_cut cut = name_cut::back);
+
 /// A number with "," every three digits.
 void put_grouped(text_buffer& out, std::uint64_t value);

@@ -12,18 +12,17 @@ constexpr std::size_t kLongestFunctionName = 80;
 constexpr std::size_t kLongestFileName = 30;
 constexpr std::size_t kShortestName = 28; ///< so much of it is always shown
 
-static void put_link(text_buffer& out, std::string_view up, std::string_view page, std::string_view shown) {
+/// What a name may take beside `others` bytes of the row, and at most `longest`.
+static std::size_t room_for_name(std::size_t others, std::size_t longest) {
+    return std::clamp(kNamesOfRow - std::min(others, kNamesOfRow), kShortestName, longest);
+}
+
+static void put_link(text_buffer& out, std::string_view up, std::string_view page, std::string_view path) {
     out.put("<a href=\"");
     out.put(up);
     out.put(page);
     out.put("\">");
-    out.put(shown);
-    out.put("</a>");
-}
-
-/// What a name may take beside `others` bytes of the row, and at most `longest`.
-static std::size_t room_for_name(std::size_t others, std::size_t longest) {
-    return std::clamp(kNamesOfRow - std::min(others, kNamesOfRow), kShortestName, longest);
+    put_name(out, path, room_for_name(page.size(), kLongestPath), name_cut::front);
 }
 
 static void begin_row(text_buffer& out, std::string_view kind) {
@@ -48,19 +47,16 @@ void put_file_row(text_buffer& out, const site_file_entry& file, std::string_vie
     begin_row(out, file.figures.functions.covered == 0 && file.figures.functions.total != 0 ? "f"
                    : file.complete()                                                        ? ""
                                                                                             : "u");
-    put_link(out, up, file.page,
-             html_name(name_within(file.name, within), room_for_name(file.page.size(), kLongestPath),
-                       name_cut::front));
+    put_link(out, up, file.page, name_within(file.name, within));
+    out.put("</a>");
     put_figures(out, file.figures);
 }
 
 void put_directory_row(text_buffer& out, const site_directory& directory, std::string_view within,
                        std::string_view up) {
     begin_row(out, directory.complete() ? "" : "u");
-    put_link(out, up, directory.page,
-             html_name(name_within(directory.path, within),
-                       room_for_name(directory.page.size(), kLongestPath), name_cut::front) +
-                 "/");
+    put_link(out, up, directory.page, name_within(directory.path, within));
+    out.put("/</a>");
     put_figures(out, directory.figures);
 }
 
@@ -72,12 +68,11 @@ void put_function_row(text_buffer& out, const site_function& function, const sit
     out.put(file.page);
     put_fragment(out, function, file.lines);
     out.put("\">");
-    const std::string file_name = html_name(file.name, kLongestFileName, name_cut::front);
-    out.put(
-        html_name(function.name, room_for_name(file.page.size() + file_name.size(), kLongestFunctionName)));
+    const std::size_t others = file.page.size() + std::min(file.name.size(), kLongestFileName);
+    put_name(out, function.name, room_for_name(others, kLongestFunctionName));
     out.put("</a>");
     out.put("<td>");
-    out.put(file_name);
+    put_name(out, file.name, kLongestFileName, name_cut::front);
     out.put("<td>");
     put_grouped(out, static_cast<std::uint64_t>(function.uncovered()));
     put_count_cells(out, function.blocks, true);

@@ -30,28 +30,28 @@ void marked_lines::add(std::size_t offset, mark kind, bool is_new_function) {
         pieces_.push_back({offset, kind, begins});
 }
 
-bool marked_lines::next() {
+void marked_lines::begin() {
+    pieces_.clear();
+    last_ = mark::none;
+}
+
+void marked_lines::take(const line_walk& walk) {
     if (!pieces_.empty())
         last_ = pieces_.back().kind;
     pieces_.clear();
-    if (!walk_.next())
-        return false;
-    const source_line& line = walk_.line();
-    if (line.disabled) {
-        add(0, mark::infeasible, false);
-        return true;
-    }
-    add(0, mark_of(line.color), false);
-    for (const line_stretch& stretch : walk_.stretches())
+    const source_line& line = walk.line();
+    add(0, line.disabled ? mark::infeasible : mark_of(line.color), false);
+    if (line.disabled)
+        return;
+    for (const line_stretch& stretch : walk.stretches())
         add(stretch.offset, mark_of(stretch.color),
             stretch.position && stretch.position->count == NEVER_ENTERED);
-    return true;
 }
 
-mark marked_lines::gravest() const {
-    if (walk_.stretches().empty() && pieces_.front().kind == mark::none)
+mark marked_lines::gravest(const line_walk& walk) const {
+    if (pieces_.size() == 1 && pieces_.front().kind == mark::none)
         return mark::none;
-    const std::string_view text = walk_.line().text;
+    const std::string_view text = walk.line().text;
     mark found = mark::none;
     for (std::size_t i = 0; i < pieces_.size(); ++i) {
         const std::size_t end = i + 1 < pieces_.size() ? pieces_[i + 1].offset : text.size();

@@ -24,31 +24,28 @@ struct marked_piece {
     bool begins_place; ///< an uncovered place begins here
 };
 
-/// Walks the lines of an analysis. An uncovered place goes on as long as its mark is in force, over as many
-/// lines as it takes; each function that was never called is one.
+/// Follows a walk over the lines of a source. An uncovered place goes on as long as its mark is in force,
+/// over as many lines as it takes; each function that was never called is one.
 class marked_lines {
   public:
-    /// `analysis` must outlive this.
-    explicit marked_lines(const source_analysis& analysis)
-        : walk_(analysis), no_partial_(analysis.no_partial) {}
+    explicit marked_lines(bool no_partial) : no_partial_(no_partial) {}
 
-    /// Goes on to the next line; false behind the last one.
-    bool next();
+    /// What is taken next is the first line of a source.
+    void begin();
 
-    const source_line& line() const { return walk_.line(); }
-    const line_walk& walk() const { return walk_; }
+    /// Goes on to the line that `walk` is at, the next one of the source.
+    void take(const line_walk& walk);
 
     /// The pieces of the line, ascending; the first begins the line.
     std::span<const marked_piece> pieces() const { return pieces_; }
 
-    /// The gravest mark of the line's text.
-    mark gravest() const;
+    /// The gravest mark of the text of the line, which `walk` is at.
+    mark gravest(const line_walk& walk) const;
 
   private:
     mark mark_of(Color color) const;
     void add(std::size_t offset, mark kind, bool is_new_function);
 
-    line_walk walk_;
     bool no_partial_;
     mark last_ = mark::none; ///< in force at the end of the line before
     std::vector<marked_piece> pieces_;

@@ -4,6 +4,7 @@
 #include "common/message.h"
 #include "common/source_file.h"
 #include "site/changes_page.h"
+#include "site/code_survey.h"
 #include "site/directory_page.h"
 #include "site/html_text.h"
 #include "site/kept_messages.h"
@@ -91,11 +92,14 @@ void run_site(int argc, char** argv) {
 
     site_model model;
     const source_page_writer source_pages(settings);
-    model.totals = walk.run([&](const file_coverage& file) {
+    code_surveyor surveyor(options.no_partial);
+    const auto write_source = [&](const file_coverage& file) {
+        const code_survey survey = surveyor.finish();
         site_file_entry& entry = model.add_file(file);
-        source_pages.write(file, model, changes.lines_of(file.name), entry);
-        changes.add_excerpts(file, entry.page);
-    });
+        source_pages.write(file, survey, model, changes.lines_of(file.name), entry);
+        changes.add_excerpts(file, survey, entry.page);
+    };
+    model.totals = walk.run(write_source, [&](const line_walk& line) { surveyor.add(line); });
     model.warnings = messages.warnings();
     model.find_directories();
     write_directory_pages(settings, model);

@@ -18,11 +18,9 @@ static void put_count_of(text_buffer& out, std::uint32_t count, std::string_view
         out.put('s');
 }
 
-void source_page_writer::write(const file_coverage& file, const site_model& model,
+void source_page_writer::write(const file_coverage& file, const code_survey& survey, const site_model& model,
                                const changed_lines& changed, site_file_entry& entry) const {
-    const source_analysis& analysis = file.analysis;
-    const code_survey survey = survey_code(analysis);
-    entry.lines = survey.lines;
+    entry.lines = survey.lines();
     entry.uncovered_places = survey.places;
     entry.infeasible_lines = survey.infeasible_lines;
 
@@ -43,10 +41,10 @@ void source_page_writer::write(const file_coverage& file, const site_model& mode
     values.choice("has_functions", entry.functions != 0);
     const std::span<const site_function> functions(model.functions.data() + entry.first_function,
                                                    entry.functions);
-    values.set("functions", [&] { put_function_list(out, functions, survey.lines); });
+    values.set("functions", [&] { put_function_list(out, functions, survey.lines()); });
     values.set("strip", [&] { put_strip(out, survey); });
     values.choice("has_infeasible", survey.infeasible_lines != 0);
     values.set("infeasible", [&] { put_count_of(out, survey.infeasible_lines, "infeasible line"); });
-    values.set("code", [&] { code_writer(out, analysis, survey, changed).write(); });
+    values.set("code", [&] { code_writer(out, file.analysis, survey, changed).write(); });
     page.write(form_);
 }

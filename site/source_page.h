@@ -11,9 +11,9 @@ class source_page_writer {
     explicit source_page_writer(const site_settings& settings) : settings_(settings), form_("source") {}
 
     /// Writes the page of a file and fills what its entry says of its code. `model` has the file and its
-    /// functions, but not yet the directories. `changed`: lines that a diff changes.
-    void write(const file_coverage& file, const site_model& model, const changed_lines& changed,
-               site_file_entry& entry) const;
+    /// functions, but not yet the directories. `survey`: of its code; `changed`: lines that a diff changes.
+    void write(const file_coverage& file, const code_survey& survey, const site_model& model,
+               const changed_lines& changed, site_file_entry& entry) const;
 
   private:
     const site_settings& settings_;

@@ -108,7 +108,7 @@ static void put_worst_functions(text_buffer& out, const site_model& model) {
 static void put_warnings(text_buffer& out, const run_warnings& warnings) {
     for (const std::string& warning : warnings.first) {
         out.put("<li>");
-        out.put(html_name(warning));
+        put_name(out, warning);
     }
     if (warnings.more != 0) {
         out.put("<li>");
@@ -120,7 +120,7 @@ static void put_warnings(text_buffer& out, const run_warnings& warnings) {
 static void put_missing(text_buffer& out, const std::vector<std::string>& missing) {
     for (std::size_t i = 0; i < std::min(missing.size(), kMostCareFiles); ++i) {
         out.put("<li>The source of ");
-        out.put(html_name(missing[i], kLongestName, name_cut::front));
+        put_name(out, missing[i], kLongestName, name_cut::front);
         out.put(" is not there: it is in no figure.");
     }
     if (missing.size() > kMostCareFiles) {
@@ -141,7 +141,7 @@ static void put_infeasible(text_buffer& out, const site_model& model) {
         out.put("<li><a href=\"");
         out.put(infeasible[i]->page);
         out.put("\">");
-        out.put(html_name(infeasible[i]->name, 120, name_cut::front));
+        put_name(out, infeasible[i]->name, 120, name_cut::front);
         out.put("</a>: ");
         put_grouped(out, infeasible[i]->infeasible_lines);
         out.put(infeasible[i]->infeasible_lines == 1 ? " line is" : " lines are");

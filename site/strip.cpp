@@ -23,7 +23,7 @@ static std::array<step, kSteps> steps_of(const code_survey& survey) {
     std::array<step, kSteps> steps;
     for (const code_survey::run& run : survey.runs) {
         const auto step_at = [&](std::uint32_t line) {
-            return static_cast<std::uint32_t>(std::uint64_t{line - 1} * kSteps / survey.lines);
+            return static_cast<std::uint32_t>(std::uint64_t{line - 1} * kSteps / survey.lines());
         };
         for (std::uint32_t i = step_at(run.first); i <= step_at(run.last); ++i)
             if (steps[i].kind == mark::none || weight_of(run.kind) > weight_of(steps[i].kind))

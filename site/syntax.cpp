@@ -16,9 +16,6 @@ bool is_c_source(std::string_view name) {
            std::find(std::begin(c_endings), std::end(c_endings), name.substr(dot + 1)) != std::end(c_endings);
 }
 
-constexpr std::size_t kLongestKeyword = 16;
-
-/// In the order of their first letters.
 static constexpr std::string_view keywords[] = {"alignas",
                                                 "alignof",
                                                 "auto",
@@ -110,14 +107,20 @@ namespace {
 /// What may begin at a byte. Of `markup` are those that no page may hold as they stand.
 enum class byte_class : unsigned char { dull, word, lower, slash, quote, markup, beyond_word };
 
-/// Keywords are few: most words are told apart by their first letter and length.
+constexpr std::size_t kSlots = 256; ///< of the table in which keywords are found
+
+/// Where a word of two letters or more is looked for first.
+constexpr std::size_t slot_of(std::string_view word) {
+    const auto letter = [&](std::size_t i) { return static_cast<std::size_t>(word[i]); };
+    return (letter(0) + 32 * letter(1) + 2 * letter(word.size() - 1) + word.size()) % kSlots;
+}
+
 struct lexer_tables {
     byte_class classes[256] = {};
     bool words[256] = {};
-    std::uint32_t lengths[26] = {}; ///< by first letter: a bit for each length
     std::uint32_t second[26] =
         {}; ///< by first letter: a bit for each second letter, which may be of others, too
-    std::uint8_t first[27] = {}; ///< by first letter: index of its first keyword
+    std::string_view slots[kSlots + std::size(keywords)] = {}; ///< keywords, from their slots on
 
     constexpr lexer_tables() {
         for (unsigned int c = 0; c < 256; ++c) {
@@ -133,10 +136,11 @@ struct lexer_tables {
         classes[int{'/'}] = byte_class::slash;
         classes[int{'"'}] = classes[int{'\''}] = byte_class::quote;
         for (const std::string_view word : keywords) {
-            lengths[letter_of(word)] |= 1U << word.size();
             second[letter_of(word)] |= 1U << (word[1] & 31);
-            for (std::size_t i = letter_of(word) + 1; i < std::size(first); ++i)
-                ++first[i];
+            std::size_t slot = slot_of(word);
+            while (!slots[slot].empty())
+                ++slot;
+            slots[slot] = word;
         }
     }
 };
@@ -154,11 +158,12 @@ static bool is_in_word(char c) {
 }
 
 static bool is_keyword(std::string_view word) {
-    const std::size_t letter = letter_of(word);
-    if (word.size() > kLongestKeyword || (tables.lengths[letter] >> word.size() & 1) == 0)
+    if (word.size() < 2)
         return false;
-    const auto* const end = keywords + tables.first[letter + 1];
-    return std::find(keywords + tables.first[letter], end, word) != end;
+    std::size_t slot = slot_of(word);
+    while (!tables.slots[slot].empty() && tables.slots[slot] != word)
+        ++slot;
+    return !tables.slots[slot].empty();
 }
 
 /// True when a keyword begins with the letter at `at` and the one behind it.
@@ -180,42 +185,50 @@ static std::size_t behind_markup(std::string_view text, std::size_t at) {
 }
 
 /// The comment that begins at the slash; of kind none for a slash alone.
-static syntax_token comment_at(std::string_view text, std::size_t begin) {
-    const char after = begin + 1 < text.size() ? text[begin + 1] : '\0';
-    if (after == '*')
-        return {begin, behind_comment(text, begin), syntax_kind::comment};
-    if (after != '/')
-        return {begin, begin + 1, syntax_kind::none};
-    const std::size_t end = behind_line(text, begin);
-    return {begin, text[end - 1] == '\n' ? end - 1 : end, syntax_kind::comment};
-}
-
-/// What begins at a byte that is neither dull nor of a word; of kind none when nothing does.
-static syntax_token piece_at(std::string_view text, std::size_t begin) {
-    switch (class_of(text[begin])) {
-    case byte_class::slash:
-        return comment_at(text, begin);
-    case byte_class::quote:
-        if (begins_literal(text, begin))
-            return {begin, behind_literal(text, begin), syntax_kind::string};
-        return {begin, begin + 1, syntax_kind::none};
-    case byte_class::beyond_word:
-        return {begin, behind_foreign_word(text, begin), syntax_kind::sign};
-    default:
-        return {begin, behind_markup(text, begin), syntax_kind::sign};
+void syntax_reader::take_comment() {
+    const std::size_t begin = token_.begin;
+    const char after = begin + 1 < text_.size() ? text_[begin + 1] : '\0';
+    if (after == '*') {
+        token_.end = behind_comment(text_, begin);
+        token_.kind = syntax_kind::comment;
+    } else if (after == '/') {
+        const std::size_t end = behind_line(text_, begin);
+        token_.end = text_[end - 1] == '\n' ? end - 1 : end;
+        token_.kind = syntax_kind::comment;
     }
 }
 
-/// The word at `begin`; of kind none when it is no keyword.
-static syntax_token word_at(std::string_view text, std::size_t begin) {
-    const char* const end = text.data() + text.size();
-    const char* behind = text.data() + begin + 1;
+/// What begins at a byte that is neither dull nor of a word; of kind none when nothing does.
+void syntax_reader::take_piece() {
+    switch (class_of(text_[token_.begin])) {
+    case byte_class::slash:
+        return take_comment();
+    case byte_class::quote:
+        if (!begins_literal(text_, token_.begin))
+            return;
+        token_.end = behind_literal(text_, token_.begin);
+        token_.kind = syntax_kind::string;
+        return;
+    case byte_class::beyond_word:
+        token_.end = behind_foreign_word(text_, token_.begin);
+        break;
+    default:
+        token_.end = behind_markup(text_, token_.begin);
+    }
+    token_.kind = syntax_kind::sign;
+}
+
+/// The word that begins here; of kind none when it is no keyword.
+void syntax_reader::take_word() {
+    const char* const end = text_.data() + text_.size();
+    const char* const begin = text_.data() + token_.begin;
+    const char* behind = begin + 1;
     while (behind != end && is_in_word(*behind))
         ++behind;
-    const std::size_t length = static_cast<std::size_t>(behind - text.data()) - begin;
+    token_.end = static_cast<std::size_t>(behind - text_.data());
     const bool goes_on = behind != end && class_of(*behind) == byte_class::beyond_word;
-    const bool found = !goes_on && is_keyword(text.substr(begin, length));
-    return {begin, begin + length, found ? syntax_kind::keyword : syntax_kind::none};
+    if (!goes_on && is_keyword({begin, behind}))
+        token_.kind = syntax_kind::keyword;
 }
 
 /// The first place from `at` on where something other than words and dull bytes stands, or where a word
@@ -233,21 +246,20 @@ static const char* behind_dull(const char* at, const char* end) {
     return at;
 }
 
-syntax_token syntax_reader::next() {
-    const char* const end = text_.data() + text_.size();
-    while (at_ < text_.size()) {
-        const char* const at = behind_dull(text_.data() + at_, end);
-        at_ = static_cast<std::size_t>(at - text_.data());
+const syntax_token& syntax_reader::next() {
+    token_.kind = syntax_kind::none;
+    while (token_.kind == syntax_kind::none) {
+        const char* const end = text_.data() + text_.size();
+        const char* const at = behind_dull(text_.data() + token_.end, end);
+        token_.begin = static_cast<std::size_t>(at - text_.data());
+        token_.end = token_.begin;
         if (at == end)
             break;
-        syntax_token found = {at_, at_ + 1, syntax_kind::none};
+        ++token_.end;
         if (class_of(*at) == byte_class::lower)
-            found = word_at(text_, at_);
+            take_word();
         else
-            found = piece_at(text_, at_);
-        at_ = found.end;
-        if (found.kind != syntax_kind::none)
-            return found;
+            take_piece();
     }
-    return {text_.size(), text_.size(), syntax_kind::none};
+    return token_;
 }

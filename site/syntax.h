@@ -27,10 +27,17 @@ class syntax_reader {
   public:
     explicit syntax_reader(std::string_view text) : text_(text) {}
 
-    /// The next piece; behind the last one, one of kind none at the end of the text.
-    syntax_token next();
+    /// Goes on to the next piece and gives it; behind the last one, one of kind none at the end of the text.
+    const syntax_token& next();
+
+    /// The piece at hand. What was given before shows it, too.
+    const syntax_token& token() const { return token_; }
 
   private:
+    void take_word();
+    void take_comment();
+    void take_piece();
+
     std::string_view text_;
-    std::size_t at_ = 0;
+    syntax_token token_ = {0, 0, syntax_kind::none};
 };
