@@ -12,8 +12,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
 #include <list>
+#include <memory>
 #include <set>
 
 namespace fs = std::filesystem;
@@ -88,6 +90,19 @@ static void read_scenario(byte_script& script, std::string_view source, scenario
     analysis.figures.blocks_covered = script.below(200);
 }
 
+/// Writes what the page of changed lines shows of a source, by itself.
+static void write_excerpts(const scenario& all, const std::string& page) {
+    const code_survey survey = survey_code(all.analysis);
+    std::FILE* const stream = std::fopen("site/excerpts.html", "w");
+    require(stream != nullptr, "a page is opened");
+    {
+        const auto out = std::make_unique<text_buffer>(stream);
+        out->put("<!DOCTYPE html>\n");
+        code_writer(*out, all.analysis, survey, all.changed).write_excerpts(page);
+    }
+    std::fclose(stream);
+}
+
 /// Writes all pages of a site that has the source twice, as two names may come to one.
 static void write_site(const scenario& all, const std::string& other_name) {
     site_settings settings;
@@ -118,6 +133,7 @@ static void write_site(const scenario& all, const std::string& other_name) {
     write_directory_pages(settings, model);
     write_list_pages(settings, model);
     write_help_page(settings);
+    write_excerpts(all, model.files[0].page);
     write_start_page(settings, model, nullptr);
     for (const char* fixed : {"site.css", "site.js", "icon.svg"})
         write_site_file(settings, fixed, "");
