@@ -3,16 +3,23 @@
 #include <algorithm>
 #include <cmath>
 
+void text_buffer::hand_on(const char* bytes, std::size_t size) {
+    if (stream_)
+        std::fwrite(bytes, 1, size, stream_); // a failure is found when the stream is closed
+    else
+        text_->append(bytes, size);
+}
+
 void text_buffer::flush() {
     if (used_ != 0)
-        std::fwrite(bytes_, 1, used_, stream_); // a failure is found when the stream is closed
+        hand_on(bytes_, used_);
     used_ = 0;
 }
 
 void text_buffer::put_large(std::string_view text) {
     flush();
     if (text.size() > kCapacity / 2) {
-        std::fwrite(text.data(), 1, text.size(), stream_);
+        hand_on(text.data(), text.size());
         return;
     }
     std::memcpy(bytes_, text.data(), text.size());

@@ -1,4 +1,4 @@
-// A page buffer: collects text and hands it to a stream in large pieces.
+// A page buffer: collects text and hands it to a stream, or a string, in large pieces.
 //
 // For the inner loops of the page and export writers, where a stdio call for each piece would cost more than
 // the text. Fixed heads and tails of a page are written with fputs and fprintf as usual; flush() (or the end
@@ -10,15 +10,22 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 class text_buffer {
   public:
     /// Writes to `stream`, which must outlive the buffer.
     explicit text_buffer(std::FILE* stream) : stream_(stream) {}
+    /// Appends to `text`, which must outlive the buffer. Throws std::bad_alloc where there is no memory for
+    /// it, and needs a flush() at the end.
+    explicit text_buffer(std::string* text) : text_(text) {}
     text_buffer(const text_buffer&) = delete;
     text_buffer& operator=(const text_buffer&) = delete;
-    ~text_buffer() { flush(); }
+    ~text_buffer() {
+        if (stream_)
+            flush();
+    }
 
     /// Appends one byte.
     void put(char c) {
@@ -64,7 +71,7 @@ class text_buffer {
     }
     void taken(const char* end) { used_ = static_cast<std::size_t>(end - bytes_); }
 
-    /// Hands what was collected to the stream.
+    /// Hands on what was collected.
     void flush();
 
   private:
@@ -72,8 +79,10 @@ class text_buffer {
     static constexpr std::size_t kLongestNumber = 24;
 
     void put_large(std::string_view text);
+    void hand_on(const char* bytes, std::size_t size);
 
-    std::FILE* stream_;
+    std::FILE* stream_ = nullptr;
+    std::string* text_ = nullptr;
     std::size_t used_ = 0;
     char bytes_[kCapacity];
 };

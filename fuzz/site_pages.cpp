@@ -91,8 +91,7 @@ static void read_scenario(byte_script& script, std::string_view source, scenario
 }
 
 /// Writes what the page of changed lines shows of a source, by itself.
-static void write_excerpts(const scenario& all, const std::string& page) {
-    const code_survey survey = survey_code(all.analysis);
+static void write_excerpts(const scenario& all, const code_survey& survey, const std::string& page) {
     std::FILE* const stream = std::fopen("site/excerpts.html", "w");
     require(stream != nullptr, "a page is opened");
     {
@@ -112,6 +111,7 @@ static void write_site(const scenario& all, const std::string& other_name) {
     site_model model;
     const source_page_writer writer(settings);
     code_surveyor surveyor(settings.no_partial);
+    code_survey survey;
     for (const std::string& name : {all.analysis.path, other_name}) {
         const file_coverage file = {
             all.analysis,
@@ -123,7 +123,8 @@ static void write_site(const scenario& all, const std::string& other_name) {
         site_file_entry& entry = model.add_file(file);
         for (line_walk walk(all.analysis); walk.next();)
             surveyor.add(walk);
-        writer.write(file, surveyor.finish(), model, all.changed, entry);
+        survey = surveyor.finish();
+        writer.write(file, survey, model, all.changed, entry);
         model.totals.missing.push_back(name);
     }
     require(model.files[0].page != model.files[1].page || model.files[0].name.empty(),
@@ -133,7 +134,7 @@ static void write_site(const scenario& all, const std::string& other_name) {
     write_directory_pages(settings, model);
     write_list_pages(settings, model);
     write_help_page(settings);
-    write_excerpts(all, model.files[0].page);
+    write_excerpts(all, survey, model.files[1].page);
     write_start_page(settings, model, nullptr);
     for (const char* fixed : {"site.css", "site.js", "icon.svg"})
         write_site_file(settings, fixed, "");

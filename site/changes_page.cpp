@@ -4,10 +4,7 @@
 #include "site/figure_rows.h"
 #include "site/html_text.h"
 
-#include <cstdio>
 #include <memory>
-#include <new>
-#include <utility>
 
 site_changes::site_changes(const site_options& options, coverage_walk& walk) {
     if (options.diff.empty())
@@ -33,43 +30,13 @@ const changed_lines& site_changes::lines_of(const std::string& name) const {
     return found == lines_.end() ? none : found->second;
 }
 
-namespace {
-
-/// What is written to a stream, as text. (A stream of open_memstream may lose what there is no memory for.)
-struct collected_text {
-    std::string text;
-    bool complete = true;
-
-    static ssize_t take(void* self, const char* bytes, std::size_t size) {
-        auto* const all = static_cast<collected_text*>(self);
-        try {
-            all->text.append(bytes, size);
-        } catch (const std::bad_alloc&) {
-            all->complete = false;
-        }
-        return static_cast<ssize_t>(size);
-    }
-};
-
-} // namespace
-
 /// What `write` writes, as text.
 template <typename Write> static std::string written(Write write) {
-    collected_text all;
-    cookie_io_functions_t functions = {};
-    functions.write = collected_text::take;
-    std::FILE* const stream = fopencookie(&all, "w", functions);
-    if (!stream)
-        throw std::bad_alloc();
-    std::setvbuf(stream, nullptr, _IONBF, 0);
-    {
-        const std::unique_ptr<std::FILE, decltype(&std::fclose)> owned(stream, std::fclose);
-        const auto out = std::make_unique<text_buffer>(stream);
-        write(*out);
-    }
-    if (!all.complete)
-        throw std::bad_alloc();
-    return std::move(all.text);
+    std::string text;
+    const auto out = std::make_unique<text_buffer>(&text);
+    write(*out);
+    out->flush();
+    return text;
 }
 
 void site_changes::add_excerpts(const file_coverage& file, const code_survey& survey,
