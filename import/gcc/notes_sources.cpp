@@ -76,12 +76,15 @@ bool are_cut_short(const std::string& notes, const compiler_version& version) {
         return false;
     const bool in_bytes = version.major >= 12;
     const std::uint64_t unit = in_bytes ? 1 : 4;
+    const auto number_at = [text](std::uint64_t place) {
+        return little_endian_at<std::uint32_t>(text, static_cast<std::size_t>(place));
+    };
     std::uint64_t at = kNotesHead + (in_bytes ? 4 : 0);
-    at += 4 + unit * little_endian_at<std::uint32_t>(text, at) + 4;
+    at += 4 + unit * number_at(at) + 4;
     while (at + 8 <= text.size()) {
-        if (!is_record_kind(little_endian_at<std::uint32_t>(text, at)))
+        if (!is_record_kind(number_at(at)))
             return false;
-        at += 8 + unit * little_endian_at<std::uint32_t>(text, at + 4);
+        at += 8 + unit * number_at(at + 4);
     }
     return at != text.size();
 }
