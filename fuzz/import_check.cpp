@@ -33,12 +33,9 @@ static std::vector<std::string> command_of(const import_trial& trial, std::strin
 }
 
 static outcome import(const import_trial& trial, const std::vector<std::string>& command) {
-    std::FILE* const real_input = stdin;
-    stdin = std::fopen((scratch().path() / trial.file).c_str(), "r");
-    outcome end = run_in_scratch([&] { call_main(run_importer, command); });
-    std::fclose(stdin);
-    stdin = real_input;
-    return end;
+    require(std::freopen((scratch().path() / trial.file).c_str(), "r", stdin) != nullptr,
+            "the input can be read");
+    return run_in_scratch([&] { call_main(run_importer, command); });
 }
 
 static void check_record(const DPI_SEGMENT& segment, const COMP& routine, bool ascending) {
