@@ -1,6 +1,7 @@
 #include "site/changes_page.h"
 
 #include "changes/diff_input.h"
+#include "common/file_ptr.h"
 #include "site/figure_rows.h"
 #include "site/html_text.h"
 
@@ -63,7 +64,7 @@ template <typename Write> static std::string written(Write write) {
         throw std::bad_alloc();
     std::setvbuf(stream, nullptr, _IONBF, 0);
     {
-        const std::unique_ptr<std::FILE, decltype(&std::fclose)> owned(stream, std::fclose);
+        const file_ptr owned(stream);
         const auto out = std::make_unique<text_buffer>(stream);
         write(*out);
     }
