@@ -1,9 +1,10 @@
 #include "check/percentage.h"
 
 #include <algorithm>
+#include <boost/multiprecision/cpp_int.hpp>
 #include <charconv>
 
-__extension__ using wide = __int128; // products of two figures
+using wide = boost::multiprecision::int128_t; // products of two figures
 
 constexpr int kMostDecimals = 9;
 constexpr std::int64_t kUnits = 1'000'000'000; ///< of one percent

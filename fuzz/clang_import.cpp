@@ -4,7 +4,7 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     import_trial trial = {
-        .command = {"vexcov-import", "clang", "-spi", "s", "-dpi", "d", "-runs", "3"},
+        .command = {"vexcov-import", "clang", "-spi", kStaticName, "-dpi", kDynamicName, "-runs", "3"},
         .file = "j",
         .sources = {"flow.cpp", "features.cpp", "features.h", "src/a.c"},
         .options = "j - none . -root .. -runs 0 7 -spi d -help -version -unknown clang src",

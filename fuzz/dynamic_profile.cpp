@@ -9,16 +9,16 @@
 #include <cstring>
 #include <vector>
 
-static std::uint64_t number_at(std::string_view bytes, std::size_t place, std::size_t width) {
+static std::uint64_t number_at(std::string_view bytes, std::uint64_t place, std::size_t width) {
     std::uint64_t value = 0;
-    std::memcpy(&value, bytes.data() + place, width);
+    std::memcpy(&value, bytes.data() + static_cast<std::size_t>(place), width);
     return value;
 }
 
 static std::string text_at(std::string_view bytes, std::uint64_t place) {
     if (place >= bytes.size())
         return {};
-    const std::string_view rest = bytes.substr(place);
+    const std::string_view rest = bytes.substr(static_cast<std::size_t>(place));
     return std::string(rest.substr(0, rest.find('\0')));
 }
 
@@ -91,7 +91,7 @@ static void check_record(DPI_FILE* file, const DPI_SEGMENT& segment, std::string
 
 /// True when the record holds the offset of a routine name that no seek can reach.
 static bool is_unreachable(const DPI_INDEX_ENTRY& entry, std::string_view bytes) {
-    if ((bytes[entry.position] & 0x40) == 0)
+    if ((number_at(bytes, entry.position, 1) & 0x40) == 0)
         return false;
     const std::uint64_t third_group = number_at(bytes, entry.position + 24, 4);
     std::uint64_t place = entry.position + 80 + third_group * (8 + 96);

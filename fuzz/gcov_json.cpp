@@ -26,7 +26,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view file = imported_file(input);
     require(documents(file, 1) == documents(file, file.size() + 1), "the same documents in any pieces");
     import_trial trial = {
-        .command = {"vexcov-import", "gcc", "-spi", "s", "-dpi", "d"},
+        .command = {"vexcov-import", "gcc", "-spi", kStaticName, "-dpi", kDynamicName},
         .file = "j.json",
         .sources = {"a.c", "src/b.c"},
         .options = "j.json -root . .. -runs 0 7 -all -jobs 2 -version -unknown src",

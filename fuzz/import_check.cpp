@@ -33,12 +33,9 @@ static std::vector<std::string> command_of(const import_trial& trial, std::strin
 }
 
 static outcome import(const import_trial& trial, const std::vector<std::string>& command) {
-    std::FILE* const real_input = stdin;
-    stdin = std::fopen((scratch().path() / trial.file).c_str(), "r");
-    outcome end = run_in_scratch([&] { call_main(run_importer, command); });
-    std::fclose(stdin);
-    stdin = real_input;
-    return end;
+    require(std::freopen((scratch().path() / trial.file).c_str(), "r", stdin) != nullptr,
+            "the input can be read");
+    return run_in_scratch([&] { call_main(run_importer, command); });
 }
 
 static void check_record(const DPI_SEGMENT& segment, const COMP& routine, bool ascending) {
@@ -59,16 +56,17 @@ static void check_record(const DPI_SEGMENT& segment, const COMP& routine, bool a
 }
 
 static void check_pair(bool ascending) {
-    const std::unique_ptr<DPI_FILE> dpi(PGOPTI_Open_Dpi_File("d"));
+    const std::unique_ptr<DPI_FILE> dpi(PGOPTI_Open_Dpi_File(kDynamicName));
     require(dpi != nullptr && dpi->num_runs != 0, "the dynamic profile can be opened");
     std::unordered_map<std::string, const COMP*> routines;
     module_list list;
-    for (const COMP* comp = GetComponentList("s", nullptr, nullptr, list); comp; comp = comp->next)
+    for (const COMP* comp = GetComponentList(kStaticName, nullptr, nullptr, list); comp; comp = comp->next)
         routines.emplace(std::string(comp->fileName) + "'" + comp->procName, comp);
     for (const DPI_INDEX_ENTRY& entry : dpi->index) {
         const auto routine = routines.find(std::string(entry.file_name) + "'" + entry.key_func_name);
         require(routine != routines.end(), "a called routine is in the static profile");
-        DPI_SEGMENT* segment = PGOPTI_Get_Segment(dpi.get(), "d", entry.file_name, entry.key_func_name);
+        DPI_SEGMENT* segment =
+            PGOPTI_Get_Segment(dpi.get(), kDynamicName, entry.file_name, entry.key_func_name);
         require(segment != nullptr, "a record is found by its name");
         check_record(*segment, *routine->second, ascending);
         PGOPTI_Free_Segment(segment);
@@ -83,8 +81,8 @@ void check_import(const import_trial& trial, std::string_view input) {
         scratch().put(name, source);
     const std::vector<std::string> command = command_of(trial, input);
     const outcome end = import(trial, command);
-    const std::string dynamic_profile = read_scratch("d");
-    const std::string static_profile = read_scratch("s");
+    const std::string dynamic_profile = read_scratch(kDynamicName);
+    const std::string static_profile = read_scratch(kStaticName);
     require(end.status == 0 || end.errors.find("ERROR: ") != std::string::npos,
             "a refused input leaves an error");
     require((end.status == 0 && end.output.empty()) == !dynamic_profile.empty(),
@@ -93,7 +91,7 @@ void check_import(const import_trial& trial, std::string_view input) {
         return;
     require(!run_in_scratch([&] { check_pair(trial.ascending); }).ended,
             "the readers accept what was written");
-    require(import(trial, command).status == 0 && read_scratch("d") == dynamic_profile &&
-                read_scratch("s") == static_profile,
+    require(import(trial, command).status == 0 && read_scratch(kDynamicName) == dynamic_profile &&
+                read_scratch(kStaticName) == static_profile,
             "the same again in the place of the profiles");
 }

@@ -5,6 +5,10 @@
 #include <string_view>
 #include <vector>
 
+/// Names of the profiles that are written. An input hardly ever has a source of the name.
+inline constexpr const char* kStaticName = "static profile";
+inline constexpr const char* kDynamicName = "dynamic profile";
+
 /// One kind of input: the text of a file, a byte 1, the text of its source files, a byte 1, and the options
 /// of the command line, a byte each.
 struct import_trial {

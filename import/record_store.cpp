@@ -14,17 +14,17 @@ constexpr std::uint32_t kNone = 0xffffffff;
 constexpr std::uint32_t kLongest = 3;
 constexpr std::uint32_t kCode = static_cast<std::uint32_t>(region_kind::code);
 
-static std::size_t mix(std::size_t hash, std::size_t value) {
+static std::uint64_t mix(std::uint64_t hash, std::uint64_t value) {
     return (hash ^ value) * 0x9e3779b97f4a7c15U + (hash >> 29);
 }
 
 /// Counts do not count: the same function of another run must be found.
-static std::size_t hash_of(std::uint32_t file, std::string_view name,
-                           const std::vector<source_region>& regions) {
-    std::size_t hash = mix(std::hash<std::string_view>()(name), file);
+static std::uint64_t hash_of(std::uint32_t file, std::string_view name,
+                             const std::vector<source_region>& regions) {
+    std::uint64_t hash = mix(std::hash<std::string_view>()(name), file);
     for (const source_region& region : regions) {
-        hash = mix(hash, (std::size_t{region.start.line} << 32) | region.start.column);
-        hash = mix(hash, (std::size_t{region.end_line} << 32) | (std::size_t{region.end_column} << 2) |
+        hash = mix(hash, (std::uint64_t{region.start.line} << 32) | region.start.column);
+        hash = mix(hash, (std::uint64_t{region.end_line} << 32) | (std::uint64_t{region.end_column} << 2) |
                              region.kind_bits);
     }
     return hash;
@@ -107,9 +107,9 @@ static void drop_executed_skips(std::vector<source_region>* regions) {
     });
 }
 
-static std::size_t hash_of_place(std::uint32_t file, std::string_view name, source_position start) {
+static std::uint64_t hash_of_place(std::uint32_t file, std::string_view name, source_position start) {
     return mix(mix(std::hash<std::string_view>()(name), file),
-               (std::size_t{start.line} << 32) | start.column);
+               (std::uint64_t{start.line} << 32) | start.column);
 }
 
 std::uint32_t record_store::file_index(const std::string& file) {

@@ -54,6 +54,6 @@ class record_store {
     std::unordered_map<std::string, std::uint32_t> file_indices_;
     std::uint32_t last_file_ = 0; ///< of the last function: the next one is often there, too
     std::vector<stored_function> functions_;
-    std::unordered_map<std::size_t, std::uint32_t> heads_; ///< hash -> first entry of its chain
-    std::vector<source_region> instance_;                  ///< the regions being added; kept for their memory
+    std::unordered_map<std::uint64_t, std::uint32_t> heads_; ///< hash -> first entry of its chain
+    std::vector<source_region> instance_; ///< the regions being added; kept for their memory
 };

@@ -53,8 +53,8 @@ bool DPI_decode(DPI_RECORD record, DPI_CONTENT* content) {
     const PGOPTI_RECORD_LAYOUT& layout = *record.layout;
     const DPI_AREAS areas = DPI_areas_get(record);
     decode_header(record, content);
-    content->counters.resize(areas.counter_count);
-    for (std::uint64_t i = 0; i < areas.counter_count; ++i)
+    content->counters.resize(static_cast<std::size_t>(areas.counter_count));
+    for (std::size_t i = 0; i < content->counters.size(); ++i)
         if (!DPI_whole_counter_get(areas, layout, i, &content->counters[i]))
             return false;
     content->values = bytes_between(areas.values, areas.routine_names);
@@ -70,7 +70,7 @@ bool DPI_decode(DPI_RECORD record, DPI_CONTENT* content) {
 }
 
 /// Bytes of the entry-counter indices, padded.
-static std::uint64_t index_area_size(const DPI_CONTENT& content, const PGOPTI_RECORD_LAYOUT& layout) {
+static std::size_t index_area_size(const DPI_CONTENT& content, const PGOPTI_RECORD_LAYOUT& layout) {
     return (content.entry_indices.size() + layout.width - 1) / layout.width * layout.width;
 }
 

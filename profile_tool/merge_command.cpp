@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <sys/stat.h>
 
 /// Reads the static profiles that were named or, of the dynamic ones, those that have one. Gives back the
@@ -59,7 +60,9 @@ static bool is_input(const tool_options& options, const std::string& path) {
 /// The counts are as old as the newest of the profiles: so a source that was changed after that is noticed.
 static void set_time(std::FILE* stream, std::int64_t time) {
     std::fflush(stream);
-    const struct timespec times[2] = {{0, UTIME_OMIT}, {time / 1'000'000'000, time % 1'000'000'000}};
+    const struct timespec times[2] = {
+        {0, UTIME_OMIT},
+        {static_cast<std::time_t>(time / 1'000'000'000), static_cast<long>(time % 1'000'000'000)}};
     static_cast<void>(futimens(fileno(stream), times)); // a disk without times does without
 }
 

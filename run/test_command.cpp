@@ -11,11 +11,21 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 constexpr std::chrono::milliseconds kGrace(1000); ///< for what the command has left running
 
 // infeasible: begin
 // Nothing of a process that becomes another program is counted.
+
+/// Becomes the shell that runs the command, a script without a first line.
+static void execute_by_shell(char** command) {
+    std::vector<const char*> line = {"sh", "-c", "exec \"$0\" \"$@\""};
+    for (; *command; ++command)
+        line.push_back(*command);
+    line.push_back(nullptr);
+    execv("/bin/sh", const_cast<char**>(line.data()));
+}
 
 /// Becomes the command. Where that fails, what errno holds goes into the pipe.
 [[noreturn]] static void execute(char** command, const std::vector<environment_change>& changes, int report) {
@@ -27,6 +37,8 @@ constexpr std::chrono::milliseconds kGrace(1000); ///< for what the command has 
             setenv(change.name, change.value.c_str(), 1);
     }
     execvp(command[0], command);
+    if (errno == ENOEXEC) // not every C library does so itself
+        execute_by_shell(command);
     const int error = errno;
     if (write(report, &error, sizeof error) == -1)
         std::_Exit(126);

@@ -144,7 +144,7 @@ void elf_reader::append(const section& of, byte_buffer* to) {
         throw input_error("is a damaged ELF file: its sections do not fit into it");
     appended_ += of.size;
     constexpr std::string_view zeros("\0\0\0\0\0\0\0", 7);
-    to->append(zeros.substr(0, round_up_8(to->size()) - to->size()));
+    to->append(zeros.substr(0, static_cast<std::size_t>(round_up_8(to->size()) - to->size())));
     if ((of.flags & kCompressed) != 0)
         unpack(file_.at(of.offset, of.size), to);
     else
@@ -161,8 +161,8 @@ std::string elf_reader::build_id_in(const section& note) const {
         const std::uint64_t padded_text = (text_size + 3) & ~std::uint64_t{3};
         if (padded_name + padded_text > notes.left())
             break;
-        const std::string_view name = notes.bytes(padded_name).substr(0, name_size);
-        const std::string_view text = notes.bytes(padded_text).substr(0, text_size);
+        const std::string_view name = notes.bytes(padded_name).substr(0, static_cast<std::size_t>(name_size));
+        const std::string_view text = notes.bytes(padded_text).substr(0, static_cast<std::size_t>(text_size));
         if (is_id && name == std::string_view("GNU\0", 4))
             return std::string(text);
     }

@@ -81,7 +81,9 @@ class mapping_decoder {
     std::int64_t count_of_counter(std::uint64_t counter);
     std::int64_t evaluate(std::uint64_t counter);
     std::optional<std::int64_t> known_value(std::uint64_t counter);
-    memo* memo_of(std::uint64_t counter) { return &memos_[(counter >> 2) * 2 + (counter & 1)]; }
+    memo* memo_of(std::uint64_t counter) {
+        return &memos_[static_cast<std::size_t>((counter >> 2) * 2 + (counter & 1))];
+    }
 
     static constexpr std::size_t kNowhere = SIZE_MAX;
 

@@ -23,7 +23,7 @@ std::uint32_t line_store::file_index(const std::string& name) {
 /// The function of this place; a new one without a mangled name where there is none.
 std::uint32_t line_store::function_index(std::uint32_t file, std::string_view demangled,
                                          source_position start) {
-    std::size_t hash = std::hash<std::string_view>()(demangled);
+    std::uint64_t hash = std::hash<std::string_view>()(demangled);
     for (const std::uint32_t part : {file, start.line, start.column})
         hash = (hash ^ part) * 0x9e3779b97f4a7c15U + (hash >> 29);
     const auto head = heads_.try_emplace(hash, kNone).first;

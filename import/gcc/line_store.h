@@ -77,7 +77,7 @@ class line_store {
     std::vector<std::string> files_;
     std::unordered_map<std::string, std::uint32_t> file_indices_;
     std::vector<counted_function> functions_;
-    std::unordered_map<std::size_t, std::uint32_t> heads_; ///< hash -> first function of its chain
+    std::unordered_map<std::uint64_t, std::uint32_t> heads_; ///< hash -> first function of its chain
     std::uint64_t clamped_ = 0;
 
     // The file being added; kept for their memory.

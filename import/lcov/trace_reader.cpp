@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <utility>
@@ -53,18 +55,27 @@ std::uint32_t trace_reader::line_number(std::string_view text) const {
     return value;
 }
 
+/// As std::from_chars reads a floating-point number, which some C++ libraries cannot do. False where the text
+/// is none.
+static bool read_real(const std::string& text, double* number) {
+    if (text.empty() || std::strchr(" \t\n\v\f\r+", text.front()) || text.find_first_of("xX") != text.npos)
+        return false;
+    char* end = nullptr;
+    *number = std::strtod(text.c_str(), &end);
+    return end == text.c_str() + text.size() && !std::isnan(*number);
+}
+
 /// Counts that no program can reach are clamped. Some writers give them with an exponent.
 std::uint64_t trace_reader::count(std::string_view text) {
     std::uint64_t value = 0;
     const char* const end = text.data() + text.size();
-    std::from_chars_result result = std::from_chars(text.data(), end, value);
+    const std::from_chars_result result = std::from_chars(text.data(), end, value);
     if (result.ec == std::errc() && result.ptr == end && value <= kLargestCount)
         return value;
     double number = 0;
-    result = std::from_chars(text.data(), end, number);
-    if (result.ptr != end || text.empty() || result.ec == std::errc::invalid_argument || !(number == number))
+    if (!read_real(std::string(text), &number))
         fail("a count is missing or is no number");
-    if (result.ec == std::errc() && number >= 0 && number < 0x1p63)
+    if (number >= 0 && number < 0x1p63)
         return static_cast<std::uint64_t>(number);
     ++clamped_;
     return text.front() == '-' ? 0 : kLargestCount;

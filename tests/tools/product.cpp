@@ -18,7 +18,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <fcntl.h>
 #include <memory>
+#include <type_traits>
+#include <unistd.h>
 
 // ---- back to the state of a fresh process ----
 
@@ -71,15 +74,38 @@ static void reset_product() {
 
 // ---- one call ----
 
+/// What is written to the stream during the call. Where the C library has no variable for the stream, as musl
+/// has none, its descriptor leads into a file meanwhile.
+template <typename Stream> static std::string caught(Stream& stream, const std::function<void()>& call) {
+    if constexpr (std::is_const_v<Stream>) {
+        const scratch_directory place;
+        const int descriptor = fileno(stream);
+        std::fflush(stream);
+        const int real = dup(descriptor);
+        const int file = open((place.path() / "text").c_str(), O_WRONLY | O_CREAT, 0600);
+        dup2(file, descriptor);
+        call();
+        std::fflush(stream);
+        dup2(real, descriptor);
+        close(file);
+        close(real);
+        return read_file(place.path() / "text");
+    } else {
+        std::FILE* const real = stream;
+        std::string text = written([&](std::FILE* file) {
+            stream = file;
+            call();
+        });
+        stream = real;
+        return text;
+    }
+}
+
 outcome run_product(const std::function<void()>& call) {
     outcome result;
-    std::FILE* const real_output = stdout;
-    std::FILE* const real_errors = stderr;
     reset_configuration(); // the first call must not differ from the others
-    result.errors = written([&](std::FILE* errors) {
-        result.output = written([&](std::FILE* output) {
-            stdout = output;
-            stderr = errors;
+    result.errors = caught(stderr, [&] {
+        result.output = caught(stdout, [&] {
             try {
                 call();
             } catch (const run_end& end) {
@@ -89,7 +115,5 @@ outcome run_product(const std::function<void()>& call) {
             reset_product();
         });
     });
-    stdout = real_output;
-    stderr = real_errors;
     return result;
 }

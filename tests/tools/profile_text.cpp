@@ -49,7 +49,7 @@ static std::string rest_of(std::istringstream& line) {
 static void read_words(std::istringstream& line, words& read) {
     for (std::string word; line >> word;) {
         if (word == "x" && !read.empty() && line >> word)
-            read.insert(read.end(), number(word) - 1, std::string(read.back()));
+            read.insert(read.end(), static_cast<std::size_t>(number(word) - 1), std::string(read.back()));
         else
             read.push_back(word);
     }
@@ -194,14 +194,18 @@ static std::string record_bytes(const text_record& record, string_area& strings)
     return head + body + positions;
 }
 
+static std::size_t place_at(const std::string& text) {
+    return static_cast<std::size_t>(number(text));
+}
+
 static void apply(const words& patch, const std::vector<std::size_t>& record_places, std::string& bytes) {
     static const std::map<std::string, int> kWidths{{"u8", 1}, {"u32", 4}, {"u64", 8}};
     const bool cut = patch[0] == "cut";
     const std::string& at = patch.at(cut ? 1 : 2);
     const std::size_t plus = at.find('+');
     const std::size_t place =
-        at[0] == 'r' ? record_places.at(number(at.substr(1, plus - 1))) + number(at.substr(plus + 1))
-                     : number(at);
+        at[0] == 'r' ? record_places.at(place_at(at.substr(1, plus - 1))) + place_at(at.substr(plus + 1))
+                     : place_at(at);
     std::string value;
     if (!cut)
         put_bytes(value, number(patch.at(3)), kWidths.at(patch[1]));

@@ -2,6 +2,7 @@
 #include "tests/tools/profile_text.h"
 #include "tests/tools/scratch.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>

@@ -311,6 +311,10 @@ static int interrupt(const fs::path& project) {
         execl("/bin/sh", "sh", "../line", nullptr);
         std::_Exit(1);
     }
+    if (pid == -1) {
+        ADD_FAILURE() << "no terminal can be had";
+        return -1;
+    }
     while (!fs::exists(project / "ready"))
         usleep(10000);
     EXPECT_EQ(write(terminal, "\003", 1), 1);

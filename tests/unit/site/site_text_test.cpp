@@ -118,6 +118,9 @@ TEST(SiteText, PiecesOfC) {
 }
 
 TEST(SiteText, WarningsAreKept) {
+#if !defined(__GLIBC__) || defined(VEXCOV_PORTABLE)
+    GTEST_SKIP() << "standard error cannot be watched here";
+#endif
     run_warnings kept;
     const outcome end = run_product([&] {
         const kept_messages messages;
