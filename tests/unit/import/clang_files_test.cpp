@@ -215,7 +215,7 @@ TEST(ClangFiles, WhatGoesAwayIsPassedOver) {
         for (const std::string& file : files_below(scratch.path().string())) {
             try {
                 file_bytes opened(file);
-                found += opened.size();
+                found += static_cast<std::size_t>(opened.size());
             } catch (const not_of_interest&) { // and nothing else
             }
         }
