@@ -7,6 +7,7 @@
 
 #include "common/file_ptr.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -73,7 +74,9 @@ std::int64_t modification_time(const struct stat& status) {
 #else
     const struct timespec& changed = status.st_mtim;
 #endif
-    return std::int64_t{changed.tv_sec} * 1'000'000'000 + changed.tv_nsec;
+    // Some file systems have dates that nanoseconds cannot count.
+    const std::int64_t limit = 9'000'000'000;
+    return std::clamp<std::int64_t>(changed.tv_sec, -limit, limit) * 1'000'000'000 + changed.tv_nsec;
 }
 
 #ifdef VEXCOV_LINUX

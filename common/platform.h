@@ -10,7 +10,8 @@
 #include <sys/types.h>
 #include <vector>
 
-/// When the contents of the file changed last, in nanoseconds since the start of 1970.
+/// When the contents of the file changed last, in nanoseconds since the start of 1970; dates more than 285
+/// years away from it count as 285 years.
 std::int64_t modification_time(const struct stat& status);
 
 /// As pipe, with ends that are closed in programs that are started later.

@@ -252,6 +252,11 @@ TEST_F(merging, NewestCountsWhereRecordsDoNotAgree) {
         EXPECT_EQ(fs::last_write_time(scratch_.path() / "m.dpi"), start_ + std::chrono::seconds(3))
             << "as old as the newest";
     }
+    // A date that nanoseconds cannot count is still the newest.
+    run("touch -d 2400-01-01T00:00:00 d.dpi");
+    merge("-newest -spi a.spi -o m c.dpi d.dpi a.dpi");
+    EXPECT_GT(fs::last_write_time(scratch_.path() / "m.dpi"), start_ + std::chrono::hours(24 * 365 * 100));
+    set_age("d.dpi", 0);
     // Through intermediate profiles, too: the one that is newer is among the last.
     std::string many = "b.dpi";
     for (int i = 0; i < 40; ++i)
