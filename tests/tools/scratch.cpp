@@ -12,7 +12,8 @@ scratch_directory::scratch_directory() {
     for (const fs::path& parent : {fs::path("/dev/shm"), fs::temp_directory_path()}) {
         std::string name = (parent / "vexcov-test-XXXXXX").string();
         if (mkdtemp(name.data())) {
-            path_ = name;
+            path_ = fs::path(name) / "files";
+            fs::create_directory(path_);
             return;
         }
     }
@@ -21,7 +22,7 @@ scratch_directory::scratch_directory() {
 
 scratch_directory::~scratch_directory() {
     std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    fs::remove_all(path_.parent_path(), ignored);
 }
 
 std::string scratch_directory::put(const std::string& name, std::string_view bytes) const {

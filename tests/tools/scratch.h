@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// A fresh directory, in memory where there is room for one, removed with everything in it at the end of the
-/// object's life.
+/// object's life. It lies alone in another, so that ".." shows a test nothing of others.
 class scratch_directory {
   public:
     scratch_directory();
