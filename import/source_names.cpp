@@ -1,5 +1,6 @@
 #include "import/source_names.h"
 
+#include "common/directory_prefix.h"
 #include "common/message.h"
 
 #include <filesystem>
@@ -7,14 +8,6 @@
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-/// An absolute path in normal form with one "/" at its end.
-static std::string as_prefix(const fs::path& path) {
-    std::string text = path.lexically_normal().string();
-    if (text.empty() || text.back() != '/')
-        text += '/';
-    return text;
-}
 
 fs::path absolute_path(const std::string& path) {
     std::error_code error;
@@ -35,15 +28,15 @@ fs::path physical_path(const std::string& path) {
 source_names::source_names(const std::string& root, bool all) : all_(all) {
     if (root.empty())
         return;
-    root_ = as_prefix(absolute_path(root));
-    physical_root_ = as_prefix(physical_path(root_));
+    root_ = directory_prefix(absolute_path(root));
+    physical_root_ = directory_prefix(physical_path(root_));
 }
 
 /// Where a folder lies below the root, whatever links lead to it; files of one folder are many.
 const std::string& source_names::place_below_root(const std::string& folder) const {
     const auto [entry, added] = places_.try_emplace(folder, "/");
     if (added) {
-        const std::string physical = as_prefix(physical_path(folder));
+        const std::string physical = directory_prefix(physical_path(folder));
         if (physical.starts_with(physical_root_))
             entry->second = physical.substr(physical_root_.size());
     }

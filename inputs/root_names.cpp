@@ -1,19 +1,12 @@
 #include "inputs/root_names.h"
 
+#include "common/directory_prefix.h"
 #include "common/message.h"
 
 #include <filesystem>
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-/// A path in normal form with one "/" at its end.
-static std::string as_prefix(const fs::path& path) {
-    std::string text = path.lexically_normal().string();
-    if (text.empty() || text.back() != '/')
-        text += '/';
-    return text;
-}
 
 /// `path` without symbolic links, or as it is where that cannot be known.
 static fs::path physical(const fs::path& path) {
@@ -27,9 +20,9 @@ root_names::root_names(const std::string& root) {
     const fs::path here = fs::current_path(error);
     if (error)
         end_with_error("cannot find out the working directory: %s", error.message().c_str());
-    working_directory_ = as_prefix(here);
-    root_ = as_prefix(fs::path(working_directory_) / root);
-    physical_root_ = as_prefix(physical(root_));
+    working_directory_ = directory_prefix(here);
+    root_ = directory_prefix(fs::path(working_directory_) / root);
+    physical_root_ = directory_prefix(physical(root_));
     shown_root_ = root_.size() > 1 ? root_.substr(0, root_.size() - 1) : root_;
 }
 
