@@ -1,6 +1,7 @@
 """Damaged inputs: nothing that stands in a file may crash, hang or bloat a run, and a run that ends well leaves a
 whole report."""
 
+import functools
 import json
 import os
 import random
@@ -115,8 +116,10 @@ def is_whole(box, data, outcome):
 
 
 def try_input(job):
-    scenario, name, data, what = job
-    box, changed = fault_run.sandbox(scenario), {name: data}
+    scenario, name, damaged, what = job
+    box = fault_run.sandbox(scenario)
+    data = damaged(box.inputs[name])
+    changed = {name: data}
     outcome = box.run(changed=changed, limits=fault_run.HOSTILE)
     if scenario == "objects":
         outcome.peak = 0  # that of gcov, which believes its notes
@@ -134,9 +137,9 @@ def try_input(job):
     return f"{scenario}, {name}, {what}", outcome, problem
 
 
-def mutate(data, words, chance):
+def mutate(words, seed, data):
     """One to four damages: a bit, a byte, a word of 4 bytes, a spliced word, a doubled or lost piece, the end lost."""
-    bytes_ = bytearray(data)
+    bytes_, chance = bytearray(data), random.Random(seed)
     for _ in range(chance.randint(1, 4)):
         if not bytes_:
             break
@@ -159,19 +162,30 @@ def mutate(data, words, chance):
     return bytes(bytes_)
 
 
+def cut(length, data):
+    return data[:length]
+
+
+def replace(at, piece, data):
+    return data[:at] + piece + data[at + len(piece) :]
+
+
+# Scenario, input file, what makes the damaged file of the sound one, and its name. The thousands of damaged files are
+# made where they are used: what this process holds counts as memory of the programs that it starts.
+
+
 def mutations(quick):
     for scenario, name, count, words in MUTATED:
-        original = fault_run.sandbox(scenario).inputs[name]
         for i in range(count // (10 if quick else 1)):
             seed = f"{scenario}/{name}/{i}"
-            yield scenario, name, mutate(original, words, random.Random(seed)), f"mutation {seed}"
+            yield scenario, name, functools.partial(mutate, words, seed), f"mutation {seed}"
 
 
 def truncations(quick):
     for scenario, name in CUT:
         original = fault_run.sandbox(scenario).inputs[name]
         for length in range(0, len(original), 7 if quick else 1):
-            yield scenario, name, original[:length], f"first {length} bytes"
+            yield scenario, name, functools.partial(cut, length), f"first {length} bytes"
 
 
 def fields_of(name, data):
@@ -195,7 +209,7 @@ def fields(quick):
                       *((2**63 - 1, 2**63, 2**64 - 1) if width == 8 else ())}
             values = sorted(v for v in values if 0 <= v < 256**width and v != value)
             for new in values[i % 2 :: 2] if quick else values:
-                changed = data[:at] + new.to_bytes(width, "little") + data[at + width :]
+                changed = functools.partial(replace, at, new.to_bytes(width, "little"))
                 yield scenario, name, changed, f"{new} in {width} bytes at {at}"
 
 
