@@ -18,12 +18,12 @@ constexpr std::uint32_t kLongestName = 65535;
 static std::vector<char> read_file(const std::string& path) {
     std::vector<char> bytes;
     const file_ptr stream(std::fopen(path.c_str(), "rb"));
-    if (!stream)
+    if (!stream && (errno == ENOENT || errno == EACCES))
         return bytes;
     char piece[16384];
-    for (std::size_t n; (n = std::fread(piece, 1, sizeof piece, stream.get())) != 0;)
+    for (std::size_t n; stream && (n = std::fread(piece, 1, sizeof piece, stream.get())) != 0;)
         bytes.insert(bytes.end(), piece, piece + n);
-    if (std::ferror(stream.get()))
+    if (!stream || std::ferror(stream.get()))
         end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
     return bytes;
 }

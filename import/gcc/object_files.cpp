@@ -49,26 +49,48 @@ static std::optional<object_head> decode_head(std::array<char, kHeadSize> bytes,
     return head;
 }
 
-/// Reads `size` bytes at `offset`; false when there are fewer.
-static bool read_at(int descriptor, char* bytes, std::size_t size, off_t offset) {
-    return pread(descriptor, bytes, size, offset) == static_cast<ssize_t>(size);
+[[noreturn]] static void fail(const std::string& path) {
+    end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
 }
+
+/// A file that is open.
+struct open_file {
+    const std::string& path;
+    int descriptor;
+
+    bool is_regular(off_t* size) const {
+        struct stat status;
+        if (fstat(descriptor, &status) != 0)
+            fail(path);
+        *size = status.st_size;
+        return S_ISREG(status.st_mode);
+    }
+
+    /// Reads `size` bytes at `offset`; false when there are fewer.
+    bool read_at(char* bytes, std::size_t size, off_t offset) const {
+        const ssize_t present = pread(descriptor, bytes, size, offset);
+        if (present == -1)
+            fail(path);
+        return present == static_cast<ssize_t>(size);
+    }
+};
 
 static std::optional<object_head> read_head(const std::string& path, std::string_view magic,
                                             bool to_the_end) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor == -1) {
         if (errno != ENOENT && errno != EACCES) // not the file's fault
-            end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
+            fail(path);
         return std::nullopt;
     }
-    struct stat status;
+    const open_file file = {path, descriptor};
+    off_t size = 0;
     std::array<char, kHeadSize> bytes = {};
     std::array<char, kEndSize> end = {};
-    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    bool complete = regular && read_at(descriptor, bytes.data(), kHeadSize, 0);
+    bool complete = file.is_regular(&size) && file.read_at(bytes.data(), kHeadSize, 0);
     if (complete && to_the_end)
-        complete = read_at(descriptor, end.data(), kEndSize, status.st_size - static_cast<off_t>(kEndSize)) &&
+        complete = size >= static_cast<off_t>(kHeadSize) &&
+                   file.read_at(end.data(), kEndSize, size - static_cast<off_t>(kEndSize)) &&
                    std::all_of(end.begin(), end.end(), [](char c) { return c == 0; });
     close(descriptor);
     return complete ? decode_head(bytes, magic) : std::nullopt;

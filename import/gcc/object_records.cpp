@@ -29,8 +29,11 @@ class record_reader {
     /// Whether the file begins with `magic` in this order of bytes.
     bool begins(std::string_view magic) {
         char start[4];
-        return stream_ && std::fread(start, 1, sizeof start, stream_.get()) == sizeof start &&
-               magic == std::string_view(start, sizeof start);
+        if (!stream_)
+            return false;
+        const std::size_t size = std::fread(start, 1, sizeof start, stream_.get());
+        check();
+        return magic == std::string_view(start, size);
     }
 
     /// Goes behind the rest of the head and the checksum.

@@ -28,7 +28,7 @@ BINARY = tuple((call, ("EIO",)) for call in ("pread64", "fstat"))
 CHILDREN = (("pipe2", ("EMFILE", "ENFILE")), ("getdents64", ("EIO",)), ("poll", ("EINTR", "ENOMEM")),
             ("clone3", ("EAGAIN", "ENOMEM")), ("wait4", ("EINTR",)))
 # A close that fails has closed all the same. One that is made to fail has not, and gcov's end of a pipe stays open.
-GCOV = tuple(call for call in IMPORT + CHILDREN if call[0] != "close")
+GCOV = tuple(call for call in IMPORT + BINARY + CHILDREN if call[0] != "close")
 WRITING = (("write", ("ENOSPC",)),)
 CALLING = (("html", REPORT), ("exports", READING), ("import", IMPORT), ("large", WRITING),
            ("components", REPORT), ("reference", REPORT), ("clang", IMPORT + BINARY), ("gcov", GCOV),
@@ -74,13 +74,13 @@ def traced(box, call, fault=None):
 def is_loss(line, box):
     """Whether a call that reads an input or brings an output to the disk has failed. What it should have moved may have
     been moved before, so the files do not show that."""
-    call = re.match(r"(close|fsync|read)\((\d+)<(.*?)>.* = -1 (?!EINTR)", line)
+    call = re.match(r"(close|fsync|read|pread64)\((\d+)<(.*?)>.* = -1 (?!EINTR)", line)
     if not call:
         return False
     name = os.path.relpath(call[3].encode().decode("unicode_escape"), box.root)  # strace escapes quotes
     if re.match(r"vexcov-\w{6}\.tmp", name):  # a temporary file without a name, which was read before it is closed
         return False
-    return call[2] == "1" or not name.startswith("..") and (name in box.inputs) == (call[1] == "read")
+    return call[2] == "1" or not name.startswith("..") and (name in box.inputs) == ("read" in call[1])
 
 
 def try_call(job):
