@@ -1,6 +1,7 @@
 #include "import/import_options.h"
 
 #include "common/companion.h"
+#include "common/input_guard.h"
 #include "common/message.h"
 #include "import/clang/known_versions.h"
 #include "import/gcc/gcov_runs.h"
@@ -170,12 +171,15 @@ static void take_name(const char* name, bool* format_given, import_options* opti
 
 static void check_options(const import_options& options) {
     if (options.gcc_option && options.format != import_format::gcc)
-        end_with_error("option %s is for the format gcc only", options.gcc_option);
-    if (options.spi_file.empty() || options.dpi_file.empty())
-        end_with_error("the name of a profile to write is empty; -spi and -dpi need file names");
+        end_with_error("option %s is for the format gcc only; leave it out", options.gcc_option);
     if (options.spi_file == options.dpi_file)
         end_with_error("the static and the dynamic profile cannot be the same file, %s; give two names",
                        printable(options.spi_file).c_str());
+    input_guard inputs;
+    for (const std::string& input : options.inputs)
+        inputs.add(input);
+    inputs.check(options.spi_file);
+    inputs.check(options.dpi_file);
 }
 
 void parse_import_options(int argc, char** argv, import_options* options) {

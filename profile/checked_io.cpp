@@ -9,6 +9,7 @@
 
 #include "common/fatal.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <cerrno>
 #include <cstring>
@@ -86,7 +87,7 @@ void checked_fclose(std::FILE* stream) {
     const std::string name = fileName ? printable(fileName) : "a profile";
     if (errno == 0 || errno == EINVAL)
         end_with_error("%s is cut short or damaged; import it again", name.c_str());
-    end_with_error("cannot read %s: %s", name.c_str(), std::strerror(errno));
+    end_with_error("cannot read %s: %s", name.c_str(), reason_of(errno).c_str());
 }
 
 [[noreturn]] static void fail(const char* operation, const char* fileName) {

@@ -1,6 +1,7 @@
 #include "import/gcc/object_files.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <algorithm>
 #include <array>
@@ -59,7 +60,7 @@ static std::optional<object_head> read_head(const std::string& path, std::string
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor == -1) {
         if (errno != ENOENT && errno != EACCES) // not the file's fault
-            end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
+            end_with_error("cannot read %s: %s", printable(path).c_str(), reason_of(errno).c_str());
         return std::nullopt;
     }
     struct stat status;
