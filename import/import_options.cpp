@@ -74,20 +74,21 @@ static void print_usage() {
     std::fputs("        Prints the version, and what is read and written.\n", stdout);
 }
 
-void print_compiler_formats() {
+void print_compiler_formats(bool of_runs_only) {
     std::printf(
         "clang: programs with coverage mapping of versions %u to %u (clang 11 to 22); raw profiles of\n",
         kOldestMapping, kNewestMapping);
-    std::printf(
-        "       versions %ju and %ju to %ju, indexed ones of %ju to %ju; exports of llvm-cov of 2 and 3\n",
-        std::uintmax_t{kOldestRawProfile}, std::uintmax_t{kUnreleasedRawProfile + 1},
-        std::uintmax_t{kNewestRawProfile}, std::uintmax_t{kOldestIndexedProfile},
-        std::uintmax_t{kNewestIndexedProfile});
+    std::printf("       versions %ju and %ju to %ju", std::uintmax_t{kOldestRawProfile},
+                std::uintmax_t{kUnreleasedRawProfile + 1}, std::uintmax_t{kNewestRawProfile});
+    if (!of_runs_only)
+        std::printf(", indexed ones of %ju to %ju; exports of llvm-cov of 2 and 3",
+                    std::uintmax_t{kOldestIndexedProfile}, std::uintmax_t{kNewestIndexedProfile});
+    std::fputs("\n", stdout);
     std::fputs("gcc: JSON of gcov, formats 1 and 2 (GCC 9 and newer)\n", stdout);
 }
 
 static void print_formats() {
-    print_compiler_formats();
+    print_compiler_formats(false);
     std::fputs("lcov: traces of LCOV 1 and 2\n", stdout);
     std::fputs("writes: profiles of 64 bits\n", stdout);
 }

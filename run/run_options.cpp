@@ -59,7 +59,7 @@ static void print_usage() {
 }
 
 static void print_formats() {
-    print_compiler_formats();
+    print_compiler_formats(true);
     std::fputs("writes: the report of vexcov, profiles of 64 bits\n", stdout);
 }
 
