@@ -241,7 +241,8 @@ changed_coverage change_tracker::finish() {
         for (fit& one : fits_.find(result.directory)->second) {
             const std::vector<line_range>& lines = files_[one.changed].lines;
             if (!lines.empty() && lines.back().last > one.lines)
-                end_with_error("the diff adds line %u to %s, which has %u lines: it is not of these sources",
+                end_with_error("the diff adds line %u to %s, which has %u lines: it is not of these sources; "
+                               "make it again",
                                lines.back().last, printable(one.coverage.source).c_str(), one.lines);
             known[one.changed] = true;
             result.files.push_back(std::move(one.coverage));

@@ -2,10 +2,10 @@
 
 #include "common/file_ptr.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 static std::vector<changed_file> read_stream(std::FILE* stream, const std::string& shown, int strip) {
     constexpr std::size_t kPieceSize = std::size_t{1} << 16;
@@ -16,11 +16,12 @@ static std::vector<changed_file> read_stream(std::FILE* stream, const std::strin
         errno = 0;
         size = std::fread(piece.data(), 1, kPieceSize, stream);
         if (std::ferror(stream))
-            end_with_error("cannot read %s: %s", shown.c_str(), std::strerror(errno));
+            end_with_error("cannot read %s: %s", shown.c_str(), reason_of(errno).c_str());
         fine = size == 0 ? reader.finish() : reader.feed({piece.data(), size});
     }
     if (!fine)
-        end_with_error("%s%s", shown.c_str(), printable(reader.fault()).c_str());
+        end_with_error("%s%s", shown.c_str(),
+                       with_remedy(printable(reader.fault()), "make the diff again").c_str());
     return reader.take_files();
 }
 
@@ -29,6 +30,6 @@ std::vector<changed_file> read_diff(const std::string& name, int strip) {
         return read_stream(stdin, "the diff on standard input", strip);
     const file_ptr stream(std::fopen(name.c_str(), "rb"));
     if (!stream)
-        end_with_error("cannot open %s: %s", printable(name).c_str(), std::strerror(errno));
+        end_with_error("cannot open %s: %s", printable(name).c_str(), reason_of(errno).c_str());
     return read_stream(stream.get(), printable(name), strip);
 }

@@ -301,7 +301,8 @@ bool unified_diff_reader::state::name_file() {
                                        : stripped(open_->has_names ? open_->own_name() : new_name, strip_);
     }
     if (!name)
-        return fail("a name has fewer than " + std::to_string(strip_) + " folders that could be stripped");
+        return fail("a name has fewer than " + std::to_string(strip_) +
+                    " folders that could be stripped; give a smaller -strip");
     if (name->empty())
         return fail("a file has no name");
     file.name = std::move(*name);

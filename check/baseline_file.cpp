@@ -6,11 +6,11 @@
 
 #include "common/file_ptr.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <boost/json/basic_parser_impl.hpp>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <limits>
 
 namespace json = boost::json;
@@ -210,11 +210,13 @@ static std::string fault_of(const baseline_handler& handler) {
     return fault_of_figures(handler.result);
 }
 
+constexpr const char* kAgain = "make it again with vexcov-export json";
+
 baseline read_baseline(const std::string& name) {
     const std::string shown = printable(name);
     const file_ptr stream(std::fopen(name.c_str(), "rb"));
     if (!stream)
-        end_with_error("cannot open %s: %s", shown.c_str(), std::strerror(errno));
+        end_with_error("cannot open %s: %s", shown.c_str(), reason_of(errno).c_str());
     json::parse_options options;
     options.max_depth = kMaximumDepth;
     json::basic_parser<baseline_handler> parser(options);
@@ -226,7 +228,7 @@ baseline read_baseline(const std::string& name) {
         errno = 0;
         const std::size_t size = std::fread(piece.data(), 1, kPieceSize, stream.get());
         if (std::ferror(stream.get()))
-            end_with_error("cannot read %s: %s", shown.c_str(), std::strerror(errno));
+            end_with_error("cannot read %s: %s", shown.c_str(), reason_of(errno).c_str());
         more = size != 0;
         const std::size_t used = parser.write_some(more, piece.data(), size, error);
         done += used;
@@ -235,12 +237,12 @@ baseline read_baseline(const std::string& name) {
     }
     baseline_handler& handler = parser.handler();
     if (!handler.fault.empty())
-        end_with_error("%s%s", shown.c_str(), printable(handler.fault).c_str());
+        end_with_error("%s%s", shown.c_str(), with_remedy(printable(handler.fault), kAgain).c_str());
     if (error)
-        end_with_error("%s is not valid JSON at byte %llu: %s", shown.c_str(),
-                       static_cast<unsigned long long>(done), error.message().c_str());
+        end_with_error("%s is not valid JSON at byte %llu: %s; make it again with vexcov-export json",
+                       shown.c_str(), static_cast<unsigned long long>(done), error.message().c_str());
     const std::string fault = fault_of(handler);
     if (!fault.empty())
-        end_with_error("%s%s", shown.c_str(), fault.c_str());
+        end_with_error("%s%s", shown.c_str(), with_remedy(fault, kAgain).c_str());
     return std::move(handler.result);
 }

@@ -129,14 +129,15 @@ static void check_agreement(const check_options& options) {
         end_with_error("nothing to compare with: give -min, -min-file, -baseline or -diff (see vexcov-check "
                        "-help)");
     if (options.tolerance && !options.baseline)
-        end_with_error("option -tolerance is for -baseline only");
+        end_with_error("option -tolerance is for -baseline only; leave it out");
     if (options.most_uncovered && !with_diff)
-        end_with_error("option -max-uncovered is for -diff only");
+        end_with_error("option -max-uncovered is for -diff only; leave it out");
     if (options.strip != kDetectPrefix && !with_diff)
-        end_with_error("option -strip is for -diff only");
+        end_with_error("option -strip is for -diff only; leave it out");
     for (const coverage_floor& floor : options.floors)
         if (with_diff && floor.what == metric::functions)
-            end_with_error("with -diff there are floors for lines and blocks, not for functions");
+            end_with_error(
+                "with -diff there are floors for lines and blocks, not for functions; leave those out");
 }
 
 void read_check_options(int argc, char** argv, check_options* options) {

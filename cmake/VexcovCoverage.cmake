@@ -9,13 +9,13 @@
 #   What links to it is instrumented: one target by target_link_libraries, all that follow by link_libraries.
 #
 # vexcov_add_report(NAME
-#   [COMMAND ARGUMENT...]     what runs the tests; default: ctest on the build tree
+#   [COMMAND ARGUMENT...]     what runs the tests, where a target stands for its program; default: ctest on the build tree
 #   [OBJECTS PATH|TARGET...]  what is reported, run or not: directories, programs, libraries, or targets;
 #                             default: the build tree
 #   [DEPENDS TARGET...]       what is built first; default: all that the project builds
 #   [OUTPUT DIR]              where the report is written; default: NAME in the build tree
 #   [ROOT DIR]                where the sources are; default: the top of the source tree
-#   [SITE]                    also writes the site, in OUTPUT/coverage-site
+#   [SITE]                    also writes the site, in OUTPUT/coverage-site, when the tests pass
 #   [OPTIONS ARGUMENT...])    more options of vexcov-run, such as -counts or -prj "my project"
 #   Adds the target NAME, which builds the project, runs the tests and makes the report. It fails as the tests do; the
 #   report is made all the same.
@@ -23,26 +23,41 @@
 cmake_minimum_required(VERSION 3.19)
 include_guard(GLOBAL)
 
-foreach(program IN ITEMS vexcov-run vexcov-site)
-  string(MAKE_C_IDENTIFIER "${program}" variable)
-  string(TOUPPER "${variable}" variable)
-  # Installed, the programs are in the bin directory above this file; CMAKE_PROGRAM_PATH and PATH are searched behind it.
-  find_program(${variable} ${program} HINTS "${CMAKE_CURRENT_LIST_DIR}/../../../bin" DOC "Program of vexcov")
-  mark_as_advanced(${variable})
-endforeach()
+# Functions, so that no variable of the project changes.
+function(_vexcov_find_programs)
+  foreach(program IN ITEMS vexcov-run vexcov-site)
+    string(MAKE_C_IDENTIFIER "${program}" variable)
+    string(TOUPPER "${variable}" variable)
+    # Installed, the programs are where the package says, or in the bin directory above this file; CMAKE_PROGRAM_PATH and
+    # PATH are searched behind them.
+    set(hints "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../../../bin")
+    if(TARGET vexcov::${program})
+      get_target_property(location vexcov::${program} LOCATION)
+      get_filename_component(location "${location}" DIRECTORY)
+      list(PREPEND hints "${location}")
+    endif()
+    find_program(${variable} ${program} HINTS ${hints} DOC "Program of vexcov")
+    mark_as_advanced(${variable})
+  endforeach()
+endfunction()
 
-if(NOT TARGET vexcov::instrument)
+function(_vexcov_add_instrument)
   add_library(vexcov::instrument INTERFACE IMPORTED GLOBAL)
+  # Counters that threads share would lose counts, and could become negative.
+  set(gcc --coverage -fprofile-update=prefer-atomic)
+  set(clang -fprofile-instr-generate -fcoverage-mapping)
   foreach(language IN ITEMS C CXX)
-    # Counters that threads share would lose counts, and could become negative.
-    set(gcc --coverage -fprofile-update=prefer-atomic)
-    set(clang -fprofile-instr-generate -fcoverage-mapping)
     set_property(TARGET vexcov::instrument APPEND PROPERTY INTERFACE_COMPILE_OPTIONS
       "$<$<COMPILE_LANG_AND_ID:${language},GNU>:${gcc}>" "$<$<COMPILE_LANG_AND_ID:${language},Clang>:${clang}>")
     set_property(TARGET vexcov::instrument APPEND PROPERTY INTERFACE_LINK_OPTIONS
       "$<$<LINK_LANG_AND_ID:${language},GNU>:--coverage>"
       "$<$<LINK_LANG_AND_ID:${language},Clang>:-fprofile-instr-generate>")
   endforeach()
+endfunction()
+
+_vexcov_find_programs()
+if(NOT TARGET vexcov::instrument)
+  _vexcov_add_instrument()
 endif()
 
 # The directories and files behind -objects.
@@ -109,6 +124,11 @@ function(vexcov_add_report name)
     if(multi_config)
       list(APPEND arg_COMMAND -C "$<CONFIG>")
     endif()
+  endif()
+  list(GET arg_COMMAND 0 program)
+  if(TARGET "${program}")
+    list(REMOVE_AT arg_COMMAND 0)
+    list(PREPEND arg_COMMAND "$<TARGET_FILE:${program}>")
   endif()
   if(NOT arg_OBJECTS)
     set(arg_OBJECTS "${CMAKE_BINARY_DIR}")

@@ -42,6 +42,11 @@ install(FILES ${PROJECT_SOURCE_DIR}/bench/README.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/bench COMPONENT documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+foreach(script examples/cluster/merge_shards.py examples/wordcount/make-report)
+  get_filename_component(folder ${script} DIRECTORY)
+  install(PROGRAMS ${PROJECT_SOURCE_DIR}/${script}
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT documentation)
+endforeach()
 if(VEXCOV_LIBRARIES STREQUAL "ALL_STATIC")
   # NOTICE has the licences of the other libraries.
   file(GLOB licences /usr/share/common-licenses/GPL-3 /usr/share/common-licenses/LGPL-2.1)

@@ -1,5 +1,5 @@
 # What CPack makes of a build: a Debian package where the libraries are shared, else an archive that can be unpacked
-# anywhere. scripts/release makes both and checks them. With SOURCE_DATE_EPOCH set, the same sources give the same bytes.
+# anywhere; and with CPackSourceConfig.cmake the source archive. scripts/release makes all of them and checks them. With SOURCE_DATE_EPOCH set, the same sources give the same bytes.
 set(CPACK_PACKAGE_NAME vexcov)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_VENDOR vexcov)
@@ -38,6 +38,11 @@ if(VEXCOV_LIBRARIES STREQUAL "SHARED")
   configure_file(cmake/debian_files.cmake.in debian_files.cmake @ONLY)
 else()
   set(CPACK_GENERATOR TGZ)
-  set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/sorted_archive.cmake)
 endif()
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/sorted_archive.cmake)
+
+string(REGEX REPLACE "([][+.*()^$?|{}\\\\])" "\\\\\\1" top "${PROJECT_SOURCE_DIR}")
+set(CPACK_SOURCE_GENERATOR TGZ)
+set(CPACK_SOURCE_IGNORE_FILES "^${top}/build/" "^${top}/\\.git/" "^${top}/\\.git$")
+set(CPACK_SOURCE_PACKAGE_FILE_NAME vexcov-${PROJECT_VERSION})
 include(CPack)

@@ -5,6 +5,7 @@
 #include "common/version.h"
 
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 static void print_version(const companion& program) {
@@ -32,4 +33,12 @@ void refuse_option(const companion& program, const char* argument) {
 
 void refuse_missing_value(const char* option, const char* missing) {
     end_with_error("option %s needs %s", option, missing);
+}
+
+void check_value(const char* option, const char* missing, const char* value) {
+    if (!value || *value != '\0')
+        return;
+    for (const char* const named : {"file", "directory", "program"})
+        if (std::strstr(missing, named))
+            end_with_error("option %s needs %s, not an empty name", option, missing);
 }

@@ -22,6 +22,10 @@ bool take_common_option(const companion& program, const char* argument);
 [[noreturn]] void refuse_option(const companion& program, const char* argument);
 [[noreturn]] void refuse_missing_value(const char* option, const char* missing);
 
+/// Ends the run where a file, directory or program has an empty name: mostly a variable of a script that is
+/// not set. `missing` is what the option needs, and `value` null for one that takes none.
+void check_value(const char* option, const char* missing, const char* value);
+
 /// Hands the option on. A table whose rows take a text in front of the value is given the option's name.
 template <typename Options>
 void apply_option(const option_row<Options*>& row, Options* options, const char* value) {
@@ -40,6 +44,7 @@ void read_arguments(const companion& program, std::span<const option_row<Options
     for (argument_reader arguments(table, argc, argv, {.two_dashes = true}); arguments.next();) {
         switch (arguments.kind()) {
         case argument_kind::option:
+            check_value(arguments.option().name, arguments.option().missing, arguments.value());
             apply_option(arguments.option(), options, arguments.value());
             break;
         case argument_kind::missing_value:

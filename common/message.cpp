@@ -2,8 +2,10 @@
 
 #include "common/fatal.h"
 #include "common/progress_line.h"
+#include "common/remedy.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <vector>
@@ -53,6 +55,10 @@ void print_message(message_kind kind, const char* format, std::va_list arguments
         std::vfprintf(stderr, format, arguments);
     else
         std::fputs(text_of(format, arguments).c_str(), stderr);
+    if (const char* const remedy = program_name ? remedy_of_shared(format) : nullptr) {
+        std::fputs("; ", stderr);
+        std::fputs(remedy, stderr);
+    }
     std::fputs("\n", stderr);
 }
 
@@ -69,6 +75,20 @@ void print_error(const char* format, ...) {
     va_start(arguments, format);
     print_message(message_kind::error, format, arguments);
     va_end(arguments);
+}
+
+void print_unopened(const char* format, ...) {
+    const int error = errno;
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::string text = text_of(format, arguments);
+    va_end(arguments);
+    if (messages_are_named()) {
+        text.pop_back();
+        print_error("%s: %s", text.c_str(), reason_of(error).c_str());
+    } else {
+        std::fprintf(stderr, "%s\n", text.c_str());
+    }
 }
 
 void print_warning(const char* format, ...) {

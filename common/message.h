@@ -28,6 +28,11 @@ void print_warning(const char* format, ...) __attribute__((format(printf, 1, 2))
 /// Writes a note: nothing is wrong.
 void print_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+/// Says, before errno changes, that a file cannot be opened. Deliberate: vexcov has words of its own for each
+/// kind, which scripts have been matching and which `format` is, up to an exclamation mark. In the programs
+/// beside it, an error begins with them and goes on with the reason.
+void print_unopened(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
 /// Leaves `folder` out of the names in all messages from now on: one that the program has made for itself,
 /// which will be gone.
 void hide_in_messages(const std::string& folder);

@@ -68,6 +68,21 @@ bool watch_standard_error(void (*)(void*, const char*, std::size_t) noexcept, vo
 
 #endif
 
+int wait_for_record_lock(int descriptor, struct flock* lock) {
+    int result = -1;
+#ifdef F_OFD_SETLKW
+    do
+        result = fcntl(descriptor, F_OFD_SETLKW, lock);
+    while (result == -1 && errno == EINTR);
+    if (result == 0 || errno != EINVAL)
+        return result;
+#endif
+    do
+        result = fcntl(descriptor, F_SETLKW, lock);
+    while (result == -1 && errno == EINTR);
+    return result;
+}
+
 std::int64_t modification_time(const struct stat& status) {
 #ifdef __APPLE__
     const struct timespec& changed = status.st_mtimespec;

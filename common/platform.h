@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <vector>
@@ -13,6 +14,11 @@
 /// When the contents of the file changed last, in nanoseconds since the start of 1970; dates more than 285
 /// years away from it count as 285 years.
 std::int64_t modification_time(const struct stat& status);
+
+/// As fcntl with F_SETLKW, again after a signal. The lock belongs to the open file, where the system has such
+/// locks: one that the process owns would be dropped as soon as any other descriptor of the same file is
+/// closed, for instance when the reference profile or a source file is the profile itself.
+int wait_for_record_lock(int descriptor, struct flock* lock);
 
 /// As pipe, with ends that are closed in programs that are started later.
 int open_pipe(int ends[2]);

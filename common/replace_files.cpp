@@ -1,12 +1,12 @@
 #include "common/replace_files.h"
 
 #include "common/output_file.h"
+#include "common/remedy.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <sys/stat.h>
 #include <system_error>
@@ -82,7 +82,7 @@ bool file_replacement::fail(const std::string& what, int error) {
     remove_temporaries();
     error_ = "cannot " + what;
     if (error != 0) // a write that failed earlier has left no reason
-        error_.append(": ").append(std::strerror(error));
+        error_.append(": ").append(reason_of(error));
     return false;
 }
 
@@ -93,7 +93,7 @@ bool file_replacement::check_target(std::size_t i) {
     if (!found && errno != ENOENT)
         return fail("open " + target + " for output", errno);
     if (found && !S_ISREG(status.st_mode)) {
-        error_ = target + " is not a regular file";
+        error_ = target + " is not a regular file; name another";
         return false;
     }
     return true;
@@ -111,7 +111,7 @@ std::FILE* file_replacement::open(std::size_t i) {
     opened.has_new = true;
     std::FILE* const stream = open_output(opened.new_name.c_str(), "wbx");
     if (!stream)
-        fail("create " + opened.new_name, errno);
+        fail("create " + opened.target, errno);
     return stream;
 }
 

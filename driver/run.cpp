@@ -1,6 +1,7 @@
 #include "driver/run.h"
 
 #include "common/fatal.h"
+#include "common/message.h"
 #include "common/output_file.h"
 #include "common/source_file.h"
 #include "coverage/block_marking.h"
@@ -42,7 +43,7 @@ static std::FILE* open_export(const char* name) {
         return nullptr;
     std::FILE* stream = open_output(name, "w");
     if (!stream) {
-        std::fprintf(stderr, "Couldn't open file %s for output!\n", name);
+        print_unopened("Couldn't open file %s for output!", name);
         pgt_Exit(1);
     }
     return stream;

@@ -200,8 +200,10 @@ static void check_options(const exchange_options& options) {
     check_outputs(options);
     for (std::size_t i = 0; i < kExchangeFormats; ++i)
         if (options.format_option[i] && !has_format(options, static_cast<exchange_format>(i)))
-            end_with_error("option %s is for the format %s only", options.format_option[i],
+            end_with_error("option %s is for the format %s only; leave it out", options.format_option[i],
                            std::string(format_names[i]).c_str());
+    if (options.strip != kDetectPrefix && options.diff.empty())
+        end_with_error("option -strip is for -diff only; leave it out");
     if (options.functions && (options.order == row_order::functions || options.order == row_order::lines))
         end_with_error("with -functions, -sort needs name, blocks or uncovered");
     for (const exchange_output& output : options.outputs)
@@ -213,11 +215,12 @@ void parse_exchange_options(int argc, char** argv, exchange_options* options) {
     std::string first;
     read_coverage_arguments({"vexcov-export", print_usage, print_formats}, own_rows, argc, argv, options,
                             [&](const char* name) {
+                                const exchange_format format = format_of(name);
                                 if (!first.empty())
                                     end_with_error("more than one format: %s and %s; see -FORMAT FILE",
                                                    first.c_str(), printable(name).c_str());
                                 first = name;
-                                add_output(options, format_of(name), "-");
+                                add_output(options, format, "-");
                             });
     if (options->outputs.empty())
         end_with_error("no format given: vexcov-export FORMAT [options] (see vexcov-export -help)");

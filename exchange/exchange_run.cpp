@@ -1,9 +1,9 @@
 #include "exchange/exchange_run.h"
 
+#include "common/input_guard.h"
 #include "common/message.h"
 #include "common/text_buffer.h"
 #include "exchange/exchange_options.h"
-#include "exchange/input_guard.h"
 #include "exchange/spool.h"
 #include "exchange/writer.h"
 

@@ -2,10 +2,10 @@
 
 #include "common/file_ptr.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <string_view>
 #include <unistd.h>
 
@@ -33,5 +33,5 @@ void remove_further_parts(const std::string& name, std::size_t count) {
     for (std::string part = part_name(name, ++count); is_part(part); part = part_name(name, ++count))
         if (unlink(part.c_str()) != 0)
             end_with_error("cannot remove %s, which an earlier run has left: %s", printable(part).c_str(),
-                           std::strerror(errno));
+                           reason_of(errno).c_str());
 }

@@ -1,15 +1,15 @@
 #include "exchange/spool.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string_view>
 #include <unistd.h>
 
 [[noreturn]] static void fail(const char* what) {
-    end_with_error("cannot %s a temporary file in %s: %s", what, P_tmpdir, std::strerror(errno));
+    end_with_error("cannot %s a temporary file in %s: %s", what, P_tmpdir, reason_of(errno).c_str());
 }
 
 spool::spool() : stream_(std::tmpfile()) {

@@ -6,11 +6,11 @@
 #include "import/clang_export.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <algorithm>
 #include <boost/json/basic_parser_impl.hpp>
 #include <cerrno>
-#include <cstring>
 #include <limits>
 #include <string_view>
 
@@ -125,8 +125,8 @@ void export_handler::unexpected() const {
         if (known.id == key_)
             where = known.text.data();
     }
-    end_with_error("%s: a value in \"%s\" of function \"%s\" has the wrong type", input_.c_str(), where,
-                   printable(function_.name).c_str());
+    end_with_error("%s: a value in \"%s\" of function \"%s\" has the wrong type; make the export again",
+                   input_.c_str(), where, printable(function_.name).c_str());
 }
 
 /// A value that means nothing: fine under an unknown key, an error where the outline asks for something else.
@@ -209,8 +209,9 @@ bool export_handler::on_array_end(std::size_t, json::error_code&) {
     switch (place_) {
     case place::region:
         if (fields_ < kRegionFields)
-            end_with_error("%s: a region of function \"%s\" has %zu numbers instead of %d", input_.c_str(),
-                           printable(function_.name).c_str(), fields_, static_cast<int>(kRegionFields));
+            end_with_error(
+                "%s: a region of function \"%s\" has %zu numbers instead of %d; make the export again",
+                input_.c_str(), printable(function_.name).c_str(), fields_, static_cast<int>(kRegionFields));
         place_ = place::regions;
         break;
     case place::data:
@@ -337,8 +338,8 @@ void export_handler::end_function() {
                           : !regions_seen_   ? "regions"
                                              : nullptr;
     if (missing)
-        end_with_error("%s: function \"%s\" has no \"%s\"", input_.c_str(), printable(function_.name).c_str(),
-                       missing);
+        end_with_error("%s: function \"%s\" has no \"%s\"; make the export again", input_.c_str(),
+                       printable(function_.name).c_str(), missing);
     on_function_(function_);
 }
 
@@ -349,7 +350,7 @@ void export_handler::check_complete() const {
         end_with_error("%s has version \"%s\" of the export; versions 2 and 3 are known", input_.c_str(),
                        printable(version_).c_str());
     if (!functions_seen_)
-        end_with_error("%s lists no functions (an export made with -summary-only?)", input_.c_str());
+        end_with_error("%s lists no functions; make the export without -summary-only", input_.c_str());
 }
 
 } // namespace
@@ -359,7 +360,7 @@ static std::size_t read_piece(std::FILE* stream, char* piece, const std::string&
     errno = 0;
     const std::size_t size = std::fread(piece, 1, kPieceSize, stream);
     if (std::ferror(stream))
-        end_with_error("cannot read %s: %s", input.c_str(), std::strerror(errno));
+        end_with_error("cannot read %s: %s", input.c_str(), reason_of(errno).c_str());
     return size;
 }
 
@@ -387,7 +388,8 @@ void read_clang_export(std::FILE* stream, const std::string& input,
         end_with_error("%s ends in the middle, after %llu bytes; make the export again", input.c_str(),
                        static_cast<unsigned long long>(done));
     if (error)
-        end_with_error("%s is not valid JSON at byte %llu: %s", input.c_str(),
-                       static_cast<unsigned long long>(done), error.message().c_str());
+        end_with_error("%s is not valid JSON at byte %llu: %s; give programs, profiles, or what llvm-cov "
+                       "export -format=text writes",
+                       input.c_str(), static_cast<unsigned long long>(done), error.message().c_str());
     parser.handler().check_complete();
 }

@@ -1,6 +1,7 @@
 #include "import/import_options.h"
 
 #include "common/companion.h"
+#include "common/input_guard.h"
 #include "common/message.h"
 #include "import/clang/known_versions.h"
 #include "import/gcc/gcov_runs.h"
@@ -73,20 +74,21 @@ static void print_usage() {
     std::fputs("        Prints the version, and what is read and written.\n", stdout);
 }
 
-void print_compiler_formats() {
+void print_compiler_formats(bool of_runs_only) {
     std::printf(
         "clang: programs with coverage mapping of versions %u to %u (clang 11 to 22); raw profiles of\n",
         kOldestMapping, kNewestMapping);
-    std::printf(
-        "       versions %ju and %ju to %ju, indexed ones of %ju to %ju; exports of llvm-cov of 2 and 3\n",
-        std::uintmax_t{kOldestRawProfile}, std::uintmax_t{kUnreleasedRawProfile + 1},
-        std::uintmax_t{kNewestRawProfile}, std::uintmax_t{kOldestIndexedProfile},
-        std::uintmax_t{kNewestIndexedProfile});
+    std::printf("       versions %ju and %ju to %ju", std::uintmax_t{kOldestRawProfile},
+                std::uintmax_t{kUnreleasedRawProfile + 1}, std::uintmax_t{kNewestRawProfile});
+    if (!of_runs_only)
+        std::printf(", indexed ones of %ju to %ju; exports of llvm-cov of 2 and 3",
+                    std::uintmax_t{kOldestIndexedProfile}, std::uintmax_t{kNewestIndexedProfile});
+    std::fputs("\n", stdout);
     std::fputs("gcc: JSON of gcov, formats 1 and 2 (GCC 9 and newer)\n", stdout);
 }
 
 static void print_formats() {
-    print_compiler_formats();
+    print_compiler_formats(false);
     std::fputs("lcov: traces of LCOV 1 and 2\n", stdout);
     std::fputs("writes: profiles of 64 bits\n", stdout);
 }
@@ -170,12 +172,15 @@ static void take_name(const char* name, bool* format_given, import_options* opti
 
 static void check_options(const import_options& options) {
     if (options.gcc_option && options.format != import_format::gcc)
-        end_with_error("option %s is for the format gcc only", options.gcc_option);
-    if (options.spi_file.empty() || options.dpi_file.empty())
-        end_with_error("the name of a profile to write is empty; -spi and -dpi need file names");
+        end_with_error("option %s is for the format gcc only; leave it out", options.gcc_option);
     if (options.spi_file == options.dpi_file)
         end_with_error("the static and the dynamic profile cannot be the same file, %s; give two names",
                        printable(options.spi_file).c_str());
+    input_guard inputs;
+    for (const std::string& input : options.inputs)
+        inputs.add(input);
+    inputs.check(options.spi_file);
+    inputs.check(options.dpi_file);
 }
 
 void parse_import_options(int argc, char** argv, import_options* options) {

@@ -32,8 +32,9 @@ struct import_options {
 /// The inputs as messages name them: "app.info and 2 more".
 std::string shown_inputs(const import_options& options);
 
-/// Prints the versions of the formats that are read of clang and of GCC, a line each, to standard output.
-void print_compiler_formats();
+/// Prints the versions of the formats that are read of clang and of GCC to standard output, without those
+/// that no run of a program leaves, if asked.
+void print_compiler_formats(bool of_runs_only);
 
 /// Reads the argument vector into `options`. -help and -version print to standard output and end the run with
 /// status 0; anything that cannot be understood ends it with a message and status 1.

@@ -3,6 +3,7 @@
 #include "common/fatal.h"
 #include "common/file_ptr.h"
 #include "common/message.h"
+#include "common/remedy.h"
 #include "demangle/shared_name.h"
 #include "import/clang/clang_inputs.h"
 #include "import/clang_export.h"
@@ -17,7 +18,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -95,7 +95,7 @@ static void read_inputs(const import_options& options, const source_names& names
             continue;
         const file_ptr stream(std::fopen(input.c_str(), "rb"));
         if (!stream)
-            end_with_error("cannot open %s: %s", printable(input).c_str(), std::strerror(errno));
+            end_with_error("cannot open %s: %s", printable(input).c_str(), reason_of(errno).c_str());
         read_input(stream.get(), input, names, all);
     }
     for (const std::string& path : options.objects)

@@ -20,7 +20,7 @@ struct message_place {
 } // namespace
 
 [[noreturn]] static void bad_number(const message_place& place, const char* what, std::int64_t value) {
-    end_with_error("%s: function \"%s\" has %s %lld, which cannot be", place.input.c_str(),
+    end_with_error("%s: function \"%s\" has %s %lld, which cannot be; make it again", place.input.c_str(),
                    printable(place.function.name).c_str(), what, static_cast<long long>(value));
 }
 
@@ -78,7 +78,7 @@ static std::int64_t main_file_number(const message_place& place, bool* alone) {
     }
     const auto main = std::find(expanded.begin(), expanded.end(), false);
     if (main == expanded.end())
-        end_with_error("%s: function \"%s\" has no main file", place.input.c_str(),
+        end_with_error("%s: function \"%s\" has no main file; make it again", place.input.c_str(),
                        printable(place.function.name).c_str());
     return main - expanded.begin();
 }

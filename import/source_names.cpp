@@ -2,6 +2,7 @@
 
 #include "common/directory_prefix.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <filesystem>
 #include <new>
@@ -13,7 +14,7 @@ fs::path absolute_path(const std::string& path) {
     std::error_code error;
     fs::path absolute = fs::absolute(path, error);
     if (error)
-        end_with_error("cannot tell where %s is: %s", printable(path).c_str(), error.message().c_str());
+        end_with_error("cannot tell where %s is: %s", printable(path).c_str(), reason_of(error).c_str());
     return absolute;
 }
 

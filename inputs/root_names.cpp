@@ -2,6 +2,7 @@
 
 #include "common/directory_prefix.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <filesystem>
 #include <system_error>
@@ -19,7 +20,7 @@ root_names::root_names(const std::string& root) {
     std::error_code error;
     const fs::path here = fs::current_path(error);
     if (error)
-        end_with_error("cannot find out the working directory: %s", error.message().c_str());
+        end_with_error("cannot find out the working directory: %s", reason_of(error).c_str());
     working_directory_ = directory_prefix(here);
     root_ = directory_prefix(fs::path(working_directory_) / root);
     physical_root_ = directory_prefix(physical(root_));

@@ -1,14 +1,9 @@
-// The locks of this file belong to the open file, not to the process, where the system has them: a
-// process-owned lock would be dropped as soon as any other descriptor of the same file is closed, for
-// instance when the reference profile or a source file is the profile itself.
-#ifndef _GNU_SOURCE
-#define _GNU_SOURCE
-#endif
-
 #include "profile/checked_io.h"
 
 #include "common/fatal.h"
 #include "common/message.h"
+#include "common/platform.h"
+#include "common/remedy.h"
 
 #include <cerrno>
 #include <cstring>
@@ -27,18 +22,7 @@ static int wait_for_lock(int descriptor, short type) {
     lock.l_whence = SEEK_SET;
     lock.l_start = kLockStart;
     lock.l_len = 0;
-    int result = -1;
-#ifdef F_OFD_SETLKW
-    do
-        result = fcntl(descriptor, F_OFD_SETLKW, &lock);
-    while (result == -1 && errno == EINTR);
-    if (result == 0 || errno != EINVAL)
-        return result;
-#endif
-    do
-        result = fcntl(descriptor, F_SETLKW, &lock);
-    while (result == -1 && errno == EINTR);
-    return result;
+    return wait_for_record_lock(descriptor, &lock);
 }
 
 static int open_flags(const char* mode) {
@@ -86,7 +70,7 @@ void checked_fclose(std::FILE* stream) {
     const std::string name = fileName ? printable(fileName) : "a profile";
     if (errno == 0 || errno == EINVAL)
         end_with_error("%s is cut short or damaged; import it again", name.c_str());
-    end_with_error("cannot read %s: %s", name.c_str(), std::strerror(errno));
+    end_with_error("cannot read %s: %s", name.c_str(), reason_of(errno).c_str());
 }
 
 [[noreturn]] static void fail(const char* operation, const char* fileName) {

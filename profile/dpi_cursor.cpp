@@ -3,6 +3,7 @@
 #include "common/little_endian.h"
 #include "common/platform.h"
 #include "common/printable.h"
+#include "common/remedy.h"
 #include "profile/checked_io.h"
 
 #include <algorithm>
@@ -20,14 +21,14 @@ bool DPI_CURSOR::fail(const std::string& what) {
 bool DPI_CURSOR::open(const std::string& path, const struct stat* locked) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0)
-        return fail("cannot open " + printable(path) + ": " + std::strerror(errno));
+        return fail("cannot open " + printable(path) + ": " + reason_of(errno));
     if (!S_ISREG(status.st_mode))
-        return fail(printable(path) + " is not a regular file");
+        return fail(printable(path) + " is not a regular file; name a dynamic profile");
     const bool is_locked = locked && locked->st_ino == status.st_ino && locked->st_dev == status.st_dev;
     errno = 0;
     file_ptr stream(is_locked ? std::fopen(path.c_str(), "rb") : checked_fopen(path.c_str(), "rb"));
     if (!stream)
-        return fail("cannot open " + printable(path) + ": " + std::strerror(errno));
+        return fail("cannot open " + printable(path) + ": " + reason_of(errno));
     return open(std::move(stream), path);
 }
 
@@ -36,7 +37,7 @@ bool DPI_CURSOR::open(file_ptr stream, const std::string& name) {
     stream_ = std::move(stream);
     struct stat status;
     if (fstat(fileno(stream_.get()), &status) != 0)
-        return fail("cannot examine " + name_ + ": " + std::strerror(errno));
+        return fail("cannot examine " + name_ + ": " + reason_of(errno));
     modified_ = modification_time(status);
     std::setvbuf(stream_.get(), nullptr, _IONBF, 0); // the reader's blocks are the buffer
     reader_.emplace(stream_.get(), name_.c_str());
@@ -49,9 +50,9 @@ bool DPI_CURSOR::read_header() {
         static_cast<std::size_t>(std::min<std::uint64_t>(reader_->size(), sizeof header));
     reader_->read(0, header, present, name_.c_str());
     if (present < 4 || read_u32(header + PGOPTI_HEADER_MAGIC) != PGOPTI_DPI_MAGIC)
-        return fail(name_ + " is not a dynamic profile");
+        return fail(name_ + " is not a dynamic profile; name one that vexcov-import wrote");
     if (present < sizeof header)
-        return fail(name_ + " is cut short");
+        return fail(name_ + " is cut short; import it again");
     num_runs_ = read_u32(header + PGOPTI_HEADER_RUNS);
     num_records_ = read_u32(header + PGOPTI_HEADER_RECORDS);
     header_word_ = read_u32(header + PGOPTI_HEADER_WORD);
@@ -71,18 +72,18 @@ bool DPI_CURSOR::next() {
 bool DPI_CURSOR::read_record() {
     const std::uint64_t left = reader_->size() - position_;
     if (left < PGOPTI_RECORD_HEAD_SIZE)
-        return fail(name_ + " is cut short");
+        return fail(name_ + " is cut short; import it again");
     unsigned char head[PGOPTI_RECORD_HEAD_SIZE];
     reader_->read(position_, head, sizeof head, name_.c_str());
     layout_ = &DPI_layout_of(head);
     const std::uint32_t size = DPI_record_size_get({head, layout_});
     if (size > left)
-        return fail(name_ + " is cut short");
+        return fail(name_ + " is cut short; import it again");
     record_.resize(size);
     reader_->read(position_, record_.data(), size, name_.c_str());
     if (DPI_version_get({head, layout_}) != layout_->version || !DPI_record_is_sound(record(), size))
         return fail(name_ + ": record " + std::to_string(number_) +
-                    " is damaged or has another format version");
+                    " is damaged or has another format version; import it again");
     next_position_ = position_ + size;
     return true;
 }
@@ -105,7 +106,8 @@ bool DPI_CURSOR::read_key() {
 bool DPI_CURSOR::read_name(std::uint64_t offset, std::string* text) {
     text->clear();
     if (offset > INT64_MAX)
-        return fail(name_ + ": record " + std::to_string(number_) + " has a name beyond the end of any file");
+        return fail(name_ + ": record " + std::to_string(number_) +
+                    " has a name beyond the end of any file; import it again");
     while (offset < reader_->size()) {
         std::size_t available = 0;
         const unsigned char* const bytes = reader_->peek(offset, &available, name_.c_str());
@@ -114,7 +116,7 @@ bool DPI_CURSOR::read_name(std::uint64_t offset, std::string* text) {
             end ? static_cast<std::size_t>(static_cast<const unsigned char*>(end) - bytes) : available;
         if (text->size() + length > DPI_LONGEST_NAME)
             return fail(name_ + ": record " + std::to_string(number_) +
-                        " has a name of more than 65,535 bytes");
+                        " has a name of more than 65,535 bytes; import it again");
         text->append(reinterpret_cast<const char*>(bytes), length);
         if (end)
             break;
@@ -122,7 +124,7 @@ bool DPI_CURSOR::read_name(std::uint64_t offset, std::string* text) {
     }
     name_bytes_ += text->size();
     if (name_bytes_ / kMostNames > reader_->size())
-        return fail(name_ + " has far more names than bytes, as they lie in each other");
+        return fail(name_ + " has far more names than bytes, as they lie in each other; import it again");
     return true;
 }
 

@@ -2,11 +2,11 @@
 
 #include "common/little_endian.h"
 #include "common/printable.h"
+#include "common/remedy.h"
 #include "common/scratch_file.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 void DPI_STREAM_WRITER::pile::put(std::string_view bytes) {
     buffer->put(bytes);
@@ -31,7 +31,7 @@ DPI_STREAM_WRITER::DPI_STREAM_WRITER(const std::string& directory) : directory_(
     for (pile* const each : {&records_, &file_names_, &names_}) {
         each->stream = open_scratch_file(directory);
         if (!each->stream) {
-            fail("cannot create a temporary file in " + printable(directory) + ": " + std::strerror(errno));
+            fail("cannot create a temporary file in " + printable(directory) + ": " + reason_of(errno));
             return;
         }
         each->buffer = std::make_unique<text_buffer>(each->stream.get());
@@ -44,7 +44,7 @@ bool DPI_STREAM_WRITER::add(DPI_CONTENT& content, const DPI_RECORD_NAMES& names,
     if (DPI_encoded_size(content, PGOPTI_LAYOUT_64) + behind.size() > UINT32_MAX ||
         num_records_ == UINT32_MAX)
         return fail("function " + printable(names.function) + " of " + printable(names.file) +
-                    " has no room in the profile");
+                    " has no room in the profile; split it");
     if (num_records_ == 0 || names.file != last_file_) {
         last_file_ = names.file;
         last_file_offset_ = file_names_.put_string(names.file);
@@ -73,7 +73,7 @@ bool DPI_STREAM_WRITER::fits_narrow() const {
 
 bool DPI_STREAM_WRITER::fail_scratch(const char* what) {
     return fail(std::string("cannot ") + what + " a temporary file in " + printable(directory_) + ": " +
-                std::strerror(errno));
+                reason_of(errno));
 }
 
 /// Ends the writing of a pile and goes to its start.

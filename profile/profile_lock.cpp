@@ -1,12 +1,12 @@
 #include "profile/profile_lock.h"
 
+#include "common/remedy.h"
 #include "profile/checked_io.h"
 
 #include <cerrno>
-#include <cstring>
 
 static std::string failure(const std::string& what, int error) {
-    return "cannot " + what + ": " + std::strerror(error);
+    return "cannot " + what + ": " + reason_of(error);
 }
 
 /// True when the locked file is still the one of that name: another program may have replaced it while this

@@ -30,7 +30,7 @@ bool PGOPTI_Write_Profiles(const PGOPTI_PROFILE& profile, const PGOPTI_RECORD_LA
                            const std::string& dpi_file, const std::string& spi_file, std::string* error) {
     const DPI_WRITER dpi(profile, layout);
     if (dpi.too_large()) {
-        *error = "function " + dpi.too_large()->name + " has too many blocks";
+        *error = "function " + dpi.too_large()->name + " has too many blocks; split it";
         return false;
     }
     profile_lock lock;

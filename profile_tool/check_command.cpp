@@ -3,6 +3,7 @@
 #include "common/fatal.h"
 #include "common/platform.h"
 #include "common/printable.h"
+#include "common/remedy.h"
 #include "common/source_text.h"
 #include "profile/dpi_content.h"
 #include "profile/dpi_cursor.h"
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <set>
 #include <sys/stat.h>
@@ -138,7 +138,7 @@ static bool is_there(const std::string& file, struct stat* status) {
     if (stat(file.c_str(), status) == 0)
         return S_ISREG(status->st_mode);
     if (errno != ENOENT && errno != ENOTDIR && errno != EACCES && errno != ELOOP && errno != ENAMETOOLONG)
-        tool_error("cannot examine " + printable(file) + ": " + std::strerror(errno));
+        tool_error("cannot examine " + printable(file) + ": " + reason_of(errno));
     return false;
 }
 

@@ -2,6 +2,7 @@
 
 #include "common/platform.h"
 #include "common/printable.h"
+#include "common/remedy.h"
 #include "profile/profile_pair.h"
 #include "profile_tool/profile_merge.h"
 #include "profile_tool/static_union.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <ctime>
 #include <sys/stat.h>
 
@@ -27,7 +27,7 @@ static std::vector<std::string> read_static_profiles(const tool_options& options
             continue;
         }
         if (stat(profile.c_str(), &status) != 0)
-            tool_error("cannot open " + printable(profile) + ": " + std::strerror(errno));
+            tool_error("cannot open " + printable(profile) + ": " + reason_of(errno));
         if (!all->add(path, are_named ? std::string() : profile, modification_time(status), &error))
             tool_error(error);
     }
@@ -95,9 +95,10 @@ void merge_profiles(const tool_options& options) {
     struct stat status;
     if (routines.is_empty() && stat(names_of(options.output).spi.c_str(), &status) == 0)
         tool_warning(printable(names_of(options.output).spi) +
-                     " stays as it was: none of the profiles has a static profile beside it");
+                     " stays as it was: none of the profiles has a static profile beside it; remove it, or "
+                     "keep both files of each profile together");
     // Routines that never ran are in a static profile only.
     if (!routines.is_empty() && !missing.empty())
         tool_warning("profiles without a static profile beside them: " + std::to_string(missing.size()) +
-                     ", the first is " + printable(missing.front()));
+                     ", the first is " + printable(missing.front()) + "; keep both files together");
 }

@@ -32,7 +32,7 @@ bool merge_source::next() {
     if (!cursor_.next())
         return false;
     if (layout_ && layout_ != cursor_.record().layout)
-        return fail(cursor_.name() + " holds records of both widths");
+        return fail(cursor_.name() + " holds records of both widths; import it again");
     const int order = layout_ ? cursor_.key().compare(previous_key_) : 1;
     layout_ = cursor_.record().layout;
     if (is_intermediate_ || order > 0)
@@ -40,9 +40,9 @@ bool merge_source::next() {
     const std::string function =
         "function " + printable(cursor_.function_name()) + " of " + printable(cursor_.file_name());
     if (order == 0)
-        return fail(cursor_.name() + " holds " + function + " twice");
+        return fail(cursor_.name() + " holds " + function + " twice; import it again");
     return fail(cursor_.name() + ": the records are not in the order of their keys, from " + function +
-                " on");
+                " on; import it again");
 }
 
 merge_origin merge_source::origin() const {

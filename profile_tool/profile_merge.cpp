@@ -1,11 +1,11 @@
 #include "profile_tool/profile_merge.h"
 
 #include "common/printable.h"
+#include "common/remedy.h"
 #include "common/scratch_file.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 bool profile_merge::fail(const std::string& what) {
@@ -116,7 +116,7 @@ bool profile_merge::merge(const source_list& sources, DPI_STREAM_WRITER& writer,
 
 bool profile_merge::fail_scratch(const char* what) {
     return fail(std::string("cannot ") + what + " a temporary file in " + printable(directory_) + ": " +
-                std::strerror(errno));
+                reason_of(errno));
 }
 
 /// Merges sources into an intermediate profile, and closes them.

@@ -24,7 +24,7 @@ static bool read_routine(DPI_CURSOR& cursor, std::uint64_t offset, std::optional
 
 static bool fail_counter(const DPI_CURSOR& cursor, std::string* error) {
     *error = cursor.name() + ": a counter of function " + printable(cursor.function_name()) + " of " +
-             printable(cursor.file_name()) + " is no whole number";
+             printable(cursor.file_name()) + " is no whole number; import it again";
     return false;
 }
 

@@ -1,17 +1,17 @@
 #include "profile_tool/static_union.h"
 
 #include "common/printable.h"
+#include "common/remedy.h"
 #include "profile/dpi_cursor.h"
 #include "profile/spi_writer.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <tuple>
 #include <utility>
 
 static bool fail_read(const std::string& path, std::string* error) {
-    *error = "cannot read " + printable(path) + ": " + std::strerror(errno);
+    *error = "cannot read " + printable(path) + ": " + reason_of(errno);
     return false;
 }
 

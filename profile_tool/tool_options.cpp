@@ -81,7 +81,7 @@ static void set_json(parsed_options* parsed, const char*) {
 
 static void set_output(parsed_options* parsed, const char* value) {
     if (!parsed->options->output.empty())
-        tool_error("option -o is given twice");
+        tool_error("option -o is given twice; name one profile to write");
     parsed->options->output = value;
     parsed->merge_option = "-o";
 }
@@ -131,11 +131,13 @@ static void check_options(const parsed_options& parsed) {
             "no command given: vexcov-profile COMMAND [options] [profiles] (see vexcov-profile -help)");
     const bool merges = options.command == tool_command::merge;
     if (parsed.show_option && options.command != tool_command::show)
-        tool_error(std::string("option ") + parsed.show_option + " is for the command show only");
+        tool_error(std::string("option ") + parsed.show_option +
+                   " is for the command show only; leave it out");
     if (parsed.merge_option && !merges)
-        tool_error(std::string("option ") + parsed.merge_option + " is for the command merge only");
+        tool_error(std::string("option ") + parsed.merge_option +
+                   " is for the command merge only; leave it out");
     if (!options.spi.empty() && options.command == tool_command::show)
-        tool_error("option -spi is for the commands check and merge only");
+        tool_error("option -spi is for the commands check and merge only; leave it out");
     if (!merges && (options.profiles.size() > 1 || options.spi.size() > 1))
         tool_error("only merge takes more than one profile (see vexcov-profile -help)");
     if (merges && (options.output.empty() || options.profiles.empty()))

@@ -1,5 +1,6 @@
 #include "report/file_index.h"
 
+#include "common/message.h"
 #include "common/number_format.h"
 #include "common/output_file.h"
 #include "common/text_buffer.h"
@@ -141,7 +142,7 @@ bool bCreateCov(bool covered, int order, const char* name, const char* ext, cons
     check_sort_option(order);
     std::FILE* stream = open_output(getDirVerHTMLname(name, page_number(order), ext), "wt");
     if (!stream) {
-        std::fprintf(stderr, "Unable to create root html file %s!\n", name);
+        print_unopened("Unable to create root html file %s!", name);
         return false;
     }
     const bool figures = covered || compWithRef;

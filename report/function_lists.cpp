@@ -1,5 +1,6 @@
 #include "report/function_lists.h"
 
+#include "common/message.h"
 #include "common/output_file.h"
 #include "common/text_buffer.h"
 #include "coverage/function_table.h"
@@ -136,7 +137,7 @@ bool bOutputFunctionCoverageFor(bool covered, int order, const char* module, con
     const std::string path = getDirHTMLname(name.c_str(), ext);
     std::FILE* stream = open_output(path.c_str(), "wt");
     if (!stream) {
-        std::fprintf(stderr, "Cannot open %s for output!\n", path.c_str());
+        print_unopened("Cannot open %s for output!", path.c_str());
         return false;
     }
     write_list_head(stream, covered, module);
@@ -218,7 +219,7 @@ bool bOutputFunctionCoverage(const char* module, const char* ext) {
         return false;
     std::FILE* stream = open_output(getDirHTMLname(module, ext), "wt");
     if (!stream) {
-        std::fprintf(stderr, "Unable to create root html file %s!\n", module);
+        print_unopened("Unable to create root html file %s!", module);
         return false;
     }
     write_frameset(stream, module, ext);

@@ -1,6 +1,7 @@
 #include "report/listing.h"
 
 #include "analysis/line_walk.h"
+#include "common/message.h"
 #include "common/number_format.h"
 #include "common/output_file.h"
 #include "common/source_file.h"
@@ -227,13 +228,13 @@ bool bOutputLineCoverage(const char* ext) {
     const char* file = g_cl->lpszGetSrcFilename();
     source_analysis& analysis = g_cl->current_analysis();
     if (!load_source(file, &analysis.text)) {
-        std::fprintf(stderr, "Error - Cannot open %s!\n", file);
+        print_unopened("Error - Cannot open %s!", file);
         return false;
     }
     const char* path = getDirSrcHTMLname(file, ext);
     std::FILE* page = open_output(path, "wt");
     if (!page) {
-        std::fprintf(stderr, "Cannot open %s for output!\n", path);
+        print_unopened("Cannot open %s for output!", path);
         return false;
     }
     WriteSrcFileHeader(page, brief(file), functionCoverage, blockCoverage);

@@ -1,5 +1,6 @@
 #include "report/summary_page.h"
 
+#include "common/message.h"
 #include "common/number_format.h"
 #include "common/output_file.h"
 #include "coverage/run_totals.h"
@@ -101,7 +102,7 @@ bool bCreateSummary(const char* project, const char* rootName, const char* summa
                     const char* coveredName, const char* uncoveredName, const char* ext) {
     std::FILE* summary = open_output(getDirHTMLname(summaryName, ext), "wt");
     if (!summary) {
-        std::fprintf(stderr, "Unable to create root html file %s!\n", summaryName);
+        print_unopened("Unable to create root html file %s!", summaryName);
         return false;
     }
     write_summary(summary, project);
@@ -109,7 +110,7 @@ bool bCreateSummary(const char* project, const char* rootName, const char* summa
 
     std::FILE* root = open_output(getHTMLname(rootName, ext), "wt");
     if (!root) {
-        std::fprintf(stderr, "Unable to create root html file %s!\n", rootName);
+        print_unopened("Unable to create root html file %s!", rootName);
         return false;
     }
     write_root(root, project, summaryName, coveredName, uncoveredName, ext);

@@ -1,5 +1,6 @@
 #include "report/tool_bar.h"
 
+#include "common/message.h"
 #include "common/output_file.h"
 #include "report/help_page.h"
 #include "report/images.h"
@@ -11,20 +12,20 @@
 /// Writes the four images; false after a message.
 static bool create_images() {
     if (!createHomeIcon(kHomeGif)) {
-        std::fprintf(stderr, "Unable to create the Home Icon %s!\n", kHomeGif);
+        print_unopened("Unable to create the Home Icon %s!", kHomeGif);
         return false;
     }
     if (!createHelpIcon(kHelpGif)) {
         // Deliberate: "Home" for the help icon too. The file name tells them apart, and one text is matched.
-        std::fprintf(stderr, "Unable to create the Home Icon %s!\n", kHelpGif);
+        print_unopened("Unable to create the Home Icon %s!", kHelpGif);
         return false;
     }
     if (!createVexalRLogo(kLogoGif)) {
-        std::fprintf(stderr, "Unable to create Vexal Logo %s!\n", kLogoGif);
+        print_unopened("Unable to create Vexal Logo %s!", kLogoGif);
         return false;
     }
     if (!createSpacer(kSpacerGif)) {
-        std::fprintf(stderr, "Unable to create Spacer image %s!\n", kSpacerGif);
+        print_unopened("Unable to create Spacer image %s!", kSpacerGif);
         return false;
     }
     return true;
@@ -65,14 +66,14 @@ static void write_tool_bar(std::FILE* page, const char* ext) {
 bool createToolBar(const char* ext) {
     std::FILE* page = open_output(getDirHTMLname("__ToolBar", ext), "wt");
     if (!page) {
-        std::fputs("Unable to create ToolBar file!\n", stderr);
+        print_unopened("Unable to create ToolBar file!");
         return false;
     }
     // Where one of the following fails, the tool bar stays behind empty; the end of the run closes it.
     if (!create_images())
         return false;
     if (!createOnLineHelp(ext)) {
-        std::fputs("Unable to create On-Line Help!\n", stderr);
+        print_unopened("Unable to create On-Line Help!");
         return false;
     }
     write_tool_bar(page, ext);

@@ -1,6 +1,7 @@
 #include "run/before_run.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <cerrno>
 #include <cstring>
@@ -25,7 +26,7 @@ static void check_input(const std::string& path) {
     std::error_code error;
     errno = EISDIR;
     if (fs::is_directory(path, error) || access(path.c_str(), R_OK) != 0)
-        end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
+        end_with_error("cannot read %s: %s", printable(path).c_str(), reason_of(errno).c_str());
 }
 
 /// The folder, or the one in which it would be made.

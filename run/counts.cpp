@@ -59,9 +59,9 @@ static void explain_silence(const std::vector<std::string>& files, compiler by) 
         if (!of_gcc && (by == compiler::gcc || !has_mapping(path)))
             continue;
         end_with_error(
-            "%s was built for coverage by %s, but no such program has left counts\n"
-            "   Does the command run it? A program leaves none when it is killed, when it ends with _exit or "
-            "abort,\n   when it does not get the environment of the command, or where TMPDIR has no room",
+            "%s was built for coverage by %s, but no such program has left counts; let the command run it\n"
+            "   A program leaves none when it is killed, when it ends with _exit or abort,\n   when it does "
+            "not get the environment of the command, or where TMPDIR has no room",
             printable(path).c_str(), of_gcc ? "GCC" : "clang");
     }
 }
@@ -86,8 +86,8 @@ static std::vector<std::string> all_files(const std::vector<std::string>& object
     if (options.compiled_by == compiler::gcc && has_counts(scratch, compiler::clang))
         end_with_error("the programs have left counts of clang and none of GCC; leave out -gcc");
     explain_silence(all_files(options.objects), options.compiled_by);
-    end_with_error("no program has left counts, and %s nothing was found that was built for coverage\n"
-                   "   Compile and link with\n"
+    end_with_error("no program has left counts, and %s nothing was found that was built for coverage; "
+                   "compile and link with\n"
                    "      clang:  -fprofile-instr-generate -fcoverage-mapping\n"
                    "      GCC:    --coverage\n"
                    "   or name with -objects the folder of what was built so",

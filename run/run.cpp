@@ -2,6 +2,7 @@
 
 #include "common/fatal.h"
 #include "common/message.h"
+#include "common/remedy.h"
 #include "common/source_file.h"
 #include "driver/banner.h"
 #include "driver/run.h"
@@ -50,7 +51,7 @@ static stage_results* share_results() {
     void* const memory =
         mmap(nullptr, sizeof(stage_results), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
-        end_with_error("cannot share memory: %s", std::strerror(errno)); // infeasible
+        end_with_error("cannot share memory: %s", reason_of(errno).c_str()); // infeasible
     return static_cast<stage_results*>(memory);
 }
 
@@ -82,7 +83,7 @@ static int run_command(test_run* run) {
     char** const arguments = run->options.command;
     test_command command;
     if (const int error = command.start(arguments, counting_environment(run->scratch))) {
-        print_error("cannot run %s: %s", printable(arguments[0]).c_str(), std::strerror(error));
+        print_error("cannot run %s: %s", printable(arguments[0]).c_str(), reason_of(error).c_str());
         pgt_Exit(error == ENOENT ? 127 : 126);
     }
     const int status = command.wait(&run->signals);
@@ -100,7 +101,7 @@ static void make_folder(const std::string& folder) {
     fs::create_directories(folder, error);
     if (error)
         end_with_error("cannot make the directory %s: %s", printable(folder).c_str(),
-                       error.message().c_str());
+                       reason_of(error).c_str());
 }
 
 static void import_counts(const test_run& run) {
@@ -132,7 +133,7 @@ static void call_vexcov(const test_run& run, std::vector<std::string> arguments)
     make_folder(run.options.folder);
     if (chdir(run.options.folder.c_str()) != 0)
         end_with_error("cannot enter the directory %s: %s", printable(run.options.folder).c_str(),
-                       std::strerror(errno));
+                       reason_of(errno).c_str());
     run_sources().set_folder(run.options.root);
     arguments.insert(arguments.begin(), "vexcov-run");
     arguments.insert(arguments.end(), {"-nopmeter", "-spi", run.spi_file, "-dpi", run.dpi_file});

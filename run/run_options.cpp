@@ -59,7 +59,7 @@ static void print_usage() {
 }
 
 static void print_formats() {
-    print_compiler_formats();
+    print_compiler_formats(true);
     std::fputs("writes: the report of vexcov, profiles of 64 bits\n", stdout);
 }
 
@@ -190,8 +190,6 @@ static void complete(run_options* options) {
     options->root = absolute_folder(options->root);
     if (options->objects.empty())
         options->objects.emplace_back(".");
-    if (options->folder.empty())
-        end_with_error("the name of the report's directory is empty; -o needs a name");
     if (options->keep && options->spi_file.empty())
         options->spi_file = (fs::path(options->folder) / "pgopti.spi").string();
     if (options->keep && options->dpi_file.empty())

@@ -1,6 +1,7 @@
 #include "run/scratch_folder.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -30,5 +31,5 @@ scratch_folder::~scratch_folder() {
     std::error_code error;
     fs::remove_all(path_, error);
     if (error)
-        print_warning("cannot remove %s: %s", printable(path_).c_str(), error.message().c_str());
+        print_warning("cannot remove %s: %s", printable(path_).c_str(), reason_of(error).c_str());
 }

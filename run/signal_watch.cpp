@@ -2,9 +2,9 @@
 
 #include "common/message.h"
 #include "common/platform.h"
+#include "common/remedy.h"
 
 #include <cerrno>
-#include <cstring>
 
 constexpr int kRequests[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 constexpr int kIgnored[] = {SIGPIPE, SIGXFSZ}; ///< by secure_process
@@ -43,7 +43,7 @@ signal_watch::signal_watch() {
     std::signal(SIGCHLD, SIG_DFL); // the status of a child is lost where it is ignored
     sigaddset(&watched, SIGCHLD);
     if (!keep_signals(watched))
-        end_with_error("cannot watch for signals: %s", std::strerror(errno)); // infeasible
+        end_with_error("cannot watch for signals: %s", reason_of(errno).c_str()); // infeasible
 }
 
 signal_watch::~signal_watch() {

@@ -3,6 +3,7 @@
 #include "common/fatal.h"
 #include "common/message.h"
 #include "common/platform.h"
+#include "common/remedy.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -109,7 +110,7 @@ int run_stage(const char* name, const std::string& banner, const std::function<v
               signal_watch* signals) {
     stage_process stage;
     if (const int error = stage.start(body, !banner.empty())) {
-        print_error("cannot start %s: %s", name, std::strerror(error));
+        print_error("cannot start %s: %s", name, reason_of(error).c_str());
         return 1;
     }
     std::string output = read_output(stage.output(), signals);

@@ -57,8 +57,6 @@ void parse_site_options(int argc, char** argv, site_options* options) {
         end_with_error("unexpected argument %s (%s -help lists the options)", printable(argument).c_str(),
                        program.name);
     });
-    if (options->directory.empty())
-        end_with_error("option -o needs a directory");
     options->also_whole = !options->diff.empty();
     if (options->title.empty())
         options->title = options->project.empty() ? "Coverage" : options->project;

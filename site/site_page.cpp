@@ -2,6 +2,7 @@
 
 #include "common/message.h"
 #include "common/output_file.h"
+#include "common/remedy.h"
 #include "site/html_text.h"
 
 #include <algorithm>
@@ -15,7 +16,7 @@ static std::FILE* open_site_file(const site_settings& settings, std::string_view
     const std::string path = settings.directory + "/" + std::string(name);
     std::FILE* stream = open_output(path.c_str(), "w");
     if (!stream)
-        end_with_error("cannot write %s: %s", printable(path).c_str(), std::strerror(errno));
+        end_with_error("cannot write %s: %s", printable(path).c_str(), reason_of(errno).c_str());
     return stream;
 }
 

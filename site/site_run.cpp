@@ -2,6 +2,7 @@
 
 #include "check/baseline.h"
 #include "common/message.h"
+#include "common/remedy.h"
 #include "common/source_file.h"
 #include "site/changes_page.h"
 #include "site/code_survey.h"
@@ -15,7 +16,6 @@
 #include "site/start_page.h"
 
 #include <cerrno>
-#include <cstring>
 #include <memory>
 #include <sys/stat.h>
 
@@ -24,7 +24,7 @@ static void make_directory(const std::string& path) {
     struct stat status;
     if (mkdir(path.c_str(), 0777) != 0 &&
         (errno != EEXIST || stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)))
-        end_with_error("cannot make the directory %s: %s", printable(path).c_str(), std::strerror(errno));
+        end_with_error("cannot make the directory %s: %s", printable(path).c_str(), reason_of(errno).c_str());
 }
 
 /// Makes a directory and those that it is in.
@@ -62,7 +62,8 @@ static std::string read_own_style(const site_options& options) {
         return {};
     std::string_view text;
     if (!load_source(options.style_sheet.c_str(), &text))
-        end_with_error("cannot read the style sheet %s", printable(options.style_sheet).c_str());
+        end_with_error("cannot read the style sheet %s; -css names another",
+                       printable(options.style_sheet).c_str());
     std::string style(text);
     release_source();
     return style;

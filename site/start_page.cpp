@@ -1,6 +1,7 @@
 #include "site/start_page.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 #include "site/html_text.h"
 #include "site/list_rows.h"
 #include "site/treemap.h"
@@ -9,7 +10,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <numeric>
 #include <unistd.h>
 
@@ -192,7 +192,7 @@ static void draw_start_page(const site_settings& settings, const site_model& mod
 void remove_start_page(const site_settings& settings) {
     const std::string path = settings.directory + "/" + kStartPage;
     if (unlink(path.c_str()) != 0 && errno != ENOENT)
-        end_with_error("cannot remove %s: %s", printable(path).c_str(), std::strerror(errno));
+        end_with_error("cannot remove %s: %s", printable(path).c_str(), reason_of(errno).c_str());
 }
 
 namespace {
@@ -213,7 +213,7 @@ void write_start_page(const site_settings& settings, const site_model& model, co
     draw_start_page(settings, model, older);
     const std::string path = settings.directory + "/" + kStartPage;
     if (std::rename(unfinished.path.c_str(), path.c_str()) != 0)
-        end_with_error("cannot write %s: %s", printable(path).c_str(), std::strerror(errno));
+        end_with_error("cannot write %s: %s", printable(path).c_str(), reason_of(errno).c_str());
     unfinished.path.clear();
 }
 

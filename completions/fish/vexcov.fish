@@ -19,7 +19,27 @@ end
 function __vexcov_command -d 'The command behind the dashes of vexcov-run'
     set -l words (commandline -opc) (commandline -ct)
     set -l dashes (contains -i -- -- $words)
-    and complete -C (string join ' ' $words[(math $dashes + 1)..])
+    and complete -C (string join -- ' ' $words[(math $dashes + 1)..])
+end
+
+function __vexcov_dashes -d 'Two dashes, which all but vexcov take, too'
+    __vexcov_lacks --
+    and string match -q -- '--*' (commandline -ct)
+end
+
+function __vexcov_long_options
+    set -l words (commandline -opc)
+    complete -C "$words[1] -" | string replace -r '^-' -- --
+end
+
+function __vexcov_dashes_before -d 'Two dashes begin the word in front of the cursor'
+    __vexcov_lacks --
+    and string match -q -- '--*' (commandline -opc)[-1]
+end
+
+function __vexcov_long_value
+    set -l words (commandline -opc)
+    complete -C (string join -- ' ' $words[1] (string sub -s 2 -- $words[-1]) (commandline -ct))
 end
 
 # vexcov, and vexcov-run, which hands these on to it.
@@ -135,3 +155,8 @@ complete -c vexcov-site -o title -x -d 'Title of the start page'
 complete -c vexcov-site -o baseline -x -a '(__vexcov_files .json)' -d 'Figures of an older run'
 complete -c vexcov-site -o diff -r -F -d 'Diff whose lines get a page'
 complete -c vexcov-site -o css -x -a '(__vexcov_files .css)' -d 'Style sheet to add'
+
+for program in vexcov-check vexcov-export vexcov-import vexcov-profile vexcov-run vexcov-site
+    complete -c $program -n __vexcov_dashes -a '(__vexcov_long_options)'
+    complete -c $program -n __vexcov_dashes_before -a '(__vexcov_long_value)'
+end

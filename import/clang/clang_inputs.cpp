@@ -3,6 +3,7 @@
 #include "common/little_endian.h"
 #include "common/message.h"
 #include "common/progress_line.h"
+#include "common/remedy.h"
 #include "import/build_folders.h"
 #include "import/clang/file_kind.h"
 #include "import/clang/indexed_profile.h"
@@ -40,7 +41,7 @@ static void list_directory(const fs::path& directory, std::vector<std::string>* 
     }
     if (error && error != std::errc::no_such_file_or_directory)
         end_with_error("cannot search %s: %s", printable(directory.string()).c_str(),
-                       error.message().c_str());
+                       reason_of(error).c_str());
 }
 
 std::vector<std::string> files_below(const std::string& directory) {
@@ -63,7 +64,8 @@ static file_kind kind_of_found(const std::string& path) {
     } catch (const not_of_interest&) {
         return file_kind::other;
     } catch (const input_error& failure) {
-        end_with_error("%s %s", printable(path).c_str(), failure.what());
+        end_with_error("%s %s", printable(path).c_str(),
+                       with_remedy(failure.what(), "look at the file").c_str());
     }
 }
 
@@ -115,7 +117,7 @@ void clang_inputs::search(const std::string& directory) {
         (fs::path(path).extension() == ".profraw" ? raw : merged) = true;
     }
     if (programs_.size() == programs && profiles_.size() == profiles && !others.empty())
-        end_with_error("%s", others.front().c_str());
+        end_with_error("%s", with_remedy(others.front(), "name others").c_str());
     for (const std::string& other : others)
         print_warning("%s; it is passed over", other.c_str());
     if (programs_.size() == programs && profiles_.size() == profiles)

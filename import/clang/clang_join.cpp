@@ -116,8 +116,8 @@ bool clang_join::decode(const function_record& record, const function_counters& 
     try {
         return decoder_.decode(record.mapping, files_.list_size(record.files), counters, function);
     } catch (const input_error& error) {
-        end_with_error("%s %s (function \"%s\")", program.c_str(), error.what(),
-                       printable(function->name).c_str());
+        end_with_error("%s %s (function \"%s\"); build the program again, and run the tests", program.c_str(),
+                       error.what(), printable(function->name).c_str());
     }
 }
 

@@ -106,7 +106,7 @@ void elf_reader::read_headers(std::string_view header) {
     std::uint64_t number = little_endian_at<std::uint16_t>(header, layout_->section_number);
     std::uint64_t of_names = little_endian_at<std::uint16_t>(header, layout_->section_of_names);
     if (offset == 0)
-        throw not_of_interest("has no sections");
+        throw not_of_interest("has no sections; give the file as the linker wrote it");
     if (header_size_ < layout_->section_header)
         throw input_error("is a damaged ELF file: its section headers are too small");
     const section first = parse(file_.at(offset, header_size_), 0);

@@ -1,10 +1,10 @@
 #include "import/clang/file_bytes.h"
 
+#include "common/remedy.h"
 #include "import/clang/input_error.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,7 +13,7 @@ constexpr std::uint64_t kFirstWindow = 4096;
 constexpr std::uint64_t kLargestWindow = std::uint64_t{1} << 15;
 
 [[noreturn]] static void cannot_open() {
-    const std::string text = std::string("cannot be opened: ") + std::strerror(errno);
+    const std::string text = std::string("cannot be opened: ") + reason_of(errno);
     if (errno == EACCES || errno == EPERM || errno == ENOENT)
         throw not_of_interest(text);
     throw file_failure(text);
@@ -26,7 +26,7 @@ file_bytes::file_bytes(const std::string& path)
     struct stat status = {};
     if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
         close(descriptor_);
-        throw file_failure("is not a regular file");
+        throw file_failure("is not a regular file; name one");
     }
     size_ = static_cast<std::uint64_t>(status.st_size);
 }
@@ -41,9 +41,9 @@ void file_bytes::read(std::uint64_t offset, char* to, std::size_t size) const {
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
-            throw file_failure(std::string("cannot be read: ") + std::strerror(errno));
+            throw file_failure(std::string("cannot be read: ") + reason_of(errno));
         if (got == 0)
-            throw file_failure("became shorter while it was read");
+            throw file_failure("became shorter while it was read; wait until nothing writes it");
         done += static_cast<std::size_t>(got);
     }
 }

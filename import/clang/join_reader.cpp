@@ -1,13 +1,17 @@
 #include "import/clang/join_reader.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 #include "import/clang/archive.h"
 #include "import/clang/file_kind.h"
 
 #include <algorithm>
 
-[[noreturn]] static void refuse(const std::string& path, const input_error& error) {
-    end_with_error("%s %s", printable(path).c_str(), error.what());
+static constexpr const char* kBuildAgain = "build the program again, and run the tests";
+static constexpr const char* kRunAgain = "run the tests again";
+
+[[noreturn]] static void refuse(const std::string& path, const input_error& error, const char* remedy) {
+    end_with_error("%s %s", printable(path).c_str(), with_remedy(error.what(), remedy).c_str());
 }
 
 /// All bytes of a file, valid until the next one is read.
@@ -26,7 +30,7 @@ void join_reader::read_profile(const std::string& path) {
         else
             join_.add_profile(whole(&file));
     } catch (const input_error& error) {
-        refuse(path, error);
+        refuse(path, error, kRunAgain);
     }
 }
 
@@ -36,7 +40,7 @@ void join_reader::read_names(const std::string& path) {
         if (file.size() != 0)
             join_.add_names(whole(&file));
     } catch (const input_error& error) {
-        refuse(path, error);
+        refuse(path, error, kRunAgain);
     }
 }
 
@@ -54,7 +58,7 @@ void join_reader::read_archive(file_bytes* file, const std::string& path) {
         } catch (const not_of_interest&) { // members may be
             return;
         } catch (const input_error& error) {
-            refuse(path + "(" + name + ")", error);
+            refuse(path + "(" + name + ")", error, kBuildAgain);
         }
     };
     for_each_member(file, path, on_member);
@@ -89,11 +93,11 @@ void join_reader::read_program(const std::string& path, bool named) {
             read_object(file_part(&file, 0, file.size()), path, named);
     } catch (const not_of_interest& error) {
         if (named)
-            refuse(path, error);
+            refuse(path, error, "build it so, or leave it out");
         if (passed_over_.empty())
             passed_over_ = printable(path) + " " + error.what();
     } catch (const input_error& error) {
-        refuse(path, error);
+        refuse(path, error, kBuildAgain);
     }
 }
 
@@ -114,7 +118,7 @@ static std::string build_id_of(const std::string& path) {
         return kind_of(&file) == file_kind::program ? read_build_id(file_part(&file, 0, file.size()))
                                                     : std::string();
     } catch (const file_failure& failure) {
-        refuse(path, failure);
+        refuse(path, failure, kBuildAgain);
     } catch (const input_error&) {
         return {};
     }
@@ -145,5 +149,6 @@ void join_reader::check_programs() const {
         return;
     if (passed_over_.empty())
         end_with_error("no program given; name those that wrote the profiles");
-    end_with_error("no program with coverage mapping was found: %s", passed_over_.c_str());
+    end_with_error("no program with coverage mapping was found: %s",
+                   with_remedy(passed_over_, "build the program so, or name it").c_str());
 }

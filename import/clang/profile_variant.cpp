@@ -16,7 +16,8 @@ std::uint64_t checked_profile_version(std::uint64_t field) {
     for (unsigned number = kFirstVariant; number < 64; ++number) {
         if ((field & bit(number)) != 0 && number != kEntryFirst && number != kByteCounters)
             throw input_error("is a profile of another kind than that of -fprofile-instr-generate "
-                              "(IR level, correlated, function entries or temporal)");
+                              "(IR level, correlated, function entries or temporal); build with "
+                              "-fprofile-instr-generate -fcoverage-mapping");
     }
     return field & 0xffffffff;
 }

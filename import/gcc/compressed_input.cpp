@@ -1,9 +1,9 @@
 #include "import/gcc/compressed_input.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <cerrno>
-#include <cstring>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -22,7 +22,7 @@ compressed_input::compressed_input(const std::string& name)
         const int error = errno;
         if (descriptor != -1)
             close(descriptor);
-        end_with_error("cannot open %s: %s", shown_.c_str(), std::strerror(error != 0 ? error : ENOMEM));
+        end_with_error("cannot open %s: %s", shown_.c_str(), reason_of(error != 0 ? error : ENOMEM).c_str());
     }
     gzbuffer(stream_.get(), kPieceSize);
 }
@@ -41,6 +41,8 @@ std::string_view compressed_input::read() {
     const char* const message = gzerror(stream_.get(), &error);
     if (size < 0 || (size == 0 && error != Z_OK && error != Z_STREAM_END))
         end_with_error("cannot read %s: %s", shown_.c_str(),
-                       error == Z_ERRNO ? std::strerror(errno) : without_name(message).c_str());
+                       (error == Z_ERRNO ? reason_of(errno)
+                                         : with_remedy(without_name(message), "make it again with gcov"))
+                           .c_str());
     return {piece_.data(), static_cast<std::size_t>(size)};
 }

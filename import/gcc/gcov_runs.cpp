@@ -3,6 +3,7 @@
 #include "common/message.h"
 #include "common/platform.h"
 #include "common/progress_line.h"
+#include "common/remedy.h"
 #include "import/gcc/child_process.h"
 #include "import/gcc/gcov_json.h"
 #include "import/gcc/object_links.h"
@@ -247,7 +248,7 @@ void job_list::wait_for_output() {
         waiting.push_back(each.get());
     }
     if (poll(descriptors.data(), descriptors.size(), 1000) < 0 && errno != EINTR)
-        end_with_error("cannot wait for gcov: %s", std::strerror(errno));
+        end_with_error("cannot wait for gcov: %s", reason_of(errno).c_str());
     const clock::time_point now = clock::now();
     for (std::size_t i = 0; i < waiting.size(); ++i) {
         if (descriptors[i].revents != 0) {

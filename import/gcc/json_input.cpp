@@ -1,6 +1,7 @@
 #include "import/gcc/json_input.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 #include "import/gcc/compressed_input.h"
 #include "import/gcc/gcov_json.h"
 
@@ -15,5 +16,6 @@ void read_json_input(const std::string& input, const std::function<void(const gc
     for (std::string_view piece = stream.read(); fine && !piece.empty(); piece = stream.read())
         fine = reader.feed(piece);
     if (!fine || !reader.finish())
-        end_with_error("%s %s", stream.shown().c_str(), reader.fault().c_str());
+        end_with_error("%s %s", stream.shown().c_str(),
+                       with_remedy(reader.fault(), "make it again with gcov --json-format").c_str());
 }

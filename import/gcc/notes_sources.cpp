@@ -2,6 +2,7 @@
 
 #include "common/file_ptr.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -24,7 +25,7 @@ static std::vector<char> read_file(const std::string& path) {
     for (std::size_t n; stream && (n = std::fread(piece, 1, sizeof piece, stream.get())) != 0;)
         bytes.insert(bytes.end(), piece, piece + n);
     if (!stream || std::ferror(stream.get()))
-        end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
+        end_with_error("cannot read %s: %s", printable(path).c_str(), reason_of(errno).c_str());
     return bytes;
 }
 

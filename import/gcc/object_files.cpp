@@ -1,6 +1,7 @@
 #include "import/gcc/object_files.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <algorithm>
 #include <array>
@@ -50,7 +51,7 @@ static std::optional<object_head> decode_head(std::array<char, kHeadSize> bytes,
 }
 
 [[noreturn]] static void fail(const std::string& path) {
-    end_with_error("cannot read %s: %s", printable(path).c_str(), std::strerror(errno));
+    end_with_error("cannot read %s: %s", printable(path).c_str(), reason_of(errno).c_str());
 }
 
 /// A file that is open.

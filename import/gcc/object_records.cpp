@@ -3,11 +3,11 @@
 #include "common/file_ptr.h"
 #include "common/little_endian.h"
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <string_view>
 
 constexpr std::uint32_t kFunction = 0x01000000;
@@ -77,7 +77,7 @@ class record_reader {
 
   private:
     [[noreturn]] void fail() const {
-        end_with_error("cannot read %s: %s", printable(path_).c_str(), std::strerror(errno));
+        end_with_error("cannot read %s: %s", printable(path_).c_str(), reason_of(errno).c_str());
     }
     void check() const {
         if (std::ferror(stream_.get()))

@@ -1,6 +1,7 @@
 #include "import/gcc/object_search.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 #include "import/build_folders.h"
 #include "import/gcc/object_records.h"
 #include "import/source_names.h"
@@ -53,7 +54,7 @@ void object_search::add_directory(const std::string& path) {
         }
         if (error && error != std::errc::permission_denied && error != std::errc::no_such_file_or_directory)
             end_with_error("cannot read %s: %s", shown_path(absolute_name(directory)).c_str(),
-                           error.message().c_str());
+                           reason_of(error).c_str());
         if (error == std::errc::permission_denied)
             closed_.push_back(absolute_name(directory));
     }
@@ -65,11 +66,11 @@ void object_search::add(const std::string& path) {
     if (error || !fs::exists(status))
         end_with_error(
             "cannot open %s: %s", printable(path).c_str(),
-            (error ? error : std::make_error_code(std::errc::no_such_file_or_directory)).message().c_str());
+            reason_of(error ? error : std::make_error_code(std::errc::no_such_file_or_directory)).c_str());
     if (fs::is_directory(status))
         return add_directory(path);
     if (!fs::is_regular_file(status))
-        end_with_error("%s is no regular file", printable(path).c_str());
+        end_with_error("%s is no regular file; name a file or a directory", printable(path).c_str());
     if (path.ends_with(kNotes)) {
         notes_.push_back(absolute_name(path));
     } else if (path.ends_with(kCounters)) {
@@ -78,7 +79,7 @@ void object_search::add(const std::string& path) {
         if (fs::is_regular_file(beside + std::string(kNotes), error))
             notes_.push_back(beside + std::string(kNotes));
     } else {
-        end_with_error("%s is no directory and no file of gcov (.gcda, .gcno, .json, .json.gz)",
+        end_with_error("%s is no directory and no file of gcov (.gcda, .gcno, .json, .json.gz); name one",
                        printable(path).c_str());
     }
 }

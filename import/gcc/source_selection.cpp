@@ -1,6 +1,7 @@
 #include "import/gcc/source_selection.h"
 
 #include "common/message.h"
+#include "common/remedy.h"
 
 #include <filesystem>
 #include <system_error>
@@ -16,7 +17,7 @@ static bool is_there(const fs::path& path) {
             return false;
     }
     if (error) // not the file's fault; another name must not be taken for that
-        end_with_error("cannot examine %s: %s", printable(path.string()).c_str(), error.message().c_str());
+        end_with_error("cannot examine %s: %s", printable(path.string()).c_str(), reason_of(error).c_str());
     return exists;
 }
 

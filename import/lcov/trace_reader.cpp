@@ -32,7 +32,8 @@ const trace_reader::record_kind trace_reader::kRecords[] = {
 };
 
 void trace_reader::fail(const char* what) const {
-    end_with_error("%s, line %llu: %s", input_.c_str(), static_cast<unsigned long long>(line_), what);
+    end_with_error("%s, line %llu: %s; make the trace again", input_.c_str(),
+                   static_cast<unsigned long long>(line_), what);
 }
 
 /// Takes the text up to the next comma, and the comma.
@@ -239,7 +240,11 @@ void trace_reader::finish() {
     if (!cut_.empty())
         take_line(cut_);
     if (!any_section_)
-        end_with_error("%s is no trace file of LCOV: it has no record SF", input_.c_str());
+        end_with_error("%s is no trace file of LCOV: it has no record SF; give a file that lcov or another "
+                       "tool wrote in its format",
+                       input_.c_str());
     if (open_)
-        end_with_error("%s ends in the middle: the last record end_of_record is missing", input_.c_str());
+        end_with_error(
+            "%s ends in the middle: the last record end_of_record is missing; make the trace again",
+            input_.c_str());
 }

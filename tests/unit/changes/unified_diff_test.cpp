@@ -149,7 +149,7 @@ TEST(UnifiedDiff, Names) {
          "diff --git a/s/o b/s/n\nsimilarity index 100%\nrename from s/o\nrename to s/n\n",
          "renamed o => n\n", 2},
         {"more folders than there are", git("a/y.c", "b/y.c") + kHunk,
-         ", line 7: a name has fewer than 2 folders that could be stripped", 2},
+         ", line 7: a name has fewer than 2 folders that could be stripped; give a smaller -strip", 2},
     });
 }
 

@@ -41,7 +41,7 @@ TEST(ReplaceFiles, TogetherOrNotAtAll) {
         EXPECT_EQ(files.error(), "cannot replace " + a + ", " + b + " and " + c + ": Is a directory");
         EXPECT_EQ(files_in(scratch), names({"a=old", "c"})) << "what was there is back, what was not is gone";
         EXPECT_FALSE(files.check_targets());
-        EXPECT_EQ(files.error(), c + " is not a regular file");
+        EXPECT_EQ(files.error(), c + " is not a regular file; name another");
     }
     std::filesystem::remove(c);
     file_replacement files({a, b, c});

@@ -353,9 +353,10 @@ TEST_F(merging, SaysWhatItDoesNotWrite) {
     const program_result result = run("vexcov-profile merge -o m a.dpi a.dpi");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.standard_error, "vexcov-profile: warning: m.spi stays as it was: none of the profiles "
-                                     "has a static profile beside it\n");
+                                     "has a static profile beside it; remove it, or keep both files of each "
+                                     "profile together\n");
     EXPECT_EQ(run("vexcov-profile merge -o m -o n a.dpi").standard_error,
-              "vexcov-profile: error: option -o is given twice\n");
+              "vexcov-profile: error: option -o is given twice; name one profile to write\n");
 }
 
 TEST_F(merging, LineOfARoutineIsThatWhereItRan) {
@@ -403,5 +404,6 @@ TEST_F(merging, NamesThatLieInEachOther) {
     put("a.dpi", text);
     for (const char* command : {"merge -o m a.dpi a.dpi", "show a.dpi"})
         EXPECT_EQ(run("vexcov-profile " + std::string(command)).standard_error,
-                  "vexcov-profile: error: a.dpi has far more names than bytes, as they lie in each other\n");
+                  "vexcov-profile: error: a.dpi has far more names than bytes, as they lie in each other; "
+                  "import it again\n");
 }

@@ -225,10 +225,15 @@ TEST_P(Run, EndsWithTheStatusOfTheCommandOrOfTheReport) {
               "vexcov-run: error: cannot make the directory file/x: Not a directory; -o names another\n");
     const program_result full = run("-txtbcvrgfull /dev/full -- build/app");
     EXPECT_EQ(full.status, 1);
-    EXPECT_NE(full.standard_error.find("vexcov-run: error: cannot write /dev/full\n"), std::string::npos);
+    EXPECT_NE(full.standard_error.find("vexcov-run: error: cannot write /dev/full; look for room"),
+              std::string::npos);
+    EXPECT_NE(run("-txtbcvrgfull absent/x -- build/app")
+                  .standard_error.find("vexcov-run: error: Couldn't open file "),
+              std::string::npos);
     const program_result silent = run("-- build/app >/dev/full");
     EXPECT_EQ(silent.status, 1);
-    EXPECT_TRUE(silent.standard_error.ends_with("vexcov-run: error: cannot write standard output\n"));
+    EXPECT_TRUE(silent.standard_error.ends_with(
+        "vexcov-run: error: cannot write standard output; look at what reads it, and for room\n"));
     EXPECT_EQ(run("-- build/app fail >/dev/full").status, 1);
 }
 
