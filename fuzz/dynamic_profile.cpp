@@ -6,12 +6,14 @@
 #include "profile/dpi_names.h"
 #include "profile/dpi_record.h"
 
+#include <bit>
 #include <cstring>
 #include <vector>
 
 static std::uint64_t number_at(std::string_view bytes, std::uint64_t place, std::size_t width) {
     std::uint64_t value = 0;
-    std::memcpy(&value, bytes.data() + static_cast<std::size_t>(place), width);
+    for (std::size_t i = width; i-- > 0;)
+        value = value << 8 | static_cast<unsigned char>(bytes[static_cast<std::size_t>(place) + i]);
     return value;
 }
 
@@ -63,13 +65,12 @@ static void check_record(DPI_FILE* file, const DPI_SEGMENT& segment, std::string
     const std::size_t head = wide ? 80 : 60;
     std::uint32_t covered = 0;
     for (std::uint32_t i = 0; i < blocks; ++i) {
-        float count = 0.0F;
         const std::string_view record_bytes(reinterpret_cast<const char*>(record.bytes),
                                             segment.record.size());
-        if (wide)
-            count = static_cast<float>(number_at(record_bytes, head + 8 * std::size_t{i}, 8));
-        else
-            std::memcpy(&count, record_bytes.data() + head + 4 * std::size_t{i}, 4);
+        const std::uint64_t bits =
+            number_at(record_bytes, head + (wide ? 8 : 4) * std::size_t{i}, wide ? 8 : 4);
+        const float count =
+            wide ? static_cast<float>(bits) : std::bit_cast<float>(static_cast<std::uint32_t>(bits));
         const float read = DPI_counter_get(record, i);
         require(std::memcmp(&read, &count, sizeof read) == 0, "a counter");
         covered += count >= 1.0F ? 1 : 0;

@@ -1,6 +1,7 @@
 #include "import/gcc/notes_sources.h"
 
 #include "common/file_ptr.h"
+#include "common/little_endian.h"
 #include "common/message.h"
 #include "common/remedy.h"
 
@@ -32,9 +33,10 @@ static std::vector<char> read_file(const std::string& path) {
 /// The name at `at`, by the length in front of it; empty when that fits nothing there. Lengths this small
 /// have a zero byte, so none of the names that are tried holds another: together they are no longer than the
 /// file.
-static std::string_view name_at(const char* at, const char* end) {
-    std::uint32_t length;
-    std::memcpy(&length, at - sizeof length, sizeof length);
+static std::string_view name_at(const char* at, const char* end, bool big_endian) {
+    std::uint32_t length = little_endian_at<std::uint32_t>({at - 4, 4}, 0);
+    if (big_endian)
+        length = __builtin_bswap32(length);
     if (length > kLongestName)
         return {};
     const std::size_t available = std::min<std::size_t>(kLongestName, static_cast<std::size_t>(end - at));
@@ -49,12 +51,13 @@ static std::string_view name_at(const char* at, const char* end) {
 void find_sources(const std::string& notes, const std::function<void(std::string_view)>& on_source) {
     const std::vector<char> bytes = read_file(notes);
     const char* const end = bytes.data() + bytes.size();
+    const bool big_endian = !bytes.empty() && bytes.front() == 'g'; // of "gcno"
     bool directory = true; // the first name is that of the directory where the compiler ran
     for (const char* at = bytes.data() + std::min(bytes.size(), kNotesHead + 4); at < end; ++at) {
         at = static_cast<const char*>(std::memchr(at, '/', static_cast<std::size_t>(end - at)));
         if (!at)
             return;
-        const std::string_view name = name_at(at, end);
+        const std::string_view name = name_at(at, end, big_endian);
         if (name.empty())
             continue;
         if (!directory)

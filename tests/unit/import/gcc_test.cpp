@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -74,6 +75,13 @@ TEST(GccObjects, SourcesThatNotesName) {
         EXPECT_EQ(sources(head + names), "/usr/x.h " + deep + " /usr/x.h ");
         EXPECT_EQ(sources(head + names.substr(0, names.size() - 6)), "/usr/x.h " + deep + " ");
     }
+    const auto big_endian = [](std::string bytes) {
+        std::reverse(bytes.begin(), bytes.begin() + 4);
+        return bytes;
+    };
+    EXPECT_EQ(sources("gcnoB22*\1\2\3\4\5\6\7\0"s + big_endian(noted("/build", false)) +
+                      big_endian(noted("/usr/x.h", false))),
+              "/usr/x.h ");
     EXPECT_EQ(sources("oncg*22B\1\2\3\4" + std::string(100000, '/')), "");
     EXPECT_EQ(sources("oncg"), "");
     find_sources("absent.gcno", [](std::string_view) { FAIL(); });

@@ -1,5 +1,6 @@
 // The byte layout of the dynamic profile. One record of each width is typed by hand: the writer of the test
 // profiles must produce it, and the reader must understand it.
+#include "common/little_endian.h"
 #include "profile/dpi_file.h"
 #include "profile/dpi_lookup.h"
 #include "profile/dpi_names.h"
@@ -8,7 +9,6 @@
 #include "tests/tools/profile_text.h"
 #include "tests/tools/scratch.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
@@ -160,7 +160,7 @@ TEST(DpiRecord, SoundRecordsFitTheirSize) {
     };
     const auto with = [&](std::size_t place, std::uint32_t value) {
         std::string changed = record;
-        std::memcpy(changed.data() + place, &value, 4);
+        store_number(changed.data() + place, value, 4);
         return changed;
     };
     EXPECT_TRUE(sound(record));
