@@ -16,6 +16,7 @@ from LCOV traces.")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_THREADS 1) # threads would compress to other bytes on another machine
 
 string(TOLOWER ${CMAKE_SYSTEM_NAME} system)
@@ -32,7 +33,6 @@ set(CPACK_DEBIAN_PACKAGE_SUGGESTS "clang, g++")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 if(VEXCOV_LIBRARIES STREQUAL "SHARED")
   set(CPACK_GENERATOR DEB)
-  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
   set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_BINARY_DIR}/debian_files.cmake)
   string(TIMESTAMP VEXCOV_CHANGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, if there is one
   configure_file(cmake/debian_files.cmake.in debian_files.cmake @ONLY)
