@@ -37,7 +37,7 @@ class exchange {
     open_writer open_output_of(const exchange_output& output);
     bool comes_again(const std::string& name);
     void add(const file_coverage& file);
-    void check_result(const coverage_totals& totals) const;
+    void check_root(const coverage_totals& totals) const;
     void close_files();
     void put_held_back() const;
 
@@ -117,12 +117,7 @@ void exchange::add(const file_coverage& file) {
             each.writer->add(file);
 }
 
-void exchange::check_result(const coverage_totals& totals) const {
-    if (totals.files.total == 0)
-        end_with_error(
-            "there is nothing to write: no source file of %s was found; run it where relative names in it "
-            "lead to them",
-            printable(options_.spi_file).c_str());
+void exchange::check_root(const coverage_totals& totals) const {
     bool needs_root = false;
     for (const open_writer& each : writers_)
         needs_root = needs_root || each.needs_root;
@@ -158,8 +153,8 @@ void exchange::run() {
     guard_inputs();
     for (const exchange_output& output : options_.outputs)
         writers_.push_back(open_output_of(output));
-    const coverage_totals totals = walk_.run([this](const file_coverage& file) { add(file); });
-    check_result(totals);
+    const coverage_totals totals = walk_.run_any([this](const file_coverage& file) { add(file); });
+    check_root(totals);
     for (const open_writer& each : writers_)
         each.writer->finish(totals);
     close_files();

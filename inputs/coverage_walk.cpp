@@ -125,3 +125,13 @@ coverage_totals coverage_walk::run(const std::function<void(const file_coverage&
     again_ = true;
     return std::move(totals_);
 }
+
+coverage_totals coverage_walk::run_any(const std::function<void(const file_coverage&)>& sink,
+                                       const line_watcher& watch) {
+    coverage_totals totals = run(sink, watch);
+    if (totals.files.total == 0)
+        end_with_error("%s and %s hold no source file of interest that is there; run it where relative names "
+                       "lead to them, or correct -comp",
+                       printable(options_.spi_file).c_str(), printable(options_.dpi_file).c_str());
+    return totals;
+}

@@ -75,6 +75,10 @@ class coverage_walk {
     coverage_totals run(const std::function<void(const file_coverage&)>& sink,
                         const line_watcher& watch = nullptr);
 
+    /// Likewise, and the run ends with a message and exit status 1 when not one source file is there.
+    coverage_totals run_any(const std::function<void(const file_coverage&)>& sink,
+                            const line_watcher& watch = nullptr);
+
   private:
     struct close_profile {
         void operator()(DPI_FILE* file) const;

@@ -11,7 +11,7 @@ site_changes::site_changes(const site_options& options, coverage_walk& walk) {
         return;
     const std::vector<changed_file> files = read_diff(options.diff, kDetectPrefix);
     change_tracker tracker(files, !options.root.empty());
-    walk.run([&](const file_coverage& file) { tracker.take(file, walk.names()); });
+    walk.run_any([&](const file_coverage& file) { tracker.take(file, walk.names()); });
     changed_ = tracker.finish();
     std::unordered_map<std::string_view, const changed_file*> in_diff;
     for (const changed_file& file : files)

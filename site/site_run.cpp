@@ -18,6 +18,7 @@
 #include <cerrno>
 #include <memory>
 #include <sys/stat.h>
+#include <utility>
 
 /// Makes a directory unless it is there.
 static void make_directory(const std::string& path) {
@@ -89,18 +90,21 @@ void run_site(int argc, char** argv) {
     coverage_walk walk(options);
     site_changes changes(options, walk);
     const site_settings settings = settings_of(options);
-    write_fixed_files(settings, read_own_style(options));
+    const std::string own_style = read_own_style(options);
 
     site_model model;
     const source_page_writer source_pages(settings);
     code_surveyor surveyor(options.no_partial);
+    bool begun = false; // an older site stays where there is nothing to show
     const auto write_source = [&](const file_coverage& file) {
+        if (!std::exchange(begun, true))
+            write_fixed_files(settings, own_style);
         const code_survey survey = surveyor.finish();
         site_file_entry& entry = model.add_file(file);
         source_pages.write(file, survey, model, changes.lines_of(file.name), entry);
         changes.add_excerpts(file, survey, entry.page);
     };
-    model.totals = walk.run(write_source, [&](const line_walk& line) { surveyor.add(line); });
+    model.totals = walk.run_any(write_source, [&](const line_walk& line) { surveyor.add(line); });
     model.warnings = messages.warnings();
     model.find_directories();
     write_directory_pages(settings, model);
