@@ -74,7 +74,7 @@ static void check_xml(std::string_view text) {
     require(open.empty(), "every tag is closed");
     for (std::size_t at = text.find('&'); at != std::string_view::npos; at = text.find('&', at + 1))
         require(text.find(';', at) - at <= 5, "& begins a reference");
-    require(std::none_of(text.begin(), text.end(), [](char c) { return c >= 0 && c < ' ' && c != '\n'; }),
+    require(std::none_of(text.begin(), text.end(), [](unsigned char c) { return c < ' ' && c != '\n'; }),
             "no control characters");
     // The library refuses what is no UTF-8.
     std::string quoted = "\"";

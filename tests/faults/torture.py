@@ -23,9 +23,9 @@ import surroundings
 CHECKS = {**damage.CHECKS, **calls.CHECKS, **resources.CHECKS, **locking.CHECKS, **surroundings.CHECKS}
 # The checks as the document tells of them, in its order.
 DISTURBANCES = {
-    "damage: mutations": "1 to 4 damages in a profile, static profile, list, source or any input of the importer: bits, "
-                         "bytes, words, pieces",
-    "damage: every truncation": "four profiles and eight inputs of the importer cut at every length",
+    "damage: mutations": "1 to 4 damages in a profile, static profile, list, source or any other input: bits, bytes, "
+                         "words, pieces",
+    "damage: every truncation": "four profiles, eight inputs of the importer and five of the others cut at every length",
     "damage: every field": "every field of a profile, both widths, set to 0, 1, ± 1, 2^31 - 1, 2^31, 2^32 - 1, the "
                            "file's size ± 1, ...",
     "allocation: the k-th": "the k-th allocation fails, every k of a run of each kind",

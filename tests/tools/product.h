@@ -20,6 +20,7 @@ outcome run_product(const std::function<void()>& call);
 /// Calls what a program does with its arguments, the program's name first. They are gone when it comes back.
 template <typename Body> auto call_main(Body body, std::vector<std::string> arguments) {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         argv.push_back(argument.data());
     argv.push_back(nullptr);
