@@ -1,5 +1,6 @@
 # What CPack makes of a build: a Debian package where the libraries are shared, else an archive that can be unpacked
-# anywhere; and with CPackSourceConfig.cmake the source archive. scripts/release makes all of them and checks them. With SOURCE_DATE_EPOCH set, the same sources give the same bytes.
+# anywhere; and with CPackSourceConfig.cmake the source archive. scripts/release makes all of them and checks them. With
+# SOURCE_DATE_EPOCH set, the same sources give the same bytes.
 set(CPACK_PACKAGE_NAME vexcov)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_VENDOR vexcov)

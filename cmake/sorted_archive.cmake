@@ -9,7 +9,8 @@ foreach(archive ${CPACK_PACKAGE_FILES})
   execute_process(COMMAND tar -C ${folder} -xpf ${archive} COMMAND_ERROR_IS_FATAL ANY)
   file(GLOB names RELATIVE ${folder} ${folder}/*)
   execute_process(
-    COMMAND tar -C ${folder} --sort=name --owner=0 --group=0 --numeric-owner --mode=u+w,go=rX --mtime=@$ENV{SOURCE_DATE_EPOCH} -cf - ${names}
+    COMMAND tar -C ${folder} --sort=name --owner=0 --group=0 --numeric-owner --mode=u+w,go=rX
+      --mtime=@$ENV{SOURCE_DATE_EPOCH} -cf - ${names}
     COMMAND gzip -9n
     OUTPUT_FILE ${archive} COMMAND_ERROR_IS_FATAL ANY)
   file(REMOVE_RECURSE ${folder})

@@ -293,8 +293,8 @@ std::span<const waiting_class> cobertura_writer::next_part(std::size_t from) con
             break;
     }
     if (end == from + 1 && classes_[from].size + kHeadSize > target_.options.split)
-        print_warning("%s alone takes %llu bytes, more than -split allows; give a larger size", printable(classes_[from].name).c_str(),
-                      static_cast<unsigned long long>(classes_[from].size));
+        print_warning("%s alone takes %llu bytes, more than -split allows; give a larger size",
+                      printable(classes_[from].name).c_str(), static_cast<unsigned long long>(classes_[from].size));
     return std::span<const waiting_class>(classes_).subspan(from, end - from);
 }
 
