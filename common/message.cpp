@@ -81,14 +81,15 @@ void print_unopened(const char* format, ...) {
     const int error = errno;
     std::va_list arguments;
     va_start(arguments, format);
-    std::string text = text_of(format, arguments);
-    va_end(arguments);
     if (messages_are_named()) {
+        std::string text = text_of(format, arguments);
         text.pop_back();
         print_error("%s: %s", text.c_str(), reason_of(error).c_str());
     } else {
-        std::fprintf(stderr, "%s\n", text.c_str());
+        std::vfprintf(stderr, format, arguments);
+        std::fputs("\n", stderr);
     }
+    va_end(arguments);
 }
 
 void print_warning(const char* format, ...) {
