@@ -49,23 +49,21 @@ static std::string folder_of(const std::string& path) {
     return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
-/// Whether two names lead to one file. Between the looks at them another program may replace it: then the
-/// file has changed, and only the names still tell.
-static bool is_same_file(const std::string& one, const std::string& other) {
-    struct stat first, second;
-    if (stat(one.c_str(), &first) != 0 || stat(other.c_str(), &second) != 0)
-        return false;
-    if (first.st_ino == second.st_ino && first.st_dev == second.st_dev)
-        return true;
-    std::error_code error;
-    const fs::path path = fs::canonical(one, error);
-    return !error && path == fs::canonical(other, error) && !error;
-}
-
 /// True when the profile to write is one of those that are read. Then nobody else may add to it in between.
+/// Between the looks at the files another program may replace it: then only its name still tells.
 static bool is_input(const tool_options& options, const std::string& path) {
-    return std::any_of(options.profiles.begin(), options.profiles.end(),
-                       [&](const std::string& profile) { return is_same_file(path, profile); });
+    struct stat output;
+    std::error_code error;
+    const fs::path name = fs::canonical(path, error);
+    if (error || stat(path.c_str(), &output) != 0)
+        return false;
+    return std::any_of(options.profiles.begin(), options.profiles.end(), [&](const std::string& profile) {
+        struct stat input;
+        if (stat(profile.c_str(), &input) != 0)
+            return false;
+        return (input.st_ino == output.st_ino && input.st_dev == output.st_dev) ||
+               fs::canonical(profile, error) == name;
+    });
 }
 
 /// The counts are as old as the newest of the profiles: so a source that was changed after that is noticed.
